@@ -1,0 +1,60 @@
+#include "support/random/LumoCongruentialRandomizer.h"
+
+#include "support/memory/LumoMemoryManager.h"
+
+namespace {
+
+constexpr long MODULUS = 2147483647;
+constexpr long MASK = 123459876;
+constexpr long SEED = 12345;
+
+constexpr long GetMultiplierOfKind(int kind) {
+  switch (kind) {
+    case 2:
+      return 48271;
+    case 3:
+      return 69621;
+    default:
+      return 16807;
+  }
+}
+
+}  // namespace
+
+LumoCongruentialRandomizer::LumoCongruentialRandomizer(int kind)
+    : LumoCongruentialRandomizer(MODULUS, GetMultiplierOfKind(kind), MASK) {}
+
+LumoCongruentialRandomizer::LumoCongruentialRandomizer(long modulus, long multiplier, long mask) {
+  Initialize(modulus, multiplier, mask);
+  LumoMemoryManager::TraceNew(this, "LumoCongruentialRandomizer");
+}
+
+LumoCongruentialRandomizer::~LumoCongruentialRandomizer() {
+  LumoMemoryManager::TraceDelete(this, "LumoCongruentialRandomizer");
+}
+
+void LumoCongruentialRandomizer::Initialize(long modulus, long multiplier, long mask) {
+  _modulus = modulus;
+  _multiplier = multiplier;
+  _mask = mask;
+  _quotient = modulus / multiplier;
+  _remainder = modulus % multiplier;
+  SetSeed(SEED);
+  ResetNormalDrawValue();
+}
+
+LumoRandomizer* LumoCongruentialRandomizer::Copy() const {
+  return new LumoCongruentialRandomizer(_modulus, _multiplier, _mask);
+}
+
+long LumoCongruentialRandomizer::Draw() {
+  const long state = GetSeed() ^ _mask;
+  long next = _multiplier * (state % _quotient) - _remainder * (state / _quotient);
+  if (next < 0) next += _modulus;
+  SetSeed(next ^ _mask);
+  return GetSeed();
+}
+
+double LumoCongruentialRandomizer::UniformDraw() {
+  return static_cast<double>(Draw()) / static_cast<double>(_modulus);
+}
