@@ -1,0 +1,98 @@
+#include "xml/LumoXMLAttribute.h"
+
+#include <cstdio>
+
+#include "support/memory/LumoMemoryManager.h"
+#include "support/text/LumoRawString.h"
+
+namespace {
+
+const LumoXMLAttribute* AsAttribute(const void* item) {
+  return static_cast<const LumoXMLAttribute*>(item);
+}
+
+const char* AsText(const void* key) { return static_cast<const char*>(key); }
+
+}  // namespace
+
+LumoXMLAttribute::LumoXMLAttribute(const char* name, const char* value)
+    : _name(LumoRawString::CopyIfAny(name)), _value(LumoRawString::CopyIfAny(value)) {
+  LumoMemoryManager::TraceNew(this, "LumoXMLAttribute");
+}
+
+LumoXMLAttribute::LumoXMLAttribute(const char* name, double value)
+    : LumoXMLAttribute(name, static_cast<const char*>(nullptr)) {
+  SetValueAsDouble(value);
+}
+
+LumoXMLAttribute::LumoXMLAttribute(const char* name, int value)
+    : LumoXMLAttribute(name, static_cast<const char*>(nullptr)) {
+  SetValueAsInt(value);
+}
+
+LumoXMLAttribute::LumoXMLAttribute(const char* name, bool value)
+    : LumoXMLAttribute(name, static_cast<const char*>(nullptr)) {
+  SetValueAsBool(value);
+}
+
+LumoXMLAttribute::~LumoXMLAttribute() {
+  LumoRawString::DeleteIfAny(_name);
+  LumoRawString::DeleteIfAny(_value);
+  LumoMemoryManager::TraceDelete(this, "LumoXMLAttribute");
+}
+
+void LumoXMLAttribute::Delete(void* attribute) {
+  if (attribute != nullptr) delete static_cast<LumoXMLAttribute*>(attribute);
+}
+
+bool LumoXMLAttribute::IsDouble() const { return LumoRawString::IsDouble(_value); }
+
+bool LumoXMLAttribute::IsInt() const { return LumoRawString::IsInt(_value); }
+
+bool LumoXMLAttribute::IsBool() const { return LumoRawString::IsBool(_value); }
+
+double LumoXMLAttribute::GetValueAsDouble() const { return LumoRawString::ToDouble(_value); }
+
+int LumoXMLAttribute::GetValueAsInt() const { return LumoRawString::ToInt(_value); }
+
+bool LumoXMLAttribute::GetValueAsBool() const { return LumoRawString::ToBool(_value); }
+
+int LumoXMLAttribute::CompareName(const char* name) const {
+  return LumoRawString::Compare(_name, name);
+}
+
+int LumoXMLAttribute::CompareValue(const char* text) const {
+  return LumoRawString::Compare(_value, text);
+}
+
+int LumoXMLAttribute::CompareName(const void* attribute, const void* name) {
+  return AsAttribute(attribute)->CompareName(AsText(name));
+}
+
+int LumoXMLAttribute::CompareNames(const void* a, const void* b) {
+  return AsAttribute(a)->CompareNames(AsAttribute(b));
+}
+
+int LumoXMLAttribute::CompareValue(const void* attribute, const void* text) {
+  return AsAttribute(attribute)->CompareValue(AsText(text));
+}
+
+int LumoXMLAttribute::CompareValues(const void* a, const void* b) {
+  return AsAttribute(a)->CompareValues(AsAttribute(b));
+}
+
+void LumoXMLAttribute::SetValue(const char* text) { LumoRawString::Replace(_value, text); }
+
+void LumoXMLAttribute::SetValueAsDouble(double x) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%g", x);
+  SetValue(text);
+}
+
+void LumoXMLAttribute::SetValueAsInt(int n) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%d", n);
+  SetValue(text);
+}
+
+void LumoXMLAttribute::SetValueAsBool(bool b) { SetValue(b ? "true" : "false"); }

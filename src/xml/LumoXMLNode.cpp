@@ -1,0 +1,196 @@
+#include "xml/LumoXMLNode.h"
+
+#include "support/memory/LumoMemoryManager.h"
+#include "support/text/LumoRawString.h"
+
+LumoXMLNode::LumoXMLNode(Type type) : _type(type) {
+  LumoMemoryManager::TraceNew(this, "LumoXMLNode");
+}
+
+LumoXMLNode::~LumoXMLNode() {
+  DeleteDescendants();
+  _attributes.DeleteItems(LumoXMLAttribute::Delete);
+  LumoRawString::DeleteIfAny(_name);
+  LumoMemoryManager::TraceDelete(this, "LumoXMLNode");
+}
+
+void LumoXMLNode::Delete(void* node) {
+  if (node != nullptr) delete static_cast<LumoXMLNode*>(node);
+}
+
+LumoXMLNode* LumoXMLNode::_New(Type type, const char* name) {
+  auto* node = new LumoXMLNode(type);
+  node->SetName(name);
+  return node;
+}
+
+LumoXMLNode* LumoXMLNode::NewNode(const char* name) { return _New(NODE, name); }
+
+LumoXMLNode* LumoXMLNode::NewText(const char* text) { return _New(TEXT, text); }
+
+LumoXMLNode* LumoXMLNode::NewCDATA(const char* text) { return _New(CDATA, text); }
+
+LumoXMLNode* LumoXMLNode::NewComment(const char* text) { return _New(COMMENT, text); }
+
+char* LumoXMLNode::CopyName() const { return LumoRawString::CopyIfAny(_name); }
+
+void LumoXMLNode::SetName(const char* name) { LumoRawString::Replace(_name, name); }
+
+int LumoXMLNode::CompareName(const char* name) const { return LumoRawString::Compare(_name, name); }
+
+int LumoXMLNode::CompareName(const void* node, const void* name) {
+  return static_cast<const LumoXMLNode*>(node)->CompareName(static_cast<const char*>(name));
+}
+
+int LumoXMLNode::CompareNames(const void* a, const void* b) {
+  return static_cast<const LumoXMLNode*>(a)->CompareNames(static_cast<const LumoXMLNode*>(b));
+}
+
+LumoXMLNode* LumoXMLNode::GetChild(int n) const {
+  if (n < 1) return nullptr;
+  LumoXMLNode* child = _firstChild;
+  for (int i = 1; child != nullptr && i < n; ++i) child = child->_nextSibling;
+  return child;
+}
+
+LumoXMLNode* LumoXMLNode::GetChild(int n, Type type) const {
+  if (n < 1) return nullptr;
+  int count = 0;
+  for (LumoXMLNode* child = _firstChild; child != nullptr; child = child->_nextSibling) {
+    if (child->_type == type && ++count == n) return child;
+  }
+  return nullptr;
+}
+
+int LumoXMLNode::GetNumberOfChildren() const {
+  int count = 0;
+  for (const LumoXMLNode* child = _firstChild; child != nullptr; child = child->_nextSibling) {
+    ++count;
+  }
+  return count;
+}
+
+int LumoXMLNode::GetNumberOfChildren(Type type) const {
+  int count = 0;
+  for (const LumoXMLNode* child = _firstChild; child != nullptr; child = child->_nextSibling) {
+    count += static_cast<int>(child->_type == type);
+  }
+  return count;
+}
+
+int LumoXMLNode::GetNumberOfChildNodesOfName(const char* name) const {
+  int count = 0;
+  for (const LumoXMLNode* child = _firstChild; child != nullptr; child = child->_nextSibling) {
+    count += static_cast<int>(child->IsNodeOfName(name));
+  }
+  return count;
+}
+
+LumoXMLNode* LumoXMLNode::FindChild(const char* name) const {
+  LumoXMLNode* child = _firstChild;
+  while (child != nullptr && child->CompareName(name) != 0) child = child->_nextSibling;
+  return child;
+}
+
+int LumoXMLNode::CountChildren(LumoContainer::Match match, const void* key) const {
+  const LumoFunctionComparator comparator(match);
+  return CountChildren(&comparator, key);
+}
+
+int LumoXMLNode::CountChildren(const LumoComparator* comparator, const void* key) const {
+  LumoList matching;
+  CollectChildren(comparator, key, &matching);
+  return matching.GetNumberOfItems();
+}
+
+void LumoXMLNode::CollectChildren(LumoContainer::Match match, const void* key,
+                                  LumoContainer* target) const {
+  const LumoFunctionComparator comparator(match);
+  CollectChildren(&comparator, key, target);
+}
+
+void LumoXMLNode::CollectChildren(const LumoComparator* comparator, const void* key,
+                                  LumoContainer* target) const {
+  for (LumoXMLNode* child = _firstChild; child != nullptr; child = child->_nextSibling) {
+    if (comparator->Compare(child, key) == 0) target->InsertItem(child);
+  }
+}
+
+void LumoXMLNode::InsertChildFirst(LumoXMLNode* child) {
+  child->_parent = this;
+  child->_previousSibling = nullptr;
+  child->_nextSibling = _firstChild;
+  (_firstChild == nullptr ? _lastChild : _firstChild->_previousSibling) = child;
+  _firstChild = child;
+}
+
+void LumoXMLNode::InsertChildLast(LumoXMLNode* child) {
+  child->_parent = this;
+  child->_previousSibling = _lastChild;
+  child->_nextSibling = nullptr;
+  (_lastChild == nullptr ? _firstChild : _lastChild->_nextSibling) = child;
+  _lastChild = child;
+}
+
+void LumoXMLNode::InsertChildBefore(LumoXMLNode* child, LumoXMLNode* before) {
+  if (before == nullptr || before->_parent != this) return;
+  if (before == _firstChild) return InsertChildFirst(child);
+  child->_parent = this;
+  child->_previousSibling = before->_previousSibling;
+  child->_nextSibling = before;
+  before->_previousSibling->_nextSibling = child;
+  before->_previousSibling = child;
+}
+
+void LumoXMLNode::InsertChildInPosition(LumoXMLNode* child, int n) {
+  LumoXMLNode* before = GetChild(n < 1 ? 1 : n);
+  if (before == nullptr) {
+    InsertChildLast(child);
+  } else {
+    InsertChildBefore(child, before);
+  }
+}
+
+// Bottom-up and without recursion, whatever the depth of the tree: each node is deleted when it
+// has become the first child of its parent and has no child left of its own.
+void LumoXMLNode::DeleteDescendants() {
+  LumoXMLNode* node = _firstChild;
+  while (node != nullptr) {
+    if (node->_firstChild != nullptr) {
+      node = node->_firstChild;
+      continue;
+    }
+    LumoXMLNode* parent = node->_parent;
+    LumoXMLNode* next = node->_nextSibling;
+    parent->_firstChild = next;
+    if (next == nullptr) parent->_lastChild = nullptr;
+    delete node;
+    if (next == nullptr && parent != this) next = parent;
+    node = next;
+  }
+}
+
+LumoXMLAttribute* LumoXMLNode::FindAttribute(const char* name) const {
+  return static_cast<LumoXMLAttribute*>(
+      _attributes.LookForItem(LumoXMLAttribute::CompareName, name));
+}
+
+const char* LumoXMLNode::GetAttributeValue(const char* name) const {
+  const LumoXMLAttribute* attribute = FindAttribute(name);
+  return attribute == nullptr ? nullptr : attribute->GetValue();
+}
+
+double LumoXMLNode::GetAttributeValueAsDouble(const char* name, double defaultValue) const {
+  const LumoXMLAttribute* attribute = FindAttribute(name);
+  return attribute == nullptr ? defaultValue : attribute->GetValueAsDouble();
+}
+
+int LumoXMLNode::GetAttributeValueAsInt(const char* name, int defaultValue) const {
+  const LumoXMLAttribute* attribute = FindAttribute(name);
+  return attribute == nullptr ? defaultValue : attribute->GetValueAsInt();
+}
+
+bool LumoXMLNode::GetAttributeValueAsBool(const char* name, bool defaultValue) const {
+  const LumoXMLAttribute* attribute = FindAttribute(name);
+  return attribute == nullptr ? defaultValue : attribute->GetValueAsBool();
+}

@@ -1,0 +1,475 @@
+#include "xml/LumoXMLParser.h"
+
+#include <array>
+#include <cstring>
+
+#include "support/memory/LumoMemoryManager.h"
+#include "support/text/LumoFileStream.h"
+#include "support/text/LumoRawString.h"
+#include "support/text/LumoString.h"
+#include "xml/LumoXMLDocument.h"
+#include "xml/LumoXMLParserMessenger.h"
+#include "xml/LumoXMLPrinter.h"
+
+using Messenger = LumoXMLParserMessenger;
+
+namespace {
+
+constexpr std::size_t TOKEN_SIZE = 1024;
+constexpr const char* CDATA_KEYWORD = "CDATA";
+
+enum CharClass : unsigned char { BLANK = 1, LETTER = 2, NAME = 4 };
+
+// The classes of every byte. Bytes beyond ASCII are in none, and so is the end of the file.
+constexpr std::array<unsigned char, 256> MakeCharClasses() {
+  std::array<unsigned char, 256> classes{};
+  for (const char c : {' ', '\t', '\n', '\v', '\f', '\r'}) {
+    classes[static_cast<unsigned char>(c)] = BLANK;
+  }
+  for (const char c : {'_', '-', ':', '.'}) classes[static_cast<unsigned char>(c)] = NAME;
+  for (unsigned char c = '0'; c <= '9'; ++c) classes[c] = NAME;
+  for (unsigned char c = 'a'; c <= 'z'; ++c) classes[c] = LETTER | NAME;
+  for (unsigned char c = 'A'; c <= 'Z'; ++c) classes[c] = LETTER | NAME;
+  return classes;
+}
+
+constexpr std::array<unsigned char, 256> CHAR_CLASSES = MakeCharClasses();
+
+bool IsOfClass(int c, CharClass charClass) {
+  return c != EOF && (CHAR_CLASSES[static_cast<std::size_t>(c)] & charClass) != 0;
+}
+bool IsBlank(int c) { return IsOfClass(c, BLANK); }
+bool IsLetter(int c) { return IsOfClass(c, LETTER); }
+bool IsNameChar(int c) { return IsOfClass(c, NAME); }
+
+// Messages have room for arguments of any length.
+std::string Compose(const char* format, const char* argument) {
+  std::string text;
+  for (const char* rest = format;;) {
+    const char* place = std::strstr(rest, "%s");
+    if (place == nullptr) return text + rest;
+    text.append(rest, place);
+    text += argument;
+    rest = place + 2;
+  }
+}
+
+}  // namespace
+
+LumoXMLParser::LumoXMLParser()
+    : _defaultErrorStream(std::make_unique<LumoFileStream>(false, stderr)),
+      _token(LumoString::New(TOKEN_SIZE, TOKEN_SIZE)) {
+  _openElements.reserve(MAXIMUM_NUMBER_OF_OPEN_ELEMENTS);
+  LumoMemoryManager::TraceNew(this, "LumoXMLParser");
+}
+
+LumoXMLParser::~LumoXMLParser() {
+  LumoString::Delete(_token);
+  LumoRawString::DeleteIfAny(_inputFileName);
+  LumoMemoryManager::TraceDelete(this, "LumoXMLParser");
+}
+
+void LumoXMLParser::SetInputFileName(const char* name) {
+  LumoRawString::Replace(_inputFileName, name);
+}
+
+void LumoXMLParser::SetErrorFile(std::FILE* file) {
+  _defaultErrorStream.reset(file == nullptr ? nullptr : new LumoFileStream(false, file));
+}
+
+LumoStream* LumoXMLParser::GetErrorStream() const {
+  return _errorStream != nullptr ? _errorStream : _defaultErrorStream.get();
+}
+
+void LumoXMLParser::SetMessenger(LumoXMLParserMessenger* messenger) { _messenger.reset(messenger); }
+
+void LumoXMLParser::SetPrinter(LumoXMLPrinter* printer) { _printer.reset(printer); }
+
+LumoXMLParserMessenger* LumoXMLParser::GetMessenger() {
+  if (!_messenger) _messenger = std::make_unique<LumoXMLParserMessenger>();
+  return _messenger.get();
+}
+
+LumoXMLPrinter* LumoXMLParser::GetPrinter() {
+  if (!_printer) _printer = std::make_unique<LumoXMLPrinter>();
+  return _printer.get();
+}
+
+// Characters. A read error counts as the end of the file.
+
+int LumoXMLParser::_GetChar() {
+  const int c = getc_unlocked(_file);
+  _isAtEndOfFile = c == EOF;
+  if (c == '\n') ++_lineNumber;
+  return c;
+}
+
+void LumoXMLParser::_UnGetChar(int c) {
+  if (c == EOF) return;
+  std::ungetc(c, _file);
+  if (c == '\n') --_lineNumber;
+}
+
+int LumoXMLParser::_LookCharAhead() {
+  const int c = _GetChar();
+  _UnGetChar(c);
+  return c;
+}
+
+void LumoXMLParser::_ParseSpaces() {
+  int c = _GetChar();
+  while (IsBlank(c)) c = _GetChar();
+  _UnGetChar(c);
+}
+
+void LumoXMLParser::_FlushToken() { _token = _token->Flush(); }
+
+void LumoXMLParser::_AppendToToken(int c) { _token = _token->Append(static_cast<char>(c)); }
+
+// The file as a whole.
+
+int LumoXMLParser::ParseFile(LumoXMLDocument* document, std::FILE* file) {
+  _file = file;
+  _document = document;
+  _isAtEndOfFile = false;
+  ResetLineNumber();
+  ResetParseError();
+  _openElements.clear();
+  document->Reset();
+  _ParseHeader();
+  if (!_parseError) _LookCharAhead();
+  while (!_IsAtEndOfFile() && !_parseError) _ParseTerm();
+  if (!_parseError && !_openElements.empty()) _RaiseSyntaxError(Messenger::NON_CLOSED_TAG);
+  if (!_parseError) return 0;
+  while (!_openElements.empty()) _DeleteTopElement();
+  document->Reset();
+  return 1;
+}
+
+void LumoXMLParser::_ParseHeader() {
+  if (_GetChar() != '<' || _GetChar() != '?') {
+    return _RaiseSyntaxError(Messenger::ILL_FORMED_HEADER);
+  }
+  for (bool isAfterMark = false;;) {
+    const int c = _GetChar();
+    if (_IsAtEndOfFile()) return _RaiseSyntaxError(Messenger::UNEXPECTED_END_OF_FILE);
+    if (isAfterMark && c == '>') return;
+    isAfterMark = c == '?';
+  }
+}
+
+// One term, or the closing tag of an element.
+
+void LumoXMLParser::_ParseTerm() {
+  _FlushToken();
+  _ParseSpaces();
+  if (_IsAtEndOfFile()) return;
+  const int line = _lineNumber;
+  const int c = _GetChar();
+  if (c == '<') return _ParseTag(line);
+  _AppendToToken(c);
+  _ParseText();
+  if (_parseError) return;
+  LumoXMLNode* text = LumoXMLNode::NewText(_token->GetAscii());
+  text->SetLineNumber(line);
+  _AttachTerm(text);
+}
+
+void LumoXMLParser::_ParseTag(int line) {
+  const int c = _LookCharAhead();
+  if (IsLetter(c)) return _ParseOpeningTag(line);
+  if (c == '!') return _ParseMarkup(line);
+  if (c == '/') return _ParseClosingTag();
+  _RaiseSyntaxError(Messenger::ILL_FORMED_TAG_NAME);
+}
+
+void LumoXMLParser::_ParseOpeningTag(int line) {
+  _ParseName();
+  if (_parseError) return;
+  if (_openElements.size() == MAXIMUM_NUMBER_OF_OPEN_ELEMENTS) {
+    return _RaiseSyntaxError(Messenger::TOO_MANY_OPEN_ELEMENTS);
+  }
+  LumoXMLNode* element = LumoXMLNode::NewNode(_token->GetAscii());
+  element->SetLineNumber(line);
+  _openElements.push_back(element);
+  _ParseAttributes(element);
+  if (!_parseError) _ParseEndOfOpeningTag();
+  if (_parseError && !_openElements.empty() && _openElements.back() == element) {
+    _DeleteTopElement();
+  }
+}
+
+void LumoXMLParser::_ParseAttributes(LumoXMLNode* element) {
+  while (!_parseError) {
+    const int c = _LookCharAhead();
+    if (IsBlank(c)) {
+      _GetChar();
+    } else if (IsLetter(c)) {
+      _ParseAttribute(element);
+    } else {
+      return;
+    }
+  }
+}
+
+void LumoXMLParser::_ParseEndOfOpeningTag() {
+  const int c = _GetChar();
+  if (c == '>') return;
+  if (c != '/' || _GetChar() != '>') {
+    return _RaiseSyntaxError(Messenger::ILL_FORMED_ATTRIBUTE_NAME);
+  }
+  _AttachTopElement();
+}
+
+void LumoXMLParser::_ParseClosingTag() {
+  _GetChar();
+  _ParseName();
+  if (_parseError) return;
+  _ParseSpaces();
+  if (_GetChar() != '>') return _RaiseSyntaxError(Messenger::ILL_FORMED_ATTRIBUTE_NAME);
+  if (_openElements.empty()) return _RaiseSyntaxError(Messenger::NO_OPENING_TAG);
+  if (_openElements.back()->CompareName(_token->GetAscii()) == 0) return _AttachTopElement();
+  _RaiseSyntaxError(Messenger::TAGS_DO_NOT_CORRESPOND);
+  _DeleteTopElement();
+}
+
+void LumoXMLParser::_ParseMarkup(int line) {
+  _GetChar();
+  LumoXMLNode* term;
+  if (_LookCharAhead() == '[') {
+    _GetChar();
+    _ParseCDATA();
+    if (_parseError) return;
+    term = LumoXMLNode::NewCDATA(_token->GetAscii());
+  } else {
+    _ParseComment();
+    if (_parseError) return;
+    term = LumoXMLNode::NewComment(_token->GetAscii());
+  }
+  term->SetLineNumber(line);
+  _AttachTerm(term);
+}
+
+// Names, attributes and values: into the token.
+
+void LumoXMLParser::_ParseName() {
+  _FlushToken();
+  _ParseSpaces();
+  int c = _GetChar();
+  if (!IsLetter(c)) return _RaiseSyntaxError(Messenger::CHAR_EXPECTED);
+  while (IsNameChar(c)) {
+    _AppendToToken(c);
+    c = _GetChar();
+  }
+  if (_IsAtEndOfFile()) return _RaiseSyntaxError(Messenger::UNEXPECTED_END_OF_FILE);
+  _UnGetChar(c);
+}
+
+void LumoXMLParser::_ParseAttribute(LumoXMLNode* element) {
+  _ParseName();
+  if (_parseError) return;
+  const std::string name = _token->GetAscii();
+  _ParseSpaces();
+  if (_GetChar() != '=') {
+    // The end of the file is reported twice, and any other character as an end of the file.
+    if (_IsAtEndOfFile()) _RaiseSyntaxError(Messenger::EQUAL_EXPECTED);
+    return _RaiseSyntaxError(Messenger::UNEXPECTED_END_OF_FILE);
+  }
+  _ParseQuotedValue();
+  if (!_parseError) element->AddAttribute(name.c_str(), _token->GetAscii());
+}
+
+void LumoXMLParser::_ParseQuotedValue() {
+  _FlushToken();
+  _ParseSpaces();
+  if (_GetChar() != '"') return _RaiseSyntaxError(Messenger::QUOTE_EXPECTED);
+  for (int c = _GetChar(); c != '"'; c = _GetChar()) {
+    if (_IsAtEndOfFile()) return _RaiseSyntaxError(Messenger::UNEXPECTED_END_OF_FILE);
+    _AppendToToken(c);
+  }
+}
+
+// Texts, comments and sections: into the token.
+
+// The first character is in the token already. Each run of blanks becomes one single space.
+void LumoXMLParser::_ParseText() {
+  int c = _GetChar();
+  while (c != '<') {
+    if (_IsAtEndOfFile()) return _RaiseSyntaxError(Messenger::UNEXPECTED_END_OF_FILE);
+    if (IsBlank(c)) {
+      _AppendToToken(' ');
+      _ParseSpaces();
+    } else {
+      _AppendToToken(c);
+    }
+    c = _GetChar();
+  }
+  _UnGetChar(c);
+}
+
+// What follows "<!". The dashes are part of the stored text, so that a comment is written back
+// between "<!" and ">".
+void LumoXMLParser::_ParseComment() {
+  _FlushToken();
+  int c = _GetChar();
+  if (c == '-') return _ParseDashedComment();
+  for (; c != '>'; c = _GetChar()) {
+    if (_IsAtEndOfFile()) return _RaiseSyntaxError(Messenger::UNEXPECTED_END_OF_FILE);
+    _AppendToToken(c);
+  }
+}
+
+// The closing "--" may not be followed by anything but ">": otherwise the search starts again
+// after that character, so that "--->" closes nothing.
+void LumoXMLParser::_ParseDashedComment() {
+  if (_GetChar() != '-') return _RaiseSyntaxError(Messenger::DASH_EXPECTED);
+  _AppendToToken('-');
+  _AppendToToken('-');
+  int dashes = 0;
+  for (;;) {
+    const int c = _GetChar();
+    if (_IsAtEndOfFile()) return _RaiseSyntaxError(Messenger::UNEXPECTED_END_OF_FILE);
+    if (dashes == 2 && c == '>') return;
+    _AppendToToken(c);
+    dashes = c == '-' && dashes < 2 ? dashes + 1 : 0;
+  }
+}
+
+// A "]" followed by anything but "]" is stored as that character twice; "]]" followed by anything
+// but ">" is stored with that character. This is the defined form.
+void LumoXMLParser::_ParseCDATA() {
+  _FlushToken();
+  _ParseSpaces();
+  for (const char* expected = CDATA_KEYWORD; *expected != '\0'; ++expected) {
+    if (_GetChar() != *expected) return _RaiseSyntaxError(Messenger::ILL_FORMED_CDATA_SECTION);
+  }
+  _ParseSpaces();
+  if (_GetChar() != '[') return _RaiseSyntaxError(Messenger::ILL_FORMED_CDATA_SECTION);
+  int brackets = 0;
+  for (;;) {
+    const int c = _GetChar();
+    if (_IsAtEndOfFile()) return _RaiseSyntaxError(Messenger::UNEXPECTED_END_OF_FILE);
+    if (brackets == 2 && c == '>') return;
+    if (brackets < 2 && c == ']') {
+      ++brackets;
+      continue;
+    }
+    if (brackets == 1) _AppendToToken(c);
+    if (brackets == 2) {
+      _AppendToToken(']');
+      _AppendToToken(']');
+    }
+    _AppendToToken(c);
+    brackets = 0;
+  }
+}
+
+// The open elements. An element joins its parent, or the document, when it is closed.
+
+void LumoXMLParser::_AttachTerm(LumoXMLNode* term) {
+  if (_openElements.empty()) {
+    _document->AddRoot(term);
+  } else {
+    _openElements.back()->AddChild(term);
+  }
+}
+
+void LumoXMLParser::_AttachTopElement() {
+  LumoXMLNode* element = _openElements.back();
+  _openElements.pop_back();
+  _AttachTerm(element);
+}
+
+void LumoXMLParser::_DeleteTopElement() {
+  delete _openElements.back();
+  _openElements.pop_back();
+}
+
+// Reports.
+
+void LumoXMLParser::_RaiseSyntaxError(int code) {
+  _parseError = true;
+  LumoStream* stream = GetErrorStream();
+  if (stream == nullptr) return;
+  const LumoXMLParserMessenger* messenger = GetMessenger();
+  stream->Put(messenger->GetMessageType(Messenger::SYNTAX_ERROR));
+  stream->Put(" [");
+  if (_inputFileName != nullptr) {
+    stream->Put(_inputFileName);
+    stream->Put(", ");
+  }
+  stream->Put(messenger->GetMessageType(Messenger::LINE));
+  stream->Put(" ");
+  stream->Put(_lineNumber);
+  stream->Put("]:\n");
+  if (const char* text = messenger->GetMessageText(code)) {
+    stream->Put(text);
+    stream->Put("\n");
+  }
+  stream->Flush();
+}
+
+void LumoXMLParser::_RaiseAlert(int type, const char* text, const LumoXMLNode* node) {
+  LumoStream* stream = GetErrorStream();
+  if (stream == nullptr) return;
+  const LumoXMLParserMessenger* messenger = GetMessenger();
+  const char* word = messenger->GetMessageType(type);
+  if (word != nullptr) {
+    stream->Put(word);
+    stream->Put(" ");
+  }
+  if (node != nullptr) {
+    stream->Put("[");
+    stream->Put(messenger->GetMessageType(Messenger::LINE));
+    stream->Put(" ");
+    stream->Put(node->GetLineNumber());
+    stream->Put("]");
+  }
+  if (word != nullptr || node != nullptr) stream->Put(":\n");
+  if (node != nullptr) {
+    GetPrinter()->PrintTerm(node, stream);
+    stream->Put("\n");
+  }
+  stream->Put(text);
+  stream->Put("\n");
+  stream->Flush();
+}
+
+void LumoXMLParser::_RaiseAlert(int type, const char* format, const char* argument,
+                                const LumoXMLNode* node) {
+  if (format == nullptr || argument == nullptr) return;
+  _RaiseAlert(type, Compose(format, argument).c_str(), node);
+}
+
+void LumoXMLParser::RaiseError(const char* text, const LumoXMLNode* node) {
+  _RaiseAlert(Messenger::ERROR, text, node);
+}
+
+void LumoXMLParser::RaiseWarning(const char* text, const LumoXMLNode* node) {
+  _RaiseAlert(Messenger::WARNING, text, node);
+}
+
+void LumoXMLParser::RaiseError(const char* format, const char* argument, const LumoXMLNode* node) {
+  _RaiseAlert(Messenger::ERROR, format, argument, node);
+}
+
+void LumoXMLParser::RaiseWarning(const char* format, const char* argument,
+                                 const LumoXMLNode* node) {
+  _RaiseAlert(Messenger::WARNING, format, argument, node);
+}
+
+void LumoXMLParser::RaiseError(int code, const LumoXMLNode* node) {
+  RaiseError(GetMessenger()->GetMessageText(code), node);
+}
+
+void LumoXMLParser::RaiseWarning(int code, const LumoXMLNode* node) {
+  RaiseWarning(GetMessenger()->GetMessageText(code), node);
+}
+
+void LumoXMLParser::RaiseError(int code, const char* argument, const LumoXMLNode* node) {
+  RaiseError(GetMessenger()->GetMessageText(code), argument, node);
+}
+
+void LumoXMLParser::RaiseWarning(int code, const char* argument, const LumoXMLNode* node) {
+  RaiseWarning(GetMessenger()->GetMessageText(code), argument, node);
+}
