@@ -1,0 +1,183 @@
+// The interpreter's frame: its components, scripts and the dispatch of their commands.
+
+#include "driver/OrvaInterpreter.h"
+
+#include "driver/OrvaInterpreterCommands.h"
+#include "driver/OrvaOptionCenter.h"
+#include "mcs/OrvaWalker.h"
+#include "model/OrvaChecker.h"
+#include "model/OrvaModel.h"
+#include "model/OrvaParser.h"
+#include "printer/OrvaPrinter.h"
+#include "support/memory/LumoMemoryManager.h"
+#include "support/random/LumoCongruentialRandomizer.h"
+#include "support/text/LumoRawString.h"
+#include "support/text/LumoStream.h"
+#include "system/OrvaAnalyzer.h"
+#include "system/OrvaRewriter.h"
+#include "system/OrvaSystemBuilder.h"
+#include "xml/LumoXMLDocument.h"
+
+namespace {
+
+constexpr const char* BANNER = "Orva: an Open-PSA Fault Tree engine\nversion 1.0";
+constexpr const char* BANNER_ARGUMENTS[] = {"--help", "-h", "--version"};
+constexpr const char* SCRIPT_ROOT = "orva";
+constexpr int RANDOMIZER_KIND = 1;
+
+constexpr const char* NO_FILE_NAME = "No file name\n";
+constexpr const char* UNABLE_TO_OPEN_FILE = "Unable to open file %s\n";
+
+bool IsBannerArgument(const char* argument) {
+  for (const char* bannerArgument : BANNER_ARGUMENTS) {
+    if (LumoRawString::IsEqual(argument, bannerArgument)) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+int Orva_EvalScriptFile(const char* fileName) {
+  LumoMemoryManager::Start();
+  LumoMemoryManager::SetTraceAllocations(false);
+  int error = 0;
+  {
+    OrvaInterpreter interpreter;
+    if (IsBannerArgument(fileName)) {
+      std::puts(BANNER);
+      std::fflush(stdout);
+    } else {
+      interpreter.DownloadCommandScript(error, fileName);
+    }
+  }
+  LumoMemoryManager::Stop();
+  return error;
+}
+
+OrvaInterpreter::OrvaInterpreter()
+    : _model(std::make_unique<OrvaModel>()),
+      _printer(std::make_unique<OrvaPrinter>(this)),
+      _parser(std::make_unique<OrvaParser>(this)),
+      _checker(std::make_unique<OrvaChecker>(this)),
+      _rewriter(std::make_unique<OrvaRewriter>(this)),
+      _analyzer(std::make_unique<OrvaAnalyzer>(this)),
+      _systemBuilder(std::make_unique<OrvaSystemBuilder>(this)),
+      _mcsManager(std::make_unique<OrvaMCSManager>()),
+      _walker(std::make_unique<OrvaWalker>(_mcsManager.get())),
+      _randomizer(std::make_unique<LumoCongruentialRandomizer>(RANDOMIZER_KIND)),
+      _optionCenter(std::make_unique<OrvaOptionCenter>(this)) {
+  _printer->UpdateOptionCenter();
+  _parser->UpdateOptionCenter();
+  LumoMemoryManager::TraceNew(this, "OrvaInterpreter");
+}
+
+OrvaInterpreter::~OrvaInterpreter() {
+  _walker.reset();
+  _systemBuilder.reset();
+  _analyzer.reset();
+  _rewriter.reset();
+  _checker.reset();
+  _parser.reset();
+  _printer.reset();
+  _model.reset();
+  _mcsManager.reset();
+  _optionCenter.reset();
+  _randomizer.reset();
+  LumoMemoryManager::TraceDelete(this, "OrvaInterpreter");
+}
+
+void OrvaInterpreter::SetRandomizer(LumoRandomizer* randomizer) { _randomizer.reset(randomizer); }
+
+long OrvaInterpreter::GetRandomizerSeed() const { return _randomizer->GetSeed(); }
+
+void OrvaInterpreter::SetRandomizerSeed(long seed) { _randomizer->SetSeed(seed); }
+
+LumoStream* OrvaInterpreter::GetErrorStream() const { return _parser->GetErrorStream(); }
+
+void OrvaInterpreter::DownloadCommandScript(int& error, const char* fileName) {
+  if (fileName == nullptr) return _Report(error, NO_FILE_NAME, nullptr);
+  std::FILE* file = std::fopen(fileName, "r");
+  if (file == nullptr) return _Report(error, UNABLE_TO_OPEN_FILE, fileName, nullptr);
+  DownloadCommandScript(error, file);
+  std::fclose(file);
+}
+
+void OrvaInterpreter::DownloadCommandScript(int& error, std::FILE* file) {
+  LumoXMLDocument document;
+  document.Load(file);
+  DownloadCommandScript(error, &document);
+}
+
+void OrvaInterpreter::DownloadCommandScript(int& error, const LumoXMLDocument* document) {
+  if (const LumoXMLNode* root = document->FindRoot(SCRIPT_ROOT)) {
+    _DownloadCommandScript(error, root);
+  } else {
+    _parser->DownloadModel(error, document, _model.get());
+  }
+}
+
+void OrvaInterpreter::_DownloadCommandScript(int& error, const LumoXMLNode* root) {
+  for (const LumoXMLNode* command = root->GetFirstChild(); command != nullptr && error == 0;
+       command = command->GetNextSibling()) {
+    _DownloadCommand(error, command);
+  }
+}
+
+const OrvaInterpreter::Commands OrvaInterpreter::_COMMANDS = {
+    [] {
+      static constexpr Command ROWS[] = {
+          {"build", &OrvaInterpreter::_DownloadCommandBuild},
+          {"check", &OrvaInterpreter::_DownloadCommandCheck},
+          {"compute", &OrvaInterpreter::_DownloadCommandCompute},
+          {"load", &OrvaInterpreter::_DownloadCommandLoad},
+          {"normalize", &OrvaInterpreter::_DownloadCommandNormalize},
+          {"print", &OrvaInterpreter::_DownloadCommandPrint},
+          {"set", &OrvaInterpreter::_DownloadCommandSet},
+          {"test", &OrvaInterpreter::_DownloadCommandTest},
+      };
+      return std::span<const Command>(ROWS);
+    }(),
+    "Not a valid command", true};
+
+void OrvaInterpreter::_DownloadCommand(int& error, const LumoXMLNode* command) {
+  _DownloadCommand(error, command, _COMMANDS);
+}
+
+void OrvaInterpreter::_DownloadCommands(int& error, const LumoXMLNode* parent,
+                                        const Commands& commands) {
+  for (const LumoXMLNode* child = parent->GetFirstChild(); child != nullptr && error == 0;
+       child = child->GetNextSibling()) {
+    _DownloadCommand(error, child, commands);
+  }
+}
+
+void OrvaInterpreter::_DownloadCommand(int& error, const LumoXMLNode* command,
+                                       const Commands& commands) {
+  if (command->IsComment()) return;
+  for (const Command& row : commands.rows) {
+    if (command->IsNodeOfName(row.element)) return (this->*row.download)(error, command);
+  }
+  _Report(error, commands.unknownCommand, commands.showsElement ? command : nullptr);
+}
+
+void OrvaInterpreter::RaiseError(const char* format, const char* argument,
+                                 const LumoXMLNode* node) {
+  _parser->RaiseError(format, argument, node);
+  if (LumoStream* stream = GetErrorStream()) stream->Flush();
+}
+
+void OrvaInterpreter::RaiseError(const char* text, const LumoXMLNode* node) {
+  _parser->RaiseError(text, node);
+  if (LumoStream* stream = GetErrorStream()) stream->Flush();
+}
+
+void OrvaInterpreter::_Report(int& error, const char* text, const LumoXMLNode* node) {
+  error = 1;
+  RaiseError(text, node);
+}
+
+void OrvaInterpreter::_Report(int& error, const char* format, const char* argument,
+                              const LumoXMLNode* node) {
+  error = 1;
+  RaiseError(format, argument, node);
+}

@@ -1,0 +1,102 @@
+// The commands on models: load, check, normalize, test.
+
+#include "driver/OrvaInterpreter.h"
+#include "driver/OrvaInterpreterCommands.h"
+#include "driver/OrvaOptionCenter.h"
+#include "model/OrvaChecker.h"
+#include "model/OrvaModel.h"
+#include "model/OrvaParser.h"
+#include "system/OrvaRewriter.h"
+#include "system/OrvaSystemBuilder.h"
+#include "xml/LumoXMLNode.h"
+
+namespace {
+
+constexpr const char* NOT_A_CHECK_OPTION = "Not a check command option\n";
+
+struct Check {
+  const char* element;
+  void (OrvaChecker::*check)(int& error, const OrvaModel* model);
+};
+constexpr Check CHECKS[] = {
+    {"model", &OrvaChecker::CheckModel},
+    {"events", &OrvaChecker::CheckEventDefinitions},
+    {"gates", &OrvaChecker::CheckGateDefinitions},
+    {"basic-events", &OrvaChecker::CheckBasicEventDefinitions},
+    {"house-events", &OrvaChecker::CheckHouseEventDefinitions},
+    {"parameters", &OrvaChecker::CheckParameterDefinitions},
+    {"top-event", &OrvaChecker::CheckTopEventUniqueness},
+    {"normal-form", &OrvaChecker::CheckNormalForm},
+};
+
+const Check* FindCheck(const LumoXMLNode* node) {
+  for (const Check& row : CHECKS) {
+    if (node->IsNodeOfName(row.element)) return &row;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+const OrvaInterpreter::Commands OrvaInterpreter::_LOAD_COMMANDS = {
+    [] {
+      static constexpr Command ROWS[] = {
+          {"model", &OrvaInterpreter::_DownloadCommandLoadModel},
+          {"script", &OrvaInterpreter::_DownloadCommandLoadScript},
+      };
+      return std::span<const Command>(ROWS);
+    }(),
+    "Not a load command option\n", false};
+
+void OrvaInterpreter::_DownloadCommandLoad(int& error, const LumoXMLNode* command) {
+  _DownloadCommands(error, command, _LOAD_COMMANDS);
+}
+
+void OrvaInterpreter::_DownloadCommandLoadModel(int& error, const LumoXMLNode* command) {
+  const char* fileName;
+  _DownloadStringOption(error, command, OrvaOptionCenter::INPUT_FILE, fileName);
+  _parser->DownloadModel(error, fileName, _model.get());
+}
+
+void OrvaInterpreter::_DownloadCommandLoadScript(int& error, const LumoXMLNode* command) {
+  const char* fileName;
+  _DownloadStringOption(error, command, OrvaOptionCenter::INPUT_FILE, fileName);
+  DownloadCommandScript(error, fileName);
+}
+
+// Every check runs, also after one that has found faults; only an unknown element ends it.
+void OrvaInterpreter::_DownloadCommandCheck(int& error, const LumoXMLNode* command) {
+  for (const LumoXMLNode* node = command->GetFirstChild(); node != nullptr;
+       node = node->GetNextSibling()) {
+    if (node->IsComment()) continue;
+    const Check* row = FindCheck(node);
+    if (row == nullptr) return _Report(error, NOT_A_CHECK_OPTION, node);
+    (_checker.get()->*row->check)(error, _model.get());
+  }
+}
+
+// Modules are detected also when the normalisation has reported an error.
+void OrvaInterpreter::_DownloadCommandNormalize(int& error, const LumoXMLNode* command) {
+  OrvaEvent* topEvent;
+  _DownloadOptionTopEvent(error, command, topEvent);
+  if (topEvent == nullptr) return;
+  _model->Complete();
+  _rewriter->NormalizeModel(error, _model.get(), topEvent);
+  _rewriter->Modularize(_model.get(), topEvent);
+}
+
+// Loads probabilities into a system and leaves an empty output: an entry point for trying out
+// quantification code.
+void OrvaInterpreter::_DownloadCommandTest(int& error, const LumoXMLNode* command) {
+  OrvaHandle* handle;
+  _DownloadOptionSourceHandle(error, command, OrvaHandle::SYSTEM_HANDLE, handle);
+  if (handle == nullptr) return;
+  double missionTime = 0.0;
+  _DownloadRealOption(error, command, OrvaOptionCenter::MISSION_TIME, missionTime);
+  _model->ComputeProbabilitiesOfBasicEvents(missionTime);
+  _systemBuilder->LoadProbabilities(_model.get(), handle->GetSystem(), missionTime);
+  if (error != 0) return;
+  LumoStream* stream;
+  _OpenOutputStream(error, command, stream);
+  if (stream != nullptr) _CloseOutputStream(error, stream);
+}

@@ -1,0 +1,237 @@
+#include "model/OrvaCCFGroup.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "model/OrvaEvent.h"
+#include "model/OrvaGate.h"
+#include "model/OrvaModel.h"
+#include "model/OrvaProbabilityDistribution.h"
+#include "support/memory/LumoMemoryManager.h"
+#include "support/statistics/LumoMath.h"
+#include "support/text/LumoRawString.h"
+
+using Distribution = OrvaProbabilityDistribution;
+
+namespace {
+
+constexpr int INITIAL_CAPACITY = 8;
+constexpr int INDEPENDENT_LEVEL = 1;
+
+// In the order of the types.
+constexpr const char* TYPE_NAMES[] = {"beta-factor", "MGL", "alpha-factor", "phi-factor"};
+
+}  // namespace
+
+OrvaCCFGroup::OrvaCCFGroup(OrvaModel* model, Type type, const char* name)
+    : _model(model),
+      _type(type),
+      _name(LumoRawString::Copy(name)),
+      _members(INITIAL_CAPACITY),
+      _factors(INITIAL_CAPACITY) {
+  LumoMemoryManager::TraceNew(this, "OrvaCCFGroup");
+}
+
+OrvaCCFGroup::~OrvaCCFGroup() {
+  for (OrvaEvent* member : LumoItems<OrvaEvent>(_members)) _Unlink(member);
+  _factors.DeleteItems(OrvaTerm::Delete);
+  SetDistribution(nullptr);
+  LumoRawString::Delete(_name);
+  LumoMemoryManager::TraceDelete(this, "OrvaCCFGroup");
+}
+
+void OrvaCCFGroup::Delete(void* group) {
+  if (group != nullptr) delete static_cast<OrvaCCFGroup*>(group);
+}
+
+OrvaCCFGroup::Type OrvaCCFGroup::GetType(const char* name) {
+  for (int type = 0; type < static_cast<int>(std::size(TYPE_NAMES)); ++type) {
+    if (LumoRawString::IsEqual(name, TYPE_NAMES[type])) return static_cast<Type>(type);
+  }
+  return UNKNOWN;
+}
+
+const char* OrvaCCFGroup::GetTypeName(Type type) {
+  return type == UNKNOWN ? nullptr : TYPE_NAMES[type];
+}
+
+void OrvaCCFGroup::SetName(const char* name) { LumoRawString::Replace(_name, name); }
+
+OrvaEvent* OrvaCCFGroup::GetMember(int i) const {
+  return static_cast<OrvaEvent*>(_members.GetItem(i));
+}
+
+void OrvaCCFGroup::SetMember(int i, OrvaEvent* member) {
+  if (OrvaEvent* former = GetMember(i)) _Unlink(former);
+  _members.SetItem(i, member);
+  member->SetCCFGroup(this);
+}
+
+// A member may have moved to another group meanwhile: that link is not ours to clear.
+void OrvaCCFGroup::_Unlink(OrvaEvent* member) {
+  if (member->GetCCFGroup() == this) member->SetCCFGroup(nullptr);
+}
+
+Distribution* OrvaCCFGroup::GetFactor(int level) const {
+  return static_cast<Distribution*>(_factors.GetItem(level));
+}
+
+void OrvaCCFGroup::SetFactor(int level, Distribution* factor) {
+  OrvaTerm::Delete(GetFactor(level));
+  _factors.SetItem(level, factor);
+}
+
+void OrvaCCFGroup::AddFactor(Distribution* factor) {
+  _factors.SetItem(_factors.GetIndexOfLastItem() + 1, factor);
+}
+
+void OrvaCCFGroup::MoveFactor(int from, int to) {
+  if (GetFactor(from) == nullptr || from == to) return;
+  SetFactor(to, GetFactor(from));
+  _factors.RemoveItem(from);
+}
+
+void OrvaCCFGroup::SetDistribution(Distribution* distribution) {
+  OrvaTerm::Delete(_distribution);
+  _distribution = distribution;
+}
+
+int OrvaCCFGroup::CompareName(const char* name) const {
+  return LumoRawString::Compare(_name, name);
+}
+
+int OrvaCCFGroup::CompareName(const void* group, const void* name) {
+  return static_cast<const OrvaCCFGroup*>(group)->CompareName(static_cast<const char*>(name));
+}
+
+int OrvaCCFGroup::CompareNames(const void* a, const void* b) {
+  return static_cast<const OrvaCCFGroup*>(a)->CompareNames(static_cast<const OrvaCCFGroup*>(b));
+}
+
+void OrvaCCFGroup::Expand() {
+  if (_isExpanded) return;
+  const int n = GetNumberOfMembers();
+  Subset subset(static_cast<std::size_t>(n), '1');
+  for (int i = 0; i < n; ++i) {
+    if (_type == BETA_FACTOR) {
+      _ExpandMemberForBetaFactor(subset, i);
+    } else {
+      _ExpandMember(subset, i);
+    }
+  }
+  _isExpanded = true;
+}
+
+void OrvaCCFGroup::_ExpandMember(Subset& subset, int i) {
+  OrvaEvent* member = _ReplaceMemberByIndependentEvent(i);
+  LumoList children;
+  _ExpandMember(subset, i, &children, GetNumberOfMembers() - 1);
+  _DefineMember(member, &children);
+}
+
+// Enumerates the subsets that contain member i by leaving each other member out, then in, from
+// the last to the first: the independent failure comes first, the failure of all members last.
+void OrvaCCFGroup::_ExpandMember(Subset& subset, int i, LumoList* children, int k) {
+  if (k < 0) {
+    const auto level = static_cast<int>(std::count(subset.begin(), subset.end(), '1'));
+    OrvaEvent* event = level == INDEPENDENT_LEVEL ? GetMember(i) : _FindOrAddBasicEvent(subset);
+    _AssociateProbabilityDistributionToBasicEvent(event, level);
+    children->InsertItemLast(OrvaGate::NewEvent(_model, event));
+  } else if (k == i) {
+    _ExpandMember(subset, i, children, k - 1);
+  } else {
+    char& isMember = subset[static_cast<std::size_t>(k)];
+    isMember = '0';
+    _ExpandMember(subset, i, children, k - 1);
+    isMember = '1';
+    _ExpandMember(subset, i, children, k - 1);
+  }
+}
+
+void OrvaCCFGroup::_ExpandMemberForBetaFactor(const Subset& subset, int i) {
+  OrvaEvent* member = _ReplaceMemberByIndependentEvent(i);
+  OrvaEvent* common = _FindOrAddBasicEvent(subset);
+  _AssociateProbabilityDistributionToBasicEvent(common, GetNumberOfMembers());
+  LumoList children;
+  children.InsertItemLast(OrvaGate::NewEvent(_model, GetMember(i)));
+  children.InsertItemLast(OrvaGate::NewEvent(_model, common));
+  _DefineMember(member, &children);
+}
+
+// The member keeps its occurrences in the fault trees under the name "group-member"; its own name
+// goes to a new basic event, the independent failure, which takes its place in the group. The
+// new event is not linked to the group.
+OrvaEvent* OrvaCCFGroup::_ReplaceMemberByIndependentEvent(int i) {
+  OrvaEvent* member = GetMember(i);
+  const std::string name = member->GetName();
+  _model->RenameEvent(member, (std::string(_name) + "-" + name).c_str());
+  OrvaEvent* independent = _model->AddEvent(name.c_str(), OrvaEvent::BASIC_EVENT);
+  _Unlink(member);
+  _members.SetItem(i, independent);
+  _AssociateProbabilityDistributionToBasicEvent(independent, INDEPENDENT_LEVEL);
+  return member;
+}
+
+void OrvaCCFGroup::_DefineMember(OrvaEvent* member, const LumoList* children) {
+  member->SetDefinition(OrvaGate::NewOr(_model, children));
+}
+
+OrvaEvent* OrvaCCFGroup::_FindOrAddBasicEvent(const Subset& subset) {
+  const std::string name = std::string(_name) + "-" + subset;
+  OrvaEvent* event = _model->LookForEvent(name.c_str());
+  return event != nullptr ? event : _model->AddEvent(name.c_str(), OrvaEvent::BASIC_EVENT);
+}
+
+void OrvaCCFGroup::_AssociateProbabilityDistributionToBasicEvent(OrvaEvent* event, int level) {
+  if (_distribution == nullptr || event->GetProbabilityDistribution() != nullptr) return;
+  event->SetProbabilityDistribution(_NewExpressionOfLevel(level));
+}
+
+// The probability of the common failure of a given subset of `level` members: one product.
+Distribution* OrvaCCFGroup::_NewExpressionOfLevel(int level) const {
+  LumoList factors;
+  switch (_type) {
+    case BETA_FACTOR:
+      factors.InsertItemLast(level == INDEPENDENT_LEVEL
+                                 ? _NewComplementOfFactor(GetNumberOfMembers())
+                                 : _CopyFactor(GetNumberOfMembers()));
+      break;
+    case MGL:
+      factors.InsertItemLast(_NewCoefficient(level));
+      for (int j = 2; j <= level; ++j) factors.InsertItemLast(_CopyFactor(j));
+      if (level < GetNumberOfMembers()) factors.InsertItemLast(_NewComplementOfFactor(level + 1));
+      break;
+    case ALPHA_FACTOR:
+      // No factor `level` in front of the ratio: this is the defined form.
+      factors.InsertItemLast(_NewCoefficient(level));
+      factors.InsertItemLast(_NewShareOfFactor(level));
+      break;
+    default:
+      factors.InsertItemLast(_CopyFactor(level));
+  }
+  factors.InsertItemLast(Distribution::Copy(_model, _distribution));
+  return Distribution::NewDistribution(_model, Distribution::MUL, &factors);
+}
+
+Distribution* OrvaCCFGroup::_CopyFactor(int level) const {
+  return Distribution::Copy(_model, GetFactor(level));
+}
+
+Distribution* OrvaCCFGroup::_NewComplementOfFactor(int level) const {
+  return Distribution::NewDistribution(_model, Distribution::SUB,
+                                       Distribution::NewFloat(_model, 1.0), _CopyFactor(level));
+}
+
+// One over the number of subsets of that size that a given member belongs to.
+Distribution* OrvaCCFGroup::_NewCoefficient(int level) const {
+  return Distribution::NewFloat(_model,
+                                1.0 / LumoMath::Binomial(level - 1, GetNumberOfMembers() - 1));
+}
+
+Distribution* OrvaCCFGroup::_NewShareOfFactor(int level) const {
+  LumoList all;
+  for (int j = 1; j <= GetNumberOfMembers(); ++j) all.InsertItemLast(_CopyFactor(j));
+  return Distribution::NewDistribution(
+      _model, Distribution::DIV, _CopyFactor(level),
+      Distribution::NewDistribution(_model, Distribution::ADD, &all));
+}

@@ -1,0 +1,60 @@
+#include "model/OrvaEvent.h"
+
+#include "model/OrvaDescendantWalk.h"
+#include "model/OrvaGate.h"
+#include "model/OrvaParameter.h"
+#include "model/OrvaProbabilityDistribution.h"
+#include "model/OrvaSampling.h"
+#include "support/memory/LumoMemoryManager.h"
+#include "support/statistics/LumoMeasure.h"
+
+void OrvaEvent::Delete(void* event) {
+  if (event != nullptr) delete static_cast<OrvaEvent*>(event);
+}
+
+int OrvaEvent::CompareType(const void* event, const void* type) {
+  return static_cast<const OrvaEvent*>(event)->CompareType(*static_cast<const Type*>(type));
+}
+
+OrvaGate* OrvaEvent::GetDefinition() const {
+  return static_cast<OrvaGate*>(OrvaSymbol::GetDefinition());
+}
+
+void OrvaEvent::SetDefinition(OrvaGate* definition) {
+  OrvaSymbol::SetDefinition(definition);
+  _type = GATE;
+}
+
+void OrvaEvent::SetProbabilityDistribution(OrvaProbabilityDistribution* distribution) {
+  OrvaTerm::Delete(_distribution);
+  _distribution = distribution;
+}
+
+void OrvaEvent::ComputeProbabilityOfBasicEvent(double t) {
+  _probability = _distribution == nullptr ? 0.0 : _distribution->ComputeValueAsProbability(t);
+}
+
+void OrvaEvent::ComputeProbabilityAndUnconditionalFailureIntensityOfBasicEvent(double t) {
+  if (_distribution == nullptr) {
+    _probability = 1.0;
+    _unconditionalFailureIntensity = 0.0;
+    return;
+  }
+  _unconditionalFailureIntensity =
+      _distribution->ComputeProbabilityAndUnconditionalFailureIntensity(t);
+  _probability = _distribution->GetValueAsDouble();
+}
+
+void OrvaEvent::ResetMeasure(int numberOfQuantiles, int numberOfBins) {
+  OrvaSampling::ResetMeasure(_measure, this, numberOfQuantiles, numberOfBins);
+}
+
+void OrvaEvent::CollectParameters(LumoContainer* result) {
+  LumoList basicEvents;
+  CollectDescendants(CompareAsLeafSymbol, nullptr, &basicEvents);
+  OrvaDescendantWalk walk(CompareAsAnySymbol, nullptr, result);
+  for (const OrvaEvent* event : LumoItems<OrvaEvent>(basicEvents)) {
+    if (event->_distribution != nullptr) walk.VisitTerm(event->_distribution);
+  }
+  walk.ClearFlags();
+}

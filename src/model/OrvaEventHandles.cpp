@@ -1,0 +1,56 @@
+// What an event owns of the layers above: its handles, and the module record that tells whether it
+// is a module. This is the one source file of events that looks upward.
+
+#include "model/OrvaEvent.h"
+#include "model/OrvaGate.h"
+#include "model/OrvaProbabilityDistribution.h"
+#include "quantification/OrvaHandle.h"
+#include "support/memory/LumoMemoryManager.h"
+#include "support/statistics/LumoMeasure.h"
+#include "system/OrvaModuleRecord.h"
+
+OrvaEvent::OrvaEvent(OrvaModel* model, const char* name, Type type)
+    : OrvaSymbol(model, name), _type(type), _handles(OrvaHandle::CompareNames) {
+  LumoMemoryManager::TraceNew(this, "OrvaEvent");
+}
+
+OrvaEvent::~OrvaEvent() {
+  DeleteHandles();
+  SetProbabilityDistribution(nullptr);
+  LumoMemoryManager::TraceDelete(this, "OrvaEvent");
+}
+
+OrvaHandle* OrvaEvent::NewHandle(const char* name, OrvaSystem* system) {
+  DeleteHandle(name);
+  auto* handle = new OrvaHandle(this, name, system);
+  _handles.InsertItem(handle);
+  return handle;
+}
+
+OrvaHandle* OrvaEvent::NewHandle(const char* name, OrvaMCSSet* set) {
+  DeleteHandle(name);
+  auto* handle = new OrvaHandle(this, name, set);
+  _handles.InsertItem(handle);
+  return handle;
+}
+
+OrvaHandle* OrvaEvent::GetHandle(const char* name) const {
+  return static_cast<OrvaHandle*>(_handles.LookForItem(OrvaHandle::CompareName, name));
+}
+
+void OrvaEvent::DeleteHandle(const char* name) {
+  OrvaHandle* handle = GetHandle(name);
+  if (handle != nullptr) OrvaHandle::Delete(_handles.RemoveItem(handle));
+}
+
+void OrvaEvent::DeleteHandles() { _handles.DeleteItems(OrvaHandle::Delete); }
+
+void OrvaEvent::DeleteHandles(LumoContainer::Match selector, const void* argument) {
+  _handles.DeleteItems(selector, argument, OrvaHandle::Delete);
+}
+
+bool OrvaEvent::IsModule() const {
+  if (GetDefinition() == nullptr) return false;
+  const OrvaModuleRecord* record = OrvaModuleRecord::Find(this);
+  return record != nullptr && record->IsModule();
+}

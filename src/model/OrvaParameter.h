@@ -1,0 +1,37 @@
+#pragma once
+
+#include <memory>
+
+#include "model/OrvaSymbol.h"
+#include "support/values/LumoConstant.h"
+
+class LumoMeasure;
+class OrvaProbabilityDistribution;
+
+// A named quantity of the model, defined by an expression.
+class OrvaParameter : public OrvaSymbol {
+ public:
+  OrvaParameter(OrvaModel* model, const char* name);
+  ~OrvaParameter();
+  static void Delete(void* parameter);
+
+  OrvaProbabilityDistribution* GetDefinition() const;
+  // Deletes the former expression and takes ownership of the new one, which may be null.
+  void SetDefinition(OrvaProbabilityDistribution* definition);
+
+  // The value of the last evaluation, nil before the first.
+  LumoConstant* GetValue() { return &_value; }
+  // Copies the value.
+  void SetValue(const LumoConstant* value) { _value.Set(value); }
+  // The definition's value at date t, the real 0 without one. The parameters that the definition
+  // uses must have been computed before.
+  LumoConstant* ComputeValue(double t);
+
+  // The statistics of the sampled values, as for events.
+  LumoMeasure* GetMeasure() const { return _measure.get(); }
+  void ResetMeasure(int numberOfQuantiles, int numberOfBins);
+
+ private:
+  LumoConstant _value;
+  std::unique_ptr<LumoMeasure> _measure;
+};

@@ -1,0 +1,354 @@
+#include "model/OrvaProbabilityDistribution.h"
+
+#include <algorithm>
+#include <cfloat>
+#include <iterator>
+#include <vector>
+
+#include "model/OrvaParameter.h"
+#include "model/OrvaProbabilityDistributionKinds.h"
+#include "support/memory/LumoMemoryManager.h"
+#include "support/text/LumoRawString.h"
+
+namespace {
+
+template <int N>
+bool Exactly(int n) {
+  return n == N;
+}
+template <int N>
+bool AtLeast(int n) {
+  return n >= N;
+}
+bool AsPeriodicTest(int n) { return n == 4 || n == 5 || n == 11; }
+
+}  // namespace
+
+// The kinds of rows.
+struct OrvaProbabilityDistribution::Rows {
+  using Node = OrvaProbabilityDistribution;
+  using Value = LumoConstant;
+  using Evaluate = void (Node::*)(double);
+  using FailureRate = double (Node::*)(double) const;
+  using Draw = void (Node::*)(LumoRandomizer*);
+  using Reset = void (Node::*)();
+  static constexpr Dependence NEVER = Dependence::NEVER;
+  static constexpr Dependence ALWAYS = Dependence::ALWAYS;
+  static constexpr Dependence CHILDREN = Dependence::CHILDREN;
+
+  static constexpr Functor Reference(const char* name) {
+    return {.name = name,
+            .acceptsChildren = Exactly<0>,
+            .evaluate = &Node::_EvaluateParameter,
+            .time = Dependence::DEFINITION,
+            .repair = Dependence::DEFINITION,
+            .failureRate = &Node::_GetFailureRateOfParameter};
+  }
+  static constexpr Functor Leaf(const char* name, Evaluate evaluate, Dependence time = NEVER) {
+    return {.name = name, .acceptsChildren = Exactly<0>, .evaluate = evaluate, .time = time};
+  }
+  // Operators: they depend on whatever their children depend on.
+  static constexpr Functor Operator(const char* name, bool (*acceptsChildren)(int),
+                                    Evaluate evaluate,
+                                    FailureRate failureRate = &Node::_GetNoFailureRate) {
+    return {.name = name,
+            .acceptsChildren = acceptsChildren,
+            .evaluate = evaluate,
+            .time = CHILDREN,
+            .repair = CHILDREN,
+            .failureRate = failureRate};
+  }
+  static constexpr Functor Unary(const char* name, Operation operation) {
+    Functor row = Operator(name, Exactly<1>, &Node::_EvaluateOperation);
+    row.operation = operation;
+    return row;
+  }
+  static constexpr Functor Binary(const char* name, BinaryOperation operation) {
+    Functor row = Operator(name, Exactly<2>, &Node::_EvaluateBinaryOperation);
+    row.binaryOperation = operation;
+    return row;
+  }
+  static constexpr Functor Fold(const char* name, Operation operation, Value::Type startType,
+                                double start) {
+    Functor row = Operator(name, AtLeast<2>, &Node::_EvaluateFold);
+    row.operation = operation;
+    row.startType = startType;
+    row.start = start;
+    return row;
+  }
+  static constexpr Functor Model(const char* name, bool (*acceptsChildren)(int), Evaluate evaluate,
+                                 Dependence time, Dependence repair,
+                                 FailureRate failureRate = &Node::_GetNoFailureRate) {
+    return {.name = name,
+            .acceptsChildren = acceptsChildren,
+            .evaluate = evaluate,
+            .time = time,
+            .repair = repair,
+            .failureRate = failureRate};
+  }
+  static constexpr Functor Deviate(const char* name, bool (*acceptsChildren)(int), Draw draw,
+                                   Reset reset) {
+    return {.name = name, .acceptsChildren = acceptsChildren, .draw = draw, .reset = reset};
+  }
+};
+
+// In the order of the types; the last row ends the table.
+constexpr OrvaProbabilityDistribution::Functor OrvaProbabilityDistribution::_FUNCTORS[] = {
+    Rows::Reference("parameter"),
+    Rows::Leaf("bool", &Rows::Node::_KeepValue),
+    Rows::Leaf("int", &Rows::Node::_KeepValue),
+    Rows::Leaf("float", &Rows::Node::_KeepValue),
+    Rows::Leaf("pi", &Rows::Node::_EvaluatePi),
+    Rows::Leaf("mission-time", &Rows::Node::_EvaluateMissionTime, Rows::ALWAYS),
+    Rows::Fold("and", &LumoConstant::SetAnd, LumoConstant::BOOL, 1),
+    Rows::Fold("or", &LumoConstant::SetOr, LumoConstant::BOOL, 0),
+    Rows::Unary("not", &LumoConstant::Not),
+    Rows::Binary("eq", &LumoConstant::Eq),
+    Rows::Binary("df", &LumoConstant::Df),
+    Rows::Binary("lt", &LumoConstant::Lt),
+    Rows::Binary("gt", &LumoConstant::Gt),
+    Rows::Binary("leq", &LumoConstant::Leq),
+    Rows::Binary("geq", &LumoConstant::Geq),
+    Rows::Unary("neg", &LumoConstant::Neg),
+    Rows::Fold("add", &LumoConstant::SetAdd, LumoConstant::INT, 0),
+    Rows::Binary("sub", &LumoConstant::Sub),
+    [] {
+      Functor row = Rows::Fold("mul", &LumoConstant::SetMul, LumoConstant::INT, 1);
+      row.failureRate = &Rows::Node::_GetFailureRateOfProduct;
+      return row;
+    }(),
+    Rows::Binary("div", &LumoConstant::Div),
+    Rows::Unary("abs", &LumoConstant::Abs),
+    Rows::Unary("acos", &LumoConstant::Acos),
+    Rows::Unary("asin", &LumoConstant::Asin),
+    Rows::Unary("atan", &LumoConstant::Atan),
+    Rows::Unary("cos", &LumoConstant::Cos),
+    Rows::Unary("cosh", &LumoConstant::Cosh),
+    Rows::Unary("exp", &LumoConstant::Exp),
+    Rows::Unary("log", &LumoConstant::Log),
+    Rows::Unary("log10", &LumoConstant::Log10),
+    // One child is accepted and two are read: the value is always nil. This is as defined.
+    [] {
+      Functor row = Rows::Binary("mod", &LumoConstant::Mod);
+      row.acceptsChildren = Exactly<1>;
+      return row;
+    }(),
+    Rows::Binary("pow", &LumoConstant::Pow),
+    Rows::Unary("sin", &LumoConstant::Sin),
+    Rows::Unary("sinh", &LumoConstant::Sinh),
+    Rows::Unary("tan", &LumoConstant::Tan),
+    Rows::Unary("tanh", &LumoConstant::Tanh),
+    Rows::Unary("sqrt", &LumoConstant::Sqrt),
+    Rows::Unary("ceil", &LumoConstant::Ceil),
+    Rows::Unary("floor", &LumoConstant::Floor),
+    Rows::Fold("min", &LumoConstant::SetInf, LumoConstant::DOUBLE, DBL_MAX),
+    // The start is the smallest positive double: children that are all below it yield it.
+    Rows::Fold("max", &LumoConstant::SetSup, LumoConstant::DOUBLE, DBL_MIN),
+    [] {
+      Functor row = Rows::Fold("mean", &LumoConstant::SetAdd, LumoConstant::DOUBLE, 0);
+      row.evaluate = &Rows::Node::_EvaluateMean;
+      return row;
+    }(),
+    Rows::Operator("ite", Exactly<3>, &Rows::Node::_EvaluateIte, &Rows::Node::_GetFailureRateOfIte),
+    Rows::Operator("switch", AtLeast<1>, &Rows::Node::_EvaluateSwitch,
+                   &Rows::Node::_GetFailureRateOfSwitch),
+    Rows::Operator("case", Exactly<2>, &Rows::Node::_KeepValue),
+    Rows::Operator("Dirac", Exactly<2>, &Rows::Node::_EvaluateDirac),
+    Rows::Operator("periodic", Exactly<3>, &Rows::Node::_EvaluatePeriodic),
+    Rows::Model("exponential", Exactly<2>, &Rows::Node::_EvaluateExponential, Rows::CHILDREN,
+                Rows::ALWAYS, &Rows::Node::_GetFailureRateOfFirstChild),
+    Rows::Model("GLM", Exactly<4>, &Rows::Node::_EvaluateGLM, Rows::CHILDREN, Rows::ALWAYS,
+                &Rows::Node::_GetFailureRateOfGLM),
+    Rows::Model("MTT", Exactly<3>, &Rows::Node::_EvaluateMTT, Rows::CHILDREN, Rows::CHILDREN,
+                &Rows::Node::_GetFailureRateOfMTT),
+    Rows::Model("dormant", Exactly<3>, &Rows::Node::_EvaluateDormant, Rows::CHILDREN, Rows::ALWAYS,
+                &Rows::Node::_GetFailureRateOfFirstChild),
+    Rows::Model("Weibull", Exactly<3>, &Rows::Node::_EvaluateWeibull, Rows::CHILDREN,
+                Rows::CHILDREN),
+    Rows::Model("standby", Exactly<6>, &Rows::Node::_EvaluateStandby, Rows::CHILDREN, Rows::ALWAYS),
+    Rows::Model("periodic-test", AsPeriodicTest, &Rows::Node::_EvaluatePeriodicTest, Rows::ALWAYS,
+                Rows::ALWAYS, &Rows::Node::_GetFailureRateOfPeriodicTest),
+    Rows::Model("bound-time", Exactly<4>, &Rows::Node::_EvaluateBoundTime, Rows::ALWAYS,
+                Rows::CHILDREN),
+    Rows::Deviate("uniform-deviate", Exactly<2>, &Rows::Node::_DrawUniform,
+                  &Rows::Node::_ResetUniform),
+    Rows::Deviate("normal-deviate", Exactly<2>, &Rows::Node::_DrawNormal,
+                  &Rows::Node::_ResetToFirstParameter),
+    Rows::Deviate("lognormal-deviate", Exactly<3>, &Rows::Node::_DrawLognormal,
+                  &Rows::Node::_ResetToFirstParameter),
+    Rows::Deviate("beta-deviate", Exactly<2>, &Rows::Node::_DrawBeta, &Rows::Node::_ResetBeta),
+    Rows::Deviate("gamma-deviate", Exactly<2>, &Rows::Node::_DrawGamma, &Rows::Node::_ResetGamma),
+    Rows::Deviate("bin", Exactly<2>, &Rows::Node::_DrawNothing, &Rows::Node::_ResetNothing),
+    Rows::Deviate("histogram", AtLeast<2>, &Rows::Node::_DrawHistogram,
+                  &Rows::Node::_ResetHistogram),
+    {},
+};
+
+OrvaProbabilityDistribution::OrvaProbabilityDistribution(OrvaModel* model, Type type)
+    : OrvaTerm(model, type) {
+  SetType(type);
+  LumoMemoryManager::TraceNew(this, "OrvaProbabilityDistribution");
+}
+
+OrvaProbabilityDistribution::~OrvaProbabilityDistribution() {
+  LumoMemoryManager::TraceDelete(this, "OrvaProbabilityDistribution");
+}
+
+OrvaProbabilityDistribution* OrvaProbabilityDistribution::NewParameter(OrvaModel* model,
+                                                                       OrvaParameter* parameter) {
+  auto* node = new OrvaProbabilityDistribution(model, PARAMETER);
+  node->SetReferencedSymbol(parameter);
+  return node;
+}
+
+OrvaProbabilityDistribution* OrvaProbabilityDistribution::NewBool(OrvaModel* model, bool value) {
+  auto* node = new OrvaProbabilityDistribution(model, BOOL);
+  node->_value.Set(value);
+  return node;
+}
+
+OrvaProbabilityDistribution* OrvaProbabilityDistribution::NewInt(OrvaModel* model, int value) {
+  auto* node = new OrvaProbabilityDistribution(model, INT);
+  node->_value.Set(value);
+  return node;
+}
+
+OrvaProbabilityDistribution* OrvaProbabilityDistribution::NewFloat(OrvaModel* model, double value) {
+  auto* node = new OrvaProbabilityDistribution(model, FLOAT);
+  node->_value.Set(value);
+  return node;
+}
+
+OrvaProbabilityDistribution* OrvaProbabilityDistribution::NewDistribution(
+    OrvaModel* model, Type type, const LumoContainer* children) {
+  auto* node = new OrvaProbabilityDistribution(model, type);
+  if (children != nullptr) node->AddChildren(children);
+  return node;
+}
+
+OrvaProbabilityDistribution* OrvaProbabilityDistribution::Copy(
+    OrvaModel* model, const OrvaProbabilityDistribution* distribution) {
+  auto* copy = new OrvaProbabilityDistribution(model, distribution->GetType());
+  copy->SetReferencedSymbol(distribution->GetReferencedSymbol());
+  copy->_value.Set(&distribution->_value);
+  for (const auto* child = distribution->GetFirstChild(); child != nullptr;
+       child = child->GetNextSibling()) {
+    copy->AddChild(Copy(model, child));
+  }
+  return copy;
+}
+
+const OrvaProbabilityDistribution::Functor& OrvaProbabilityDistribution::_GetFunctor() const {
+  return _FUNCTORS[GetType()];
+}
+
+const char* OrvaProbabilityDistribution::GetFunctor(Type type) {
+  const bool isKnown = type >= 0 && type < static_cast<int>(std::size(_FUNCTORS));
+  return isKnown ? _FUNCTORS[type].name : nullptr;
+}
+
+OrvaProbabilityDistribution::Type OrvaProbabilityDistribution::GetType(const char* name) {
+  for (int type = 0; _FUNCTORS[type].name != nullptr; ++type) {
+    if (LumoRawString::IsEqual(name, _FUNCTORS[type].name)) return static_cast<Type>(type);
+  }
+  return UNKNOWN;
+}
+
+void OrvaProbabilityDistribution::SetType(Type type) {
+  OrvaTerm::SetType(type);
+  SetAttribute(FUNCTOR, GetFunctor(type));
+}
+
+bool OrvaProbabilityDistribution::CheckNumberOfChildren(Type type, int n) {
+  return GetFunctor(type) != nullptr && _FUNCTORS[type].acceptsChildren(n);
+}
+
+OrvaParameter* OrvaProbabilityDistribution::GetReferencedParameter() const {
+  return GetType() == PARAMETER ? static_cast<OrvaParameter*>(GetReferencedSymbol()) : nullptr;
+}
+
+double OrvaProbabilityDistribution::GetValueOfChildAsDouble(int i) const {
+  const OrvaProbabilityDistribution* child = GetChild(i);
+  return child == nullptr ? 0.0 : child->GetValueAsDouble();
+}
+
+LumoConstant* OrvaProbabilityDistribution::ComputeValue(double t) {
+  (this->*_GetFunctor().evaluate)(t);
+  return &_value;
+}
+
+LumoConstant* OrvaProbabilityDistribution::ComputeValueOfChild(int i, double t) {
+  OrvaProbabilityDistribution* child = GetChild(i);
+  return child == nullptr ? nullptr : child->ComputeValue(t);
+}
+
+double OrvaProbabilityDistribution::ComputeValueAsDouble(double t, double low, double high) {
+  ComputeValue(t);
+  return _Bound(low, high);
+}
+
+double OrvaProbabilityDistribution::_Bound(double low, double high) {
+  const double value = _value.ToDouble();
+  if (value < low) {
+    _value.Set(low);
+    return low;
+  }
+  if (value > high) {
+    _value.Set(high);
+    return high;
+  }
+  return value;
+}
+
+double OrvaProbabilityDistribution::ComputeValueOfChildAsDouble(int i, double t, double low,
+                                                                double high) {
+  OrvaProbabilityDistribution* child = GetChild(i);
+  return child == nullptr ? std::clamp(0.0, low, high) : child->ComputeValueAsDouble(t, low, high);
+}
+
+int OrvaProbabilityDistribution::ComputeValueOfChildAsInt(int i, double t, int low, int high) {
+  LumoConstant* value = ComputeValueOfChild(i, t);
+  const int n = value == nullptr ? 0 : value->ToInt();
+  const int bounded = std::clamp(n, low, high);
+  if (value != nullptr && bounded != n) value->Set(bounded);
+  return bounded;
+}
+
+// Whether a node with the property is reached through the nodes that hand it on. Every definition
+// is entered once, however many references lead to it.
+bool OrvaProbabilityDistribution::_DoesDepend(Dependence Functor::*property) const {
+  std::vector<const OrvaProbabilityDistribution*> waiting = {this};
+  std::vector<OrvaParameter*> entered;
+  bool isFound = false;
+  while (!waiting.empty() && !isFound) {
+    const OrvaProbabilityDistribution* node = waiting.back();
+    waiting.pop_back();
+    switch (node->_GetFunctor().*property) {
+      case Dependence::NEVER:
+        break;
+      case Dependence::ALWAYS:
+        isFound = true;
+        break;
+      case Dependence::CHILDREN:
+        for (const auto* child = node->GetFirstChild(); child != nullptr;
+             child = child->GetNextSibling()) {
+          waiting.push_back(child);
+        }
+        break;
+      case Dependence::DEFINITION:
+        OrvaParameter* parameter = node->GetReferencedParameter();
+        if (parameter->GetDefinition() == nullptr || parameter->GetFlag() != 0) break;
+        parameter->SetFlag(1);
+        entered.push_back(parameter);
+        waiting.push_back(parameter->GetDefinition());
+    }
+  }
+  for (OrvaParameter* parameter : entered) parameter->SetFlag(0);
+  return isFound;
+}
+
+bool OrvaProbabilityDistribution::IsTimeDependent() const { return _DoesDepend(&Functor::time); }
+
+bool OrvaProbabilityDistribution::IsRepairDependent() const {
+  return _DoesDepend(&Functor::repair);
+}

@@ -1,0 +1,85 @@
+// Failure intensities and failure rates of expressions.
+
+#include <cfloat>
+#include <cmath>
+
+#include "model/OrvaParameter.h"
+#include "model/OrvaProbabilityDistributionKinds.h"
+
+double OrvaProbabilityDistribution::ComputeProbabilityAndUnconditionalFailureIntensity(double t) {
+  constexpr double STEP = 0.001;
+  constexpr double LATEST_DATE_OF_RELATIVE_STEP = 100.0;
+  const double date = t < 0.0 ? 0.0 : t;
+  if (!IsTimeDependent()) {
+    ComputeValueAsProbability(date);
+    _unconditionalFailureIntensity = 0.0;
+  } else if (IsRepairDependent()) {
+    const double p = ComputeValueAsProbability(date);
+    _unconditionalFailureIntensity = _ComputeFailureRate(date) * (1.0 - p);
+  } else {
+    const bool isRelative = date != 0.0 && date <= LATEST_DATE_OF_RELATIVE_STEP;
+    const double h = isRelative ? date / 1000.0 : STEP;
+    // The later value first: the node's value ends as the probability at the date.
+    const double p1 = ComputeValueAsProbability(date + h);
+    const double p0 = ComputeValueAsProbability(date);
+    _unconditionalFailureIntensity = (1.0 - p0) * (p1 - p0) / h;
+  }
+  return _unconditionalFailureIntensity;
+}
+
+// From the current values of the children, which the caller has computed.
+double OrvaProbabilityDistribution::_ComputeFailureRate(double t) const {
+  return (this->*_GetFunctor().failureRate)(t);
+}
+
+double OrvaProbabilityDistribution::_GetFailureRateOfParameter(double t) const {
+  const OrvaParameter* parameter = GetReferencedParameter();
+  const OrvaProbabilityDistribution* definition = parameter->GetDefinition();
+  return definition == nullptr ? 0.0 : definition->_ComputeFailureRate(t);
+}
+
+double OrvaProbabilityDistribution::_GetFailureRateOfProduct(double t) const {
+  double rate = 1.0;
+  for (const auto* child = GetFirstChild(); child != nullptr; child = child->GetNextSibling()) {
+    rate *= child->IsRepairDependent() ? child->_ComputeFailureRate(t) : child->GetValueAsDouble();
+  }
+  return rate;
+}
+
+double OrvaProbabilityDistribution::_GetFailureRateOfIte(double t) const {
+  return GetChild(GetFirstChild()->GetValueAsBool() ? 2 : 3)->_ComputeFailureRate(t);
+}
+
+// The first case whose own value, which evaluation never sets, reads false; else the last child.
+double OrvaProbabilityDistribution::_GetFailureRateOfSwitch(double t) const {
+  const OrvaProbabilityDistribution* chosen = GetFirstChild();
+  while (chosen->GetType() != CASE || chosen->GetValueAsBool()) {
+    const OrvaProbabilityDistribution* next = chosen->GetNextSibling();
+    if (next == nullptr) break;
+    chosen = next;
+  }
+  return chosen->_ComputeFailureRate(t);
+}
+
+double OrvaProbabilityDistribution::_GetFailureRateOfFirstChild(double /*t*/) const {
+  return GetValueOfChildAsDouble(1);
+}
+
+double OrvaProbabilityDistribution::_GetFailureRateOfGLM(double /*t*/) const {
+  return GetValueOfChildAsDouble(2);
+}
+
+double OrvaProbabilityDistribution::_GetFailureRateOfMTT(double /*t*/) const {
+  const double meanTimeToFailure = GetValueOfChildAsDouble(1);
+  return meanTimeToFailure == 0.0 ? DBL_MAX : 1.0 / meanTimeToFailure;
+}
+
+double OrvaProbabilityDistribution::_GetFailureRateOfPeriodicTest(double t) const {
+  constexpr int LAMBDA = 1, LAMBDA_TEST = 2, TAU = 4, THETA = 5, PI_DURATION = 7;
+  if (GetNumberOfChildren() != 11) return GetValueOfChildAsDouble(LAMBDA);
+  const double theta = GetValueOfChildAsDouble(THETA);
+  if (theta >= t) return GetValueOfChildAsDouble(LAMBDA);
+  const double sinceTest = std::fmod(t - theta - DBL_EPSILON, GetValueOfChildAsDouble(TAU));
+  const bool isTestOver = GetValueOfChildAsDouble(PI_DURATION) < sinceTest;
+  return GetValueOfChildAsDouble(isTestOver ? LAMBDA : LAMBDA_TEST);
+}

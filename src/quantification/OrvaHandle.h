@@ -1,0 +1,115 @@
+#pragma once
+
+#include "support/containers/LumoList.h"
+#include "support/containers/LumoRange.h"
+
+class OrvaEvent;
+class OrvaMCSSet;
+class OrvaParameter;
+class OrvaSystem;
+
+// A named result: what was built from a top event, a Boolean system or a set of minimal cutsets.
+// Quantities are computed through a handle at a mission time, in the model's time unit, and stored
+// on the events and parameters of the model, from which they are read; a value read is that of the
+// last computation through any handle that shares those events. Nothing here reports an error.
+//
+// A system handle is never quantified: its top-event probability is 0.
+class OrvaHandle {
+ public:
+  enum Type : int { SYSTEM_HANDLE = 0, MCS_HANDLE = 1 };
+
+  // Copies the name and takes ownership of the system or of the set; the top event is not owned.
+  OrvaHandle(OrvaEvent* topEvent, const char* name, OrvaSystem* system);
+  OrvaHandle(OrvaEvent* topEvent, const char* name, OrvaMCSSet* set);
+  ~OrvaHandle();
+  OrvaHandle(const OrvaHandle&) = delete;
+  OrvaHandle& operator=(const OrvaHandle&) = delete;
+  static void Delete(void* handle);
+
+  OrvaEvent* GetTopEvent() const { return _topEvent; }
+  const char* GetName() const { return _name; }
+  Type GetType() const { return _type; }
+  // Null for a handle of the other type.
+  OrvaSystem* GetSystem() const { return _system; }
+  OrvaMCSSet* GetMCSSet() const { return _set; }
+
+  // The basic events below the top event, and the parameters that their expressions use, each
+  // once and after those that it uses itself. Not owned. Cursors are the caller's.
+  const LumoList* GetBasicEvents() const { return &_basicEvents; }
+  const LumoList* GetParameters() const { return &_parameters; }
+  LumoCursor* NewCursorOnBasicEvents() { return _basicEvents.NewCursor(); }
+  LumoCursor* NewCursorOnParameters() { return _parameters.NewCursor(); }
+  // Fills both lists again, after a change of the model.
+  void UpdateBasicEventsAndParameters();
+
+  // Comparison functions for containers: by name, and by type (this minus the other).
+  int CompareName(const char* name) const;
+  int CompareNames(const OrvaHandle* other) const { return CompareName(other->_name); }
+  int CompareType(const Type* type) const { return _type - *type; }
+  int CompareTypes(const OrvaHandle* other) const { return _type - other->_type; }
+  static int CompareName(const void* handle, const void* name);
+  static int CompareNames(const void* a, const void* b);
+  static int CompareType(const void* handle, const void* type);
+  static int CompareTypes(const void* a, const void* b);
+
+  // Quantities of the last computation.
+  double GetTopEventProbability() const;
+  double GetProbabilityOfBasicEvent(const OrvaEvent* event) const;
+  double GetTopEventUnconditionalFailureIntensity() const;
+  double GetUnconditionalFailureIntensityOfBasicEvent(const OrvaEvent* event) const;
+  double GetMarginalImportanceFactorOfBasicEvent(const OrvaEvent* event) const;
+  // w / (1 - P), per time unit; 1.0 when P is exactly 1. The unconditional failure intensity w is
+  // handed over as well.
+  double GetTopEventConditionalFailureIntensity() const;
+  double GetTopEventConditionalFailureIntensity(double& unconditional) const;
+  // In how many minimal cutsets the event is, as of the last computation of importance factors.
+  int GetNumberOfOccurrencesOfBasicEvent(const OrvaEvent* event) const;
+
+  // Computations at mission time t, on the handle's own lists or on a container of the caller's.
+  // Values of parameters, in list order; without a time, at 0.
+  void ComputeValuesOfParameters() { ComputeValuesOfParameters(0.0); }
+  void ComputeValuesOfParameters(double t) { ComputeValuesOfParameters(t, &_parameters); }
+  void ComputeValuesOfParameters(double t, const LumoContainer* parameters);
+  // Probabilities of basic events, 1.0 without an expression (an undefined event is taken as
+  // certain), and their unconditional failure intensities. The handle's parameters are computed
+  // first; the probabilities are loaded into the cutset store.
+  void ComputeProbabilitiesOfBasicEvents(double t) {
+    ComputeProbabilitiesOfBasicEvents(t, &_basicEvents);
+  }
+  void ComputeProbabilitiesOfBasicEvents(double t, const LumoContainer* basicEvents);
+  void ComputeProbabilitiesAndUnconditionalFailureIntensitiesOfBasicEvents(double t) {
+    ComputeProbabilitiesAndUnconditionalFailureIntensitiesOfBasicEvents(t, &_basicEvents);
+  }
+  void ComputeProbabilitiesAndUnconditionalFailureIntensitiesOfBasicEvents(
+      double t, const LumoContainer* basicEvents);
+  // The rare-event approximation: the sum over the minimal cutsets of the products of the
+  // probabilities of their events, brought into [0, 1].
+  void ComputeTopEventProbability(double t);
+  // With the top-event probability, the marginal importance factor of each basic event: the
+  // derivative of that sum with respect to the event's probability.
+  void ComputeImportanceFactorsOfBasicEvents(double t);
+  // The sum over the basic events of marginal importance factor × unconditional failure
+  // intensity, per time unit.
+  void ComputeTopEventUnconditionalFailureIntensity(double t);
+
+  // Sets the random deviates of the handle's parameters, then of its basic events, back to their
+  // central values; of those given; of the parameters alone.
+  void ResetRandomDeviatesOfBasicEvents();
+  void ResetRandomDeviatesOfBasicEvents(const LumoContainer* basicEvents);
+  void ResetRandomDeviatesOfParameters();
+  void ResetRandomDeviatesOfParameters(const LumoContainer* parameters);
+
+ private:
+  OrvaHandle(OrvaEvent* topEvent, const char* name, Type type, OrvaSystem* system, OrvaMCSSet* set);
+  void _ComputeImportanceFactorsOfBasicEvents();
+  void _LoadProbabilitiesOfBasicEvents() { _LoadProbabilitiesOfBasicEvents(&_basicEvents); }
+  void _LoadProbabilitiesOfBasicEvents(const LumoContainer* basicEvents);
+
+  OrvaEvent* _topEvent;
+  char* _name;
+  Type _type;
+  OrvaSystem* _system;  // owned; one of the two is null
+  OrvaMCSSet* _set;     // owned
+  LumoList _parameters;
+  LumoList _basicEvents;
+};

@@ -1,0 +1,76 @@
+#include "system/OrvaEquation.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "support/memory/LumoMemoryManager.h"
+
+namespace {
+constexpr int ALL_ATTRIBUTES = ~0;
+}
+
+OrvaEquation::OrvaEquation() { LumoMemoryManager::TraceNew(this, "OrvaEquation"); }
+
+OrvaEquation::~OrvaEquation() {
+  Reset();
+  LumoMemoryManager::TraceDelete(this, "OrvaEquation");
+}
+
+void OrvaEquation::Reset() {
+  delete[] std::exchange(_fanins, nullptr);
+  _size = 0;
+  _min = 0;
+  _fanout = nullptr;
+  _attributes.ResetValuesOfAttributes(ALL_ATTRIBUTES, ALL_ATTRIBUTES);
+}
+
+void OrvaEquation::CreateFaninTable(int n) {
+  delete[] _fanins;
+  _fanins = n == 0 ? nullptr : new OrvaLiteral[static_cast<std::size_t>(n)];
+  _size = n;
+}
+
+void OrvaEquation::SetFanin(int i, OrvaVariable* variable, bool sign) {
+  if (_IsInTable(i)) _fanins[i].Set(variable, sign);
+}
+
+void OrvaEquation::GetFanin(int i, OrvaVariable*& variable, bool& sign) const {
+  variable = GetFaninVariable(i);
+  sign = GetFaninPolarity(i);
+}
+
+OrvaVariable* OrvaEquation::GetFaninVariable(int i) const {
+  return _IsInTable(i) ? _fanins[i].GetVariable() : nullptr;
+}
+
+bool OrvaEquation::GetFaninPolarity(int i) const {
+  return _IsInTable(i) ? _fanins[i].GetSign() : true;
+}
+
+void OrvaEquation::SwapFanins(int i, int j) {
+  if (_IsInTable(i) && _IsInTable(j)) std::swap(_fanins[i], _fanins[j]);
+}
+
+void OrvaEquation::SortFanins(int (*compare)(const void* a, const void* b)) {
+  std::stable_sort(_fanins, _fanins + _size, [compare](const OrvaLiteral& a, const OrvaLiteral& b) {
+    return compare(&a, &b) < 0;
+  });
+}
+
+void OrvaEquation::ResetCandidateCounts() {
+  _candidateCounts = {0, 0, 0, 0};
+  for (const OrvaLiteral& literal : GetFanins()) {
+    if (literal.GetVariable() == nullptr) continue;
+    ++_candidateCounts[static_cast<unsigned>(literal.GetCandidateValue())];
+  }
+  _needTrue = _min;
+  _needFalse = _size + 1 - _min;
+}
+
+void OrvaEquation::ResetCutsetCount() {
+  _cutsetCount = _min;
+  for (const OrvaLiteral& literal : GetFanins()) {
+    if (literal.GetVariable() == nullptr) continue;
+    if (literal.GetSign() == literal.GetVariable()->GetCutsetValue()) --_cutsetCount;
+  }
+}

@@ -1,0 +1,142 @@
+#pragma once
+
+#include <array>
+#include <span>
+
+#include "support/values/LumoAttributeList.h"
+#include "system/OrvaVariable.h"
+
+// A variable or its negation.
+class OrvaLiteral {
+ public:
+  OrvaVariable* GetVariable() const { return _variable; }
+  bool GetSign() const { return _sign; }
+  // `sign` is true for the variable itself. A new literal has no variable.
+  void Set(OrvaVariable* variable, bool sign) {
+    _variable = variable;
+    _sign = sign;
+  }
+  // The value of the literal.
+  OrvaVariable::Value GetCandidateValue() const {
+    const OrvaVariable::Value value = _variable->GetCandidateValue();
+    return _sign ? value : OrvaVariable::GetOpposite(value);
+  }
+
+ private:
+  OrvaVariable* _variable = nullptr;
+  bool _sign = true;
+};
+
+// An equation of a system: its left member (the fanout) is true exactly when at least k of its n
+// literals (the fanins) are. The fields that the search moves stand first.
+class OrvaEquation {
+ public:
+  OrvaEquation();
+  ~OrvaEquation();
+  OrvaEquation(const OrvaEquation&) = delete;
+  OrvaEquation& operator=(const OrvaEquation&) = delete;
+  // Back to a new equation; the system and the number stay.
+  void Reset();
+
+  OrvaVariable* GetFanout() const { return _fanout; }
+  void SetFanout(OrvaVariable* variable) { _fanout = variable; }
+  // The threshold k and the number n of literals.
+  int GetMin() const { return _min; }
+  void SetMin(int k) { _min = k; }
+  int GetSize() const { return _size; }
+
+  // Replaces the table by one of n literals without variable.
+  void CreateFaninTable(int n);
+  std::span<const OrvaLiteral> GetFanins() const {
+    return {_fanins, static_cast<std::size_t>(_size)};
+  }
+  // Literals count from 0. Outside the table, setting is ignored and getting yields null and true.
+  void SetFanin(int i, OrvaVariable* variable, bool sign);
+  void GetFanin(int i, OrvaVariable*& variable, bool& sign) const;
+  OrvaVariable* GetFaninVariable(int i) const;
+  bool GetFaninPolarity(int i) const;
+  void SwapFanins(int i, int j);
+  // Orders the literals by a three-way function on them; equal ones keep their order.
+  void SortFanins(int (*compare)(const void* a, const void* b));
+
+  // The number of literals of each value, moved by the search, and the thresholds: from k true
+  // literals on the right member is true, from n + 1 - k false ones on it is false.
+  int GetCandidateCount(OrvaVariable::Value value) const {
+    return _candidateCounts[static_cast<unsigned>(value)];
+  }
+  void MoveCandidate(OrvaVariable::Value from, OrvaVariable::Value to) {
+    --_candidateCounts[static_cast<unsigned>(from)];
+    ++_candidateCounts[static_cast<unsigned>(to)];
+  }
+  int GetNumberOfLiteralsForTrue() const { return _needTrue; }
+  int GetNumberOfLiteralsForFalse() const { return _needFalse; }
+  // Counts the literals afresh.
+  void ResetCandidateCounts();
+  OrvaVariable::Value GetRightMemberCandidateValue() const {
+    const int surelyTrue = _candidateCounts[OrvaVariable::NECESSARILY_TRUE];
+    if (surelyTrue >= _min) return OrvaVariable::NECESSARILY_TRUE;
+    const int nowTrue = surelyTrue + _candidateCounts[OrvaVariable::POSSIBLY_TRUE];
+    if (nowTrue >= _min) return OrvaVariable::POSSIBLY_TRUE;
+    const bool isReachable = nowTrue + _candidateCounts[OrvaVariable::POSSIBLY_FALSE] >= _min;
+    return isReachable ? OrvaVariable::POSSIBLY_FALSE : OrvaVariable::NECESSARILY_FALSE;
+  }
+  // Both members are fixed.
+  bool IsResolved() const {
+    return _fanout->IsFixed() && OrvaVariable::IsFixed(GetRightMemberCandidateValue());
+  }
+
+  // k minus the number of literals that are true under the current cutset: the left member is true
+  // there when it is below 1.
+  int GetCutsetCount() const { return _cutsetCount; }
+  void SetCutsetCount(int count) { _cutsetCount = count; }
+  void IncrementCutsetCount() { ++_cutsetCount; }
+  void DecrementCutsetCount() { --_cutsetCount; }
+  bool IsTrueInCutset() const { return _cutsetCount < 1; }
+  void ResetCutsetCount();
+
+  OrvaSystem* GetSystem() const { return _system; }
+  void SetSystem(OrvaSystem* system) { _system = system; }
+  int GetNumber() const { return _number; }
+  void SetNumber(int number) { _number = number; }
+
+  // Attributes by name, as for symbols.
+  void SetAttribute(const char* name, void* value, void (*release)(void*)) {
+    _attributes.SetValueOfAttribute(name, value, release, 0);
+  }
+  template <class Value>
+  void SetAttribute(const char* name, Value value) {
+    _attributes.SetValueOfAttribute(name, value);
+  }
+  void ResetAttribute(const char* name) { _attributes.ResetValueOfAttribute(name); }
+  void* GetAttributeAsPointer(const char* name, void* defaultValue) const {
+    return _attributes.GetValueOfAttributeAsPointer(name, defaultValue);
+  }
+  double GetAttributeAsDouble(const char* name, double defaultValue) const {
+    return _attributes.GetValueOfAttributeAsDouble(name, defaultValue);
+  }
+  int GetAttributeAsInt(const char* name, int defaultValue) const {
+    return _attributes.GetValueOfAttributeAsInt(name, defaultValue);
+  }
+  bool GetAttributeAsBool(const char* name, bool defaultValue) const {
+    return _attributes.GetValueOfAttributeAsBool(name, defaultValue);
+  }
+  const char* GetAttributeAsString(const char* name, const char* defaultValue) const {
+    return _attributes.GetValueOfAttributeAsString(name, defaultValue);
+  }
+
+ private:
+  bool _IsInTable(int i) const { return i >= 0 && i < _size; }
+
+  OrvaVariable* _fanout = nullptr;
+  int _min = 0;
+  int _size = 0;
+  std::array<int, 4> _candidateCounts = {0, 0, 0, 0};
+  int _needTrue = 0;
+  int _needFalse = 0;
+  int _cutsetCount = 0;
+  OrvaLiteral* _fanins = nullptr;  // owned
+
+  OrvaSystem* _system = nullptr;
+  int _number = 0;
+  LumoAttributeList _attributes;
+};

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "model/OrvaEvent.h"
+#include "model/OrvaGate.h"
+
+class OrvaInterpreter;
+class OrvaModel;
+class OrvaModuleRecord;
+
+// Rewrites, in place, the formulas below a top event so that they become flat and free of
+// constants, and finds the modules among them. No step sets `error`: what can't be built
+// afterwards is the model checker's to report.
+class OrvaRewriter {
+ public:
+  static constexpr const char* DEFAULT_GATE_PREFIX = "XB";
+
+  explicit OrvaRewriter(OrvaInterpreter* interpreter);
+  ~OrvaRewriter();
+  OrvaRewriter(const OrvaRewriter&) = delete;
+  OrvaRewriter& operator=(const OrvaRewriter&) = delete;
+
+  OrvaInterpreter* GetInterpreter() const { return _interpreter; }
+
+  // Expands the common-cause failure groups of the model, then runs the four steps below, each
+  // over all definitions below the top before the next.
+  void NormalizeModel(int& error, OrvaModel* model, OrvaEvent* top);
+
+  // Each step visits the definitions below `top`, every gate after the gates that it references.
+  // Constants disappear, from house events, empty gates and thresholds that are met or out of
+  // reach; a gate left with one child becomes that child, also for NAND and NOR (without negation:
+  // this simplification is the defined behaviour).
+  void PropagateConstants(int& error, OrvaModel* model, OrvaEvent* top);
+  // References to aliases and negations of other events become references to these.
+  void DereferenceVariables(int& error, OrvaModel* model, OrvaEvent* top);
+  // A child of an AND (OR) that references a gate of the same operator gives way to copies of that
+  // gate's children, except of references that the gate has gathered already: they would be
+  // duplicates, and a ladder of shared gates would double them at each level.
+  void CoalesceGates(int& error, OrvaModel* model, OrvaEvent* top);
+  // A repeated reference in an AND or OR goes; repeated negations stay.
+  void RemoveDuplicatedChildren(int& error, OrvaModel* model, OrvaEvent* top);
+
+  // Dates every event below `top`: see OrvaModuleRecord.
+  void DetectModules(OrvaModel* model, OrvaEvent* top);
+  // Detects modules, gathers the independent children of gates that are no modules into new
+  // gates, and detects again.
+  void Modularize(OrvaModel* model, OrvaEvent* top);
+
+  // Adds a gate without definition under the next free name made of the prefix and a number.
+  OrvaEvent* GenerateGate(OrvaModel* model);
+  const char* GetGeneratedGatePrefix() const { return _generatedGatePrefix; }
+  // Copies the prefix; numbers start at 1 again.
+  void SetGeneratedGatePrefix(const char* prefix);
+  int GetGeneratedGateNumber() const { return _generatedGateNumber; }
+
+ private:
+  // Marks the events that a gate references already, during one step on one gate.
+  static constexpr const char* DUPLICATED_CHILDREN_REMOVAL = "__DUPLICATED_CHILDREN_REMOVAL__";
+
+  void _CollectDefinedEvents(OrvaEvent* top, LumoList* events);
+  template <class Step>
+  void _ApplyToDefinitions(const LumoList& events, Step step);
+
+  void _PropagateConstants(OrvaGate* gate);
+  void _PropagateConstantsInDescendants(OrvaGate* gate);
+  struct ConstantChildren {
+    int numberOfFalse = 0;
+    int numberOfTrue = 0;
+  };
+  ConstantChildren _DeleteConstantChildren(OrvaGate* gate);
+  void _PropagateConstantsInEvent(OrvaGate* gate);
+  void _PropagateConstantsInNot(OrvaGate* gate, const ConstantChildren& constants);
+  void _PropagateConstantsInOperator(OrvaGate* gate, const ConstantChildren& constants);
+  void _PropagateConstantsInThreshold(OrvaGate* gate, const ConstantChildren& constants);
+  void _SubstituteUniqueChildForGate(OrvaGate* gate);
+
+  void _DereferenceVariables(OrvaGate* gate);
+  void _ReplaceDoubleNegation(OrvaGate* gate);
+  bool _DereferenceEvent(OrvaEvent*& event, bool& isPositive);
+
+  void _CoalesceGate(OrvaModel* model, OrvaGate* gate);
+  void _InsertNewChildrenBefore(OrvaModel* model, OrvaGate* gate, LumoListCursor* cursor,
+                                const OrvaGate* definition);
+  void _RemoveDuplicatedChildren(OrvaModel* model, OrvaGate* gate);
+  static bool _IsMarked(const OrvaGate* reference);
+  static void _Mark(OrvaGate* reference);
+  void _UnmarkChildren(OrvaGate* gate);
+
+  OrvaModuleRecord* _GetModuleRecord(OrvaEvent* event);
+  void _InheritModuleDates(OrvaEvent* top, int& date);
+  void _SynthesizeModuleDates(OrvaEvent* top, int& low, int& high);
+  bool _IsModule(const OrvaEvent* event) const { return event->IsModule(); }
+  bool _IsModularizable(const OrvaEvent* event) const;
+  bool _IsModularizable(const OrvaGate* gate) const;
+  void _GatherModules(OrvaModel* model, OrvaGate* gate);
+
+  OrvaInterpreter* _interpreter;
+  char* _generatedGatePrefix;
+  int _generatedGateNumber = 0;
+};

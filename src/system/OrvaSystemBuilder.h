@@ -1,0 +1,50 @@
+#pragma once
+
+#include "model/OrvaEvent.h"
+
+class OrvaEquation;
+class OrvaHandle;
+class OrvaInterpreter;
+class OrvaModel;
+class OrvaSystem;
+
+// Turns the flat formulas below a top event into a Boolean system: one variable per event reached,
+// one threshold equation per gate. With modules, each module becomes a system of its own and an
+// input variable of the system above it.
+//
+// Every formula must be an event, an AND, OR or ATLEAST of literals, or the negation of an event;
+// the model checker refuses anything else beforehand.
+class OrvaSystemBuilder {
+ public:
+  explicit OrvaSystemBuilder(OrvaInterpreter* interpreter);
+  ~OrvaSystemBuilder();
+  OrvaSystemBuilder(const OrvaSystemBuilder&) = delete;
+  OrvaSystemBuilder& operator=(const OrvaSystemBuilder&) = delete;
+
+  OrvaInterpreter* GetInterpreter() const { return _interpreter; }
+
+  // Builds the system and records it as the top event's handle of the given name, which is
+  // returned and belongs to the event. With `cutsModules`, the systems of the modules are
+  // recorded likewise on theirs; no further module is cut out inside a module.
+  OrvaHandle* BuildSystem(OrvaModel* model, OrvaEvent* top, const char* handleName,
+                          bool cutsModules);
+  // Gives the input variables the probabilities of their basic events, 1.0 without an event;
+  // variables of modules are left as they are.
+  void LoadProbabilities(OrvaModel* model, OrvaSystem* system, double missionTime);
+
+ private:
+  void _SetTop(OrvaEvent* top);
+  static OrvaEvent* _GetDereferencedEvent(OrvaEvent* event);
+  bool _IsAtomicEvent(const OrvaEvent* event, bool cutsModules) const;
+  void _CollectEvents(OrvaEvent* top, LumoList* events, bool cutsModules);
+  void _BuildModules(OrvaModel* model, const LumoList& events, const char* handleName);
+  OrvaEvent* _GetEventOfVariable(OrvaEvent* event) const;
+  void _BuildVariables(OrvaSystem* system, const LumoList& events);
+  void _BuildEquations(OrvaSystem* system, const LumoList& events, bool cutsModules);
+  void _BuildEquation(OrvaEvent* event, OrvaEquation* equation);
+
+  OrvaInterpreter* _interpreter;
+  // During a build: the top as given, and at the end of its chain of aliases.
+  OrvaEvent* _top = nullptr;
+  OrvaEvent* _dereferencedTop = nullptr;
+};
