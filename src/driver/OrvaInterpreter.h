@@ -101,6 +101,7 @@ class OrvaInterpreter {
   void _DownloadCommandBuild(int& error, const LumoXMLNode* command);
   void _DownloadCommandBuildSystem(int& error, const LumoXMLNode* command);
   void _DownloadCommandBuildMinimalCutsets(int& error, const LumoXMLNode* command);
+  const char* _DownloadHandleName(int& error, const LumoXMLNode* command, const char* option);
   void _PrepareModel(int& error, OrvaEvent* topEvent);
   void _FindOrBuildSystem(int& error, const LumoXMLNode* command, OrvaEvent* topEvent,
                           const char* systemHandleName);
@@ -119,6 +120,8 @@ class OrvaInterpreter {
   void _DownloadCommandComputeOrdersOfMinimalCutsets(int& error, const LumoXMLNode* command);
 
   void _DownloadCommandPrint(int& error, const LumoXMLNode* command);
+  void _DownloadCommandPrintSystem(int& error, const LumoXMLNode* command);
+  void _PrintSystemAtOpenPSAFormat(int& error, OrvaSystem* system, LumoStream* stream);
   void _DownloadCommandPrintMinimalCutsets(int& error, const LumoXMLNode* command);
   void _DownloadCommandPrintOrders(int& error, const LumoXMLNode* command);
   void _DownloadCommandPrintWalkStatistics(int& error, const LumoXMLNode* command);
@@ -141,6 +144,7 @@ class OrvaInterpreter {
   bool _DownloadBooleanOption(int& error, const LumoXMLNode* command, const char* name,
                               bool& result);
   // Composite options. Their results are null after an error.
+  void _DownloadOptionFormat(int& error, const LumoXMLNode* command, const char*& format);
   void _DownloadOptionTopEvent(int& error, const LumoXMLNode* command, OrvaEvent*& event);
   void _DownloadOptionSourceHandle(int& error, const LumoXMLNode* command, OrvaHandle*& handle);
   void _DownloadOptionSourceHandle(int& error, const LumoXMLNode* command, OrvaHandle::Type type,

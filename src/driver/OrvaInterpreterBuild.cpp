@@ -56,16 +56,23 @@ void OrvaInterpreter::_DownloadCommandBuildMinimalCutsets(int& error, const Lumo
   if (error != 0) return;
   _PrepareModel(error, topEvent);
   if (error != 0) return;
-  const char* systemHandleName;
-  _DownloadStringOption(error, command, OrvaOptionCenter::SYSTEM_HANDLE, systemHandleName);
+  const char* systemHandleName =
+      _DownloadHandleName(error, command, OrvaOptionCenter::SYSTEM_HANDLE);
   _FindOrBuildSystem(error, command, topEvent, systemHandleName);
   if (error != 0) return;
-  const char* handleName;
-  _DownloadStringOption(error, command, OrvaOptionCenter::HANDLE, handleName);
+  const char* handleName = _DownloadHandleName(error, command, OrvaOptionCenter::HANDLE);
   if (LumoRawString::IsEqual(handleName, systemHandleName)) {
     return _Report(error, SAME_HANDLES, command);
   }
   _ComputeMinimalCutsets(error, topEvent, systemHandleName, handleName, missionTime, cutoff.get());
+}
+
+// The name of a handle to be made: an option set to nothing is the empty name.
+const char* OrvaInterpreter::_DownloadHandleName(int& error, const LumoXMLNode* command,
+                                                 const char* option) {
+  const char* name;
+  _DownloadStringOption(error, command, option, name);
+  return name == nullptr ? "" : name;
 }
 
 void OrvaInterpreter::_PrepareModel(int& error, OrvaEvent* topEvent) {

@@ -7,6 +7,10 @@
 #include "printer/OrvaPrinter.h"
 #include "xml/LumoXMLNode.h"
 
+namespace {
+constexpr const char* NO_CURVES = "Curves over dates are not computed by this version\n";
+}
+
 const OrvaInterpreter::Commands OrvaInterpreter::_COMPUTE_COMMANDS = {
     [] {
       static constexpr Command ROWS[] = {
@@ -26,6 +30,10 @@ void OrvaInterpreter::_DownloadCommandComputeTopEventProbability(int& error,
   OrvaHandle* handle;
   _DownloadOptionSourceHandle(error, command, OrvaHandle::MCS_HANDLE, handle);
   if (handle == nullptr) return;
+  const char* lastDate;
+  if (_DownloadOptionInCommand(command, OrvaOptionCenter::LAST_DATE, lastDate)) {
+    return _Report(error, NO_CURVES, command);
+  }
   double missionTime = 0.0;
   _DownloadRealOption(error, command, OrvaOptionCenter::MISSION_TIME, missionTime);
   if (error != 0) return;

@@ -13,6 +13,7 @@ namespace {
 constexpr const char* REAL_EXPECTED = "A real was expected: %s\n";
 constexpr const char* INTEGER_EXPECTED = "An integer was expected: %s\n";
 constexpr const char* BOOLEAN_EXPECTED = "On/off value was expected: %s\n";
+constexpr const char* UNKNOWN_FORMAT = "Unknown format %s\n";
 constexpr const char* NO_EVENT = "No event %s\n";
 constexpr const char* UNDEFINED_TOP_EVENT = "Undefined top event.\n";
 constexpr const char* NO_HANDLE = "No handle %s\n";
@@ -25,6 +26,7 @@ constexpr const char* VALUE = "value";
 constexpr const char* ON = "on";
 constexpr const char* OFF = "off";
 constexpr const char* APPEND_MODE = "append";
+constexpr const char* FORMATS[] = {"open-psa", "excel", "talvik"};
 
 // An option set to nothing is named as an empty text in messages.
 const char* GetShown(const char* text) { return text == nullptr ? "" : text; }
@@ -108,6 +110,16 @@ bool OrvaInterpreter::_DownloadBooleanOption(int& error, const LumoXMLNode* comm
   return true;
 }
 
+void OrvaInterpreter::_DownloadOptionFormat(int& error, const LumoXMLNode* command,
+                                            const char*& format) {
+  _DownloadStringOption(error, command, OrvaOptionCenter::OUTPUT_FORMAT, format);
+  for (const char* known : FORMATS) {
+    if (LumoRawString::IsEqual(format, known)) return;
+  }
+  _Report(error, UNKNOWN_FORMAT, GetShown(format), command);
+  format = nullptr;
+}
+
 // Without a name, the model's only root event.
 void OrvaInterpreter::_DownloadOptionTopEvent(int& error, const LumoXMLNode* command,
                                               OrvaEvent*& event) {
@@ -131,7 +143,7 @@ void OrvaInterpreter::_DownloadOptionSourceHandle(int& error, const LumoXMLNode*
   handle = nullptr;
   OrvaEvent* event;
   _DownloadOptionTopEvent(error, command, event);
-  if (error != 0) return;
+  if (event == nullptr) return;
   const char* name;
   _DownloadStringOption(error, command, OrvaOptionCenter::HANDLE, name);
   handle = event->GetHandle(name);

@@ -5,15 +5,21 @@
 #include "driver/OrvaOptionCenter.h"
 #include "mcs/OrvaWalker.h"
 #include "printer/OrvaPrinter.h"
-#include "xml/LumoXMLNode.h"
+#include "support/text/LumoRawString.h"
+#include "xml/LumoXMLDocument.h"
 
 namespace {
+
 constexpr const char* UNSUITABLE_HANDLE = "Unsuitable handle %s\n";
-}
+constexpr const char* TALVIK = "talvik";
+constexpr const char* EXCEL = "excel";
+
+}  // namespace
 
 const OrvaInterpreter::Commands OrvaInterpreter::_PRINT_COMMANDS = {
     [] {
       static constexpr Command ROWS[] = {
+          {"system", &OrvaInterpreter::_DownloadCommandPrintSystem},
           {"minimal-cutsets", &OrvaInterpreter::_DownloadCommandPrintMinimalCutsets},
           {"orders", &OrvaInterpreter::_DownloadCommandPrintOrders},
           {"walk-statistics", &OrvaInterpreter::_DownloadCommandPrintWalkStatistics},
@@ -24,6 +30,33 @@ const OrvaInterpreter::Commands OrvaInterpreter::_PRINT_COMMANDS = {
 
 void OrvaInterpreter::_DownloadCommandPrint(int& error, const LumoXMLNode* command) {
   _DownloadCommands(error, command, _PRINT_COMMANDS);
+}
+
+void OrvaInterpreter::_DownloadCommandPrintSystem(int& error, const LumoXMLNode* command) {
+  OrvaHandle* handle;
+  _DownloadOptionSourceHandle(error, command, OrvaHandle::SYSTEM_HANDLE, handle);
+  const char* format;
+  _DownloadOptionFormat(error, command, format);
+  if (handle == nullptr || format == nullptr) return;
+  LumoStream* stream;
+  _OpenOutputStream(error, command, stream);
+  if (stream == nullptr) return;
+  if (LumoRawString::IsEqual(format, TALVIK)) {
+    _printer->PrintSystemAtTalvikFormat(handle->GetSystem(), stream);
+  } else if (LumoRawString::IsEqual(format, EXCEL)) {
+    _printer->PrintSystemAtExcelFormat(handle->GetSystem(), stream);
+  } else {
+    _PrintSystemAtOpenPSAFormat(error, handle->GetSystem(), stream);
+  }
+  _CloseOutputStream(error, stream);
+}
+
+void OrvaInterpreter::_PrintSystemAtOpenPSAFormat(int& error, OrvaSystem* system,
+                                                  LumoStream* stream) {
+  LumoXMLDocument* document;
+  _printer->UploadSystem(error, system, document);
+  _printer->PrintDocument(document, stream);
+  delete document;
 }
 
 // The contribution column follows the rank option: its own option is not read.

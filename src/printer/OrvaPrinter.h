@@ -1,13 +1,20 @@
 #pragma once
 
+#include <cstdio>
+
 #include "xml/LumoXMLPrinter.h"
 
 class LumoStream;
+class LumoXMLDocument;
+class LumoXMLNode;
+class OrvaEquation;
 class OrvaEvent;
 class OrvaHandle;
 class OrvaInterpreter;
 class OrvaMCSSet;
 class OrvaOptionCenter;
+class OrvaSystem;
+class OrvaVariable;
 class OrvaWalkObserver;
 
 // Writes results as text tables: one tab between fields, one line per row, reals with six
@@ -43,7 +50,26 @@ class OrvaPrinter : public LumoXMLPrinter {
   // The statistics of a walk, in blocks of labels and values.
   void PrintWalkObserver(const OrvaWalkObserver* observer, LumoStream* stream);
 
+  // Systems. "talvik": one equation per line, g := @(k,[literals]); with "-" before a negative
+  // literal, then each module that has a system of the same name, behind a comment.
+  void PrintEquationAtTalvikFormat(const OrvaEquation* equation, LumoStream* stream);
+  void PrintSystemAtTalvikFormat(OrvaSystem* system, LumoStream* stream);
+  // "excel": the top variable and the numbers of gates, basic events and modules; then for each
+  // equation its variable, its threshold, the number of its literals, and the literals.
+  void PrintEquationAtExcelFormat(const OrvaEquation* equation, LumoStream* stream);
+  void PrintSystemAtExcelFormat(OrvaSystem* system, LumoStream* stream);
+  // "open-psa": a new document, the caller's, with an "atleast" gate per equation and a basic
+  // event per input variable. The other forms write it to a file; one that can't be opened sets
+  // `error`.
+  void UploadSystem(int& error, OrvaSystem* system, LumoXMLDocument*& document);
+  void UploadSystem(int& error, OrvaSystem* system, std::FILE* file);
+  void UploadSystem(int& error, OrvaSystem* system, const char* path);
+
  private:
+  void _UploadInputVariables(int& error, OrvaSystem* system, LumoXMLNode* root);
+  void _UploadInputVariable(int& error, const OrvaVariable* variable, LumoXMLNode*& node);
+  void _UploadRealValue(int& error, double x, LumoXMLNode*& node);
+
   OrvaInterpreter* _interpreter;
   OrvaOptionCenter* _optionCenter = nullptr;
 };

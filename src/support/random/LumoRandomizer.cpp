@@ -55,7 +55,11 @@ double LumoRandomizer::ExponentialDraw() {
   double u = UniformDraw();
   while (u == 0.0) u = UniformDraw();
   double a = 0.0;
-  for (u += u; u <= 1.0; u += u) a += LN_2;
+  u += u;
+  while (u <= 1.0) {
+    a += LN_2;
+    u += u;
+  }
   u -= 1.0;
   if (u <= LN_2) return a + u;
   double smallest = UniformDraw();

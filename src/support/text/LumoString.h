@@ -10,6 +10,9 @@
 // The text is always null-terminated and may hold null bytes of its own.
 class LumoString {
  public:
+  LumoString(const LumoString&) = delete;
+  LumoString& operator=(const LumoString&) = delete;
+
   // An empty string of `size` bytes of capacity that grows by multiples of `increment`.
   static LumoString* New(std::size_t size, std::size_t increment);
   static LumoString* New(const char* text);
@@ -68,9 +71,6 @@ class LumoString {
  private:
   LumoString(std::size_t size, std::size_t increment);
   ~LumoString();
-  LumoString(const LumoString&) = delete;
-  LumoString& operator=(const LumoString&) = delete;
-
   LumoString* _GetPrivateCopy();
   // Makes room for `size` bytes.
   void _Grow(std::size_t size);
