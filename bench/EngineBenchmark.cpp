@@ -1,0 +1,146 @@
+// The stretches of the road from a model file to minimal cutsets, each on generated models of
+// growing size.
+
+#include <benchmark/benchmark.h>
+#include <memory>
+
+#include "ModelGenerator.h"
+#include "driver/OrvaInterpreter.h"
+#include "mcs/OrvaWalker.h"
+#include "model/OrvaChecker.h"
+#include "model/OrvaModel.h"
+#include "model/OrvaParser.h"
+#include "system/OrvaRewriter.h"
+#include "system/OrvaSystemBuilder.h"
+#include "xml/LumoXMLDocument.h"
+
+namespace {
+
+constexpr unsigned SEED = 1;
+constexpr const char* TOP = "CORE-DAMAGE";
+constexpr const char* SYSTEM = "system";
+
+// A model on its way, brought as far as a benchmark needs it.
+class Study {
+ public:
+  explicit Study(const std::string& text) : _text(text) {}
+
+  void Read() {
+    std::FILE* file = fmemopen(_text.data(), _text.size(), "r");
+    interpreter.GetParser()->DownloadModel(error, file, interpreter.GetModel());
+    std::fclose(file);
+    top = interpreter.GetModel()->LookForEvent(TOP);
+  }
+  void Normalise() {
+    interpreter.GetModel()->Complete();
+    interpreter.GetRewriter()->NormalizeModel(error, interpreter.GetModel(), top);
+    interpreter.GetRewriter()->Modularize(interpreter.GetModel(), top);
+  }
+  void Check() { interpreter.GetChecker()->CheckModel(error, interpreter.GetModel()); }
+  void Build() {
+    system = interpreter.GetSystemBuilder()
+                 ->BuildSystem(interpreter.GetModel(), top, SYSTEM, true)
+                 ->GetSystem();
+  }
+
+  OrvaInterpreter interpreter;
+  int error = 0;
+  OrvaEvent* top = nullptr;
+  OrvaSystem* system = nullptr;
+
+ private:
+  std::string _text;
+};
+
+std::string GetModelText(const benchmark::State& state) {
+  return GenerateModel(static_cast<int>(state.range(0)), SEED);
+}
+
+void BM_Read(benchmark::State& state) {
+  const std::string text = GetModelText(state);
+  for (auto _ : state) {
+    Study study(text);
+    study.Read();
+  }
+  state.SetComplexityN(state.range(0));
+  state.SetBytesProcessed(state.iterations() * static_cast<long>(text.size()));
+}
+
+// Times one step after the steps before it.
+template <class Prepare, class Step>
+void TimeStep(benchmark::State& state, Prepare prepare, Step step) {
+  const std::string text = GetModelText(state);
+  for (auto _ : state) {
+    state.PauseTiming();
+    auto study = std::make_unique<Study>(text);
+    prepare(*study);
+    state.ResumeTiming();
+    step(*study);
+    state.PauseTiming();
+    study.reset();
+    state.ResumeTiming();
+  }
+  state.SetComplexityN(state.range(0));
+}
+
+void BM_Normalise(benchmark::State& state) {
+  TimeStep(
+      state, [](Study& study) { study.Read(); }, [](Study& study) { study.Normalise(); });
+}
+
+void BM_Check(benchmark::State& state) {
+  TimeStep(
+      state,
+      [](Study& study) {
+        study.Read();
+        study.Normalise();
+      },
+      [](Study& study) { study.Check(); });
+}
+
+void BM_Build(benchmark::State& state) {
+  TimeStep(
+      state,
+      [](Study& study) {
+        study.Read();
+        study.Normalise();
+      },
+      [](Study& study) { study.Build(); });
+}
+
+void BM_Search(benchmark::State& state) {
+  TimeStep(
+      state,
+      [](Study& study) {
+        study.Read();
+        study.Normalise();
+        study.Build();
+        study.interpreter.GetModel()->ComputeProbabilitiesOfBasicEvents(0.0);
+        study.interpreter.GetSystemBuilder()->LoadProbabilities(study.interpreter.GetModel(),
+                                                                study.system, 0.0);
+      },
+      [](Study& study) {
+        OrvaMCSManager* manager = study.interpreter.GetMCSManager();
+        OrvaMCSSet set(manager, manager->NewUndevelopedLeaf());
+        OrvaCutoff cutoff;
+        cutoff.SetMaximumOrder(3);
+        study.interpreter.GetWalker()->BuildMinimalCutsetTree(study.system, &cutoff, &set);
+        int number;
+        set.ComputeNumberOfMinimalCutsets(number);
+        benchmark::DoNotOptimize(number);
+      });
+}
+
+void Sizes(benchmark::internal::Benchmark* benchmark) {
+  benchmark->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond);
+}
+
+BENCHMARK(BM_Read)->Apply(Sizes)->Complexity();
+BENCHMARK(BM_Normalise)->Apply(Sizes)->Complexity();
+BENCHMARK(BM_Check)->Apply(Sizes)->Complexity();
+BENCHMARK(BM_Build)->Apply(Sizes)->Complexity();
+BENCHMARK(BM_Search)->Arg(250)->Arg(1000)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+
+BENCHMARK_MAIN();
