@@ -1,17 +1,15 @@
 #pragma once
 
-#include "system/OrvaVariable.h"
+#include "mcs/OrvaVariableStack.h"
 
 class OrvaSystem;
 
 // The variables whose value is implied and not set yet, last in, first out. The implied value is
 // kept in the variable itself, 0 meaning that it is not here: no variable is on the stack twice.
-class OrvaUnitStack {
+class OrvaUnitStack : public OrvaVariableStack {
  public:
   explicit OrvaUnitStack(int capacity);
   ~OrvaUnitStack();
-  OrvaUnitStack(const OrvaUnitStack&) = delete;
-  OrvaUnitStack& operator=(const OrvaUnitStack&) = delete;
 
   // True for a conflict: the variable waits for the opposite fixed value. It stays as it is then;
   // so it does when it waits for the same value.
@@ -39,16 +37,7 @@ class OrvaUnitStack {
     while (_order > 0) _variables[--_order]->SetUnitValue(OrvaVariable::POSSIBLY_FALSE);
   }
   bool IsEmpty() const { return _order == 0; }
-  int GetOrder() const { return _order; }
-  // From 0.
-  OrvaVariable* GetVariable(int i) const { return _variables[i]; }
 
-  // Makes room for every variable of the system; pushing checks nothing.
+  // Makes room for every variable of the system.
   void InitializeWalk(const OrvaSystem* system);
-  void TerminateWalk() { _order = 0; }
-
- private:
-  int _capacity;
-  OrvaVariable** _variables;  // owned
-  int _order = 0;
 };

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "support/containers/LumoArray.h"
-#include "support/values/LumoAttributeList.h"
+#include "support/values/LumoAttributeAccess.h"
 
 class OrvaEvent;
 class OrvaModel;
@@ -16,7 +16,7 @@ class OrvaProbabilityDistribution;
 //
 // The models are those of U. Kapur, A. Mosleh et al., "Procedures for treating common cause
 // failures in safety and reliability studies", NUREG/CR-4780, 1988.
-class OrvaCCFGroup {
+class OrvaCCFGroup : public LumoAttributeAccess<OrvaCCFGroup> {
  public:
   enum Type : int { UNKNOWN = -1, BETA_FACTOR = 0, MGL = 1, ALPHA_FACTOR = 2, PHI_FACTOR = 3 };
 
@@ -44,16 +44,6 @@ class OrvaCCFGroup {
   int GetFlag() const { return _flag; }
   void SetFlag(int flag) { _flag = flag; }
   void ResetFlag() { _flag = 0; }
-
-  // Attributes by name, as for symbols.
-  void ResetAttribute(const char* name) { _attributes.ResetValueOfAttribute(name); }
-  template <class Value>
-  void SetAttribute(const char* name, Value value) {
-    _attributes.SetValueOfAttribute(name, value);
-  }
-  const char* GetAttributeAsString(const char* name, const char* defaultValue) const {
-    return _attributes.GetValueOfAttributeAsString(name, defaultValue);
-  }
 
   // Members, from 0, in the order of reading. Not owned; each is linked to the group.
   int GetNumberOfMembers() const { return _members.GetNumberOfItems(); }
@@ -84,6 +74,8 @@ class OrvaCCFGroup {
   void Expand();
 
  private:
+  friend LumoAttributeAccess<OrvaCCFGroup>;
+
   // One character per member: '1' in the subset, '0' outside.
   using Subset = std::string;
 

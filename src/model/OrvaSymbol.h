@@ -1,7 +1,7 @@
 #pragma once
 
 #include "support/containers/LumoList.h"
-#include "support/values/LumoAttributeList.h"
+#include "support/values/LumoAttributeAccess.h"
 
 class OrvaModel;
 class OrvaTerm;
@@ -12,7 +12,7 @@ class OrvaTerm;
 //
 // The flag is 0 at rest. Every walk below uses it as a visit mark and leaves it at 0 again, so two
 // walks over one graph must not be interleaved.
-class OrvaSymbol {
+class OrvaSymbol : public LumoAttributeAccess<OrvaSymbol> {
  public:
   // Picks a symbol by returning 0.
   using Selector = LumoContainer::Match;
@@ -44,31 +44,6 @@ class OrvaSymbol {
   int GetFlag() const { return _flag; }
   void SetFlag(int flag) { _flag = flag; }
 
-  // Attributes by name. A pointer comes with the function that releases it.
-  void ResetAttribute(const char* name) { _attributes.ResetValueOfAttribute(name); }
-  void SetAttribute(const char* name, void* value, void (*release)(void*)) {
-    _attributes.SetValueOfAttribute(name, value, release, 0);
-  }
-  template <class Value>
-  void SetAttribute(const char* name, Value value) {
-    _attributes.SetValueOfAttribute(name, value);
-  }
-  void* GetAttributeAsPointer(const char* name, void* defaultValue) const {
-    return _attributes.GetValueOfAttributeAsPointer(name, defaultValue);
-  }
-  double GetAttributeAsDouble(const char* name, double defaultValue) const {
-    return _attributes.GetValueOfAttributeAsDouble(name, defaultValue);
-  }
-  int GetAttributeAsInt(const char* name, int defaultValue) const {
-    return _attributes.GetValueOfAttributeAsInt(name, defaultValue);
-  }
-  bool GetAttributeAsBool(const char* name, bool defaultValue) const {
-    return _attributes.GetValueOfAttributeAsBool(name, defaultValue);
-  }
-  const char* GetAttributeAsString(const char* name, const char* defaultValue) const {
-    return _attributes.GetValueOfAttributeAsString(name, defaultValue);
-  }
-
   // Three-way byte-wise comparison of names, for the ordered containers.
   int CompareName(const char* name) const;
   int CompareNames(const OrvaSymbol* other) const { return CompareName(other->_name); }
@@ -95,6 +70,8 @@ class OrvaSymbol {
   void SetFlagsOfAncestors(int flag);
 
  private:
+  friend LumoAttributeAccess<OrvaSymbol>;
+
   OrvaModel* _model;
   char* _name;
   OrvaTerm* _definition = nullptr;

@@ -3,7 +3,7 @@
 #include <array>
 #include <span>
 
-#include "support/values/LumoAttributeList.h"
+#include "support/values/LumoAttributeAccess.h"
 #include "system/OrvaVariable.h"
 
 // A variable or its negation.
@@ -29,7 +29,7 @@ class OrvaLiteral {
 
 // An equation of a system: its left member (the fanout) is true exactly when at least k of its n
 // literals (the fanins) are. The fields that the search moves stand first.
-class OrvaEquation {
+class OrvaEquation : public LumoAttributeAccess<OrvaEquation> {
  public:
   OrvaEquation();
   ~OrvaEquation();
@@ -99,32 +99,9 @@ class OrvaEquation {
   int GetNumber() const { return _number; }
   void SetNumber(int number) { _number = number; }
 
-  // Attributes by name, as for symbols.
-  void SetAttribute(const char* name, void* value, void (*release)(void*)) {
-    _attributes.SetValueOfAttribute(name, value, release, 0);
-  }
-  template <class Value>
-  void SetAttribute(const char* name, Value value) {
-    _attributes.SetValueOfAttribute(name, value);
-  }
-  void ResetAttribute(const char* name) { _attributes.ResetValueOfAttribute(name); }
-  void* GetAttributeAsPointer(const char* name, void* defaultValue) const {
-    return _attributes.GetValueOfAttributeAsPointer(name, defaultValue);
-  }
-  double GetAttributeAsDouble(const char* name, double defaultValue) const {
-    return _attributes.GetValueOfAttributeAsDouble(name, defaultValue);
-  }
-  int GetAttributeAsInt(const char* name, int defaultValue) const {
-    return _attributes.GetValueOfAttributeAsInt(name, defaultValue);
-  }
-  bool GetAttributeAsBool(const char* name, bool defaultValue) const {
-    return _attributes.GetValueOfAttributeAsBool(name, defaultValue);
-  }
-  const char* GetAttributeAsString(const char* name, const char* defaultValue) const {
-    return _attributes.GetValueOfAttributeAsString(name, defaultValue);
-  }
-
  private:
+  friend LumoAttributeAccess<OrvaEquation>;
+
   bool _IsInTable(int i) const { return i >= 0 && i < _size; }
 
   OrvaVariable* _fanout = nullptr;

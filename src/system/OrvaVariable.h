@@ -4,7 +4,7 @@
 #include <span>
 
 #include "support/containers/LumoContainer.h"
-#include "support/values/LumoAttributeList.h"
+#include "support/values/LumoAttributeAccess.h"
 
 class OrvaEquation;
 class OrvaEvent;
@@ -15,7 +15,7 @@ class OrvaSystem;
 //
 // The search lives on these records, so what it touches stands first, together: the value, the
 // tables of the equations in which the variable occurs, the definition, the cutset value.
-class OrvaVariable {
+class OrvaVariable : public LumoAttributeAccess<OrvaVariable> {
  public:
   // What the search knows of a variable: necessarily means fixed on the current branch.
   enum Value : int {
@@ -137,18 +137,9 @@ class OrvaVariable {
   void SetFlagsOfDescendants(int flag);
   void SetFlagsOfAncestors(int flag);
 
-  // Attributes by name, as for symbols.
-  LumoAttributeList& GetAttributes() { return _attributes; }
-  void SetAttribute(const char* name, void* value, void (*release)(void*)) {
-    _attributes.SetValueOfAttribute(name, value, release, 0);
-  }
-  template <class Value>
-  void SetAttribute(const char* name, Value value) {
-    _attributes.SetValueOfAttribute(name, value);
-  }
-  void ResetAttribute(const char* name) { _attributes.ResetValueOfAttribute(name); }
-
  private:
+  friend LumoAttributeAccess<OrvaVariable>;
+
   static constexpr std::array<Value, 4> _oppositeTable = {POSSIBLY_TRUE, POSSIBLY_FALSE,
                                                           NECESSARILY_TRUE, NECESSARILY_FALSE};
   static constexpr std::array<std::array<Value, 4>, 4> _equalityTable = {{
