@@ -83,8 +83,7 @@ void OrvaInterpreter::_DownloadCommandPrintMinimalCutsets(int& error, const Lumo
                          printer.printMinimalCutsetOrder);
   _DownloadBooleanOption(error, command, Center::PRINT_MINIMAL_CUTSET_PROBABILITY,
                          printer.printMinimalCutsetProbability);
-  _DownloadBooleanOption(error, command, Center::PRINT_MINIMAL_CUTSET_RANK,
-                         printer.printMinimalCutsetContribution);
+  printer.printMinimalCutsetContribution = printer.printMinimalCutsetRank;
   printer.PrintMinimalCutsets(handle->GetMCSSet(), stream);
   _CloseOutputStream(error, stream);
 }
