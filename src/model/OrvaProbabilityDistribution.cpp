@@ -337,7 +337,8 @@ bool OrvaProbabilityDistribution::_DoesDepend(Dependence Functor::*property) con
         break;
       case Dependence::DEFINITION:
         OrvaParameter* parameter = node->GetReferencedParameter();
-        if (parameter->GetDefinition() == nullptr || parameter->GetFlag() != 0) break;
+        if (parameter == nullptr || parameter->GetDefinition() == nullptr) break;
+        if (parameter->GetFlag() != 0) break;
         parameter->SetFlag(1);
         entered.push_back(parameter);
         waiting.push_back(parameter->GetDefinition());

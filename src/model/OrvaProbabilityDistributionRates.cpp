@@ -34,8 +34,8 @@ double OrvaProbabilityDistribution::_ComputeFailureRate(double t) const {
 
 double OrvaProbabilityDistribution::_GetFailureRateOfParameter(double t) const {
   const OrvaParameter* parameter = GetReferencedParameter();
-  const OrvaProbabilityDistribution* definition = parameter->GetDefinition();
-  return definition == nullptr ? 0.0 : definition->_ComputeFailureRate(t);
+  if (parameter == nullptr || parameter->GetDefinition() == nullptr) return 0.0;
+  return parameter->GetDefinition()->_ComputeFailureRate(t);
 }
 
 double OrvaProbabilityDistribution::_GetFailureRateOfProduct(double t) const {

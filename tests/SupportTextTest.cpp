@@ -1,0 +1,385 @@
+#include <cmath>
+#include <ctime>
+#include <filesystem>
+#include <iterator>
+#include <limits>
+#include <memory>
+#include <new>
+
+#include "OrvaTestSupport.h"
+#include "support/memory/LumoMemoryManager.h"
+#include "support/text/LumoRawString.h"
+#include "support/text/LumoString.h"
+#include "support/time/LumoTimer.h"
+#include "support/values/LumoConstant.h"
+
+// The clocks of this program stand wherever a test puts them.
+namespace {
+std::time_t wallClock = 0;
+std::clock_t processorClock = 0;
+}  // namespace
+
+extern "C" std::time_t time(std::time_t* result) noexcept {
+  if (result != nullptr) *result = wallClock;
+  return wallClock;
+}
+extern "C" std::clock_t clock() noexcept { return processorClock; }
+
+namespace {
+
+// A raw string as a string; the raw string is deleted.
+std::string Take(char* text) {
+  std::string copy(text);
+  LumoRawString::Delete(text);
+  return copy;
+}
+
+// The same for a shared string, of which one count is given back.
+std::string Take(LumoString* text) {
+  std::string copy(text->GetAscii(), text->GetLength());
+  LumoString::Delete(text);
+  return copy;
+}
+
+template <class... Values>
+std::string Write(Values... values) {
+  OrvaTextStream stream;
+  stream.Get()->Put(values...);
+  return stream.GetText();
+}
+
+}  // namespace
+
+TEST(LumoRawString, ComparesWithNullFirst) {
+  EXPECT_EQ(LumoRawString::Compare(nullptr, nullptr), 0);
+  EXPECT_EQ(LumoRawString::Compare(nullptr, ""), -1);
+  EXPECT_EQ(LumoRawString::Compare("", nullptr), 1);
+  EXPECT_LT(LumoRawString::Compare("a", "b"), 0);
+  EXPECT_LT(LumoRawString::Compare("a", "ab"), 0);
+  EXPECT_LT(LumoRawString::Compare("z", "\xe9"), 0);  // bytes are unsigned
+  EXPECT_TRUE(LumoRawString::IsLessThan(nullptr, "a"));
+  EXPECT_FALSE(LumoRawString::IsGreaterThan("a", "a"));
+  EXPECT_GT(LumoRawString::CompareNumerically("10", "9"), 0);
+  EXPECT_EQ(LumoRawString::CompareNumerically("1e1", "10.0"), 0);
+}
+
+TEST(LumoRawString, RecognisesIntegersThatPrintBackAsTheyAre) {
+  for (const char* text : {"0", "7", "-7", "-5", "2147483647", "-2147483648"}) {
+    EXPECT_TRUE(LumoRawString::IsInt(text)) << text;
+  }
+  for (const char* text : {"", "-", "+5", "05", "007", " 5", "5 ", "5.0", "-0", "1e3", "0x10", "a",
+                           "2147483648", "-2147483649", "4294967296", "99999999999999999999"}) {
+    EXPECT_FALSE(LumoRawString::IsInt(text)) << text;
+  }
+  EXPECT_EQ(LumoRawString::ToInt(" +12abc"), 12);
+  EXPECT_EQ(LumoRawString::ToInt("010"), 10);
+}
+
+TEST(LumoRawString, RecognisesReals) {
+  for (const char* text : {"1", "+1", "-1", "007", ".5", "5.", "-5.", "+.5", "1e5", "1E+5",
+                           "1.5e-5", "5.e3", ".e3", ".", "-.", "+."}) {
+    EXPECT_TRUE(LumoRawString::IsDouble(text)) << text;
+  }
+  for (const char* text : {"", "+", "-", "e5", "-e5", "1e", "1e+", "1.2.3", "..", " 1", "1 ", "--1",
+                           "1e5.0", "1,5", "nan", "inf", "0x10", "1f"}) {
+    EXPECT_FALSE(LumoRawString::IsDouble(text)) << text;
+  }
+  EXPECT_FALSE(LumoRawString::IsDouble(nullptr));
+  EXPECT_EQ(LumoRawString::ToDouble("-2.5e-1x"), -0.25);
+  EXPECT_EQ(LumoRawString::ToDouble("."), 0.0);
+  EXPECT_TRUE(LumoRawString::IsBool("true"));
+  EXPECT_TRUE(LumoRawString::IsBool("false"));
+  for (const char* text : {"True", "1", "on", ""}) EXPECT_FALSE(LumoRawString::IsBool(text));
+  EXPECT_TRUE(LumoRawString::ToBool("true"));
+  EXPECT_FALSE(LumoRawString::ToBool("1"));
+}
+
+TEST(LumoRawString, WritesWithinBoundsAndReplacesByAPartOfItself) {
+  EXPECT_EQ(Take(LumoRawString::ToString(1234567.0)), "1.23457e+06");
+  EXPECT_FALSE(LumoRawString::IsPrefix("abcd", "abc"));
+  EXPECT_FALSE(LumoRawString::IsSuffix("xabc", "abc"));
+  EXPECT_TRUE(LumoRawString::IsSuffix("abc", "abc"));
+  char* text = LumoRawString::Copy("abcdef");
+  LumoRawString::Overwrite(text, 4, "XYZ");
+  EXPECT_EQ(Take(text), "abcdXY");
+  char* field = LumoRawString::Copy("long name");
+  LumoRawString::Replace(field, field + 5);
+  EXPECT_EQ(Take(field), "name");
+}
+
+TEST(LumoString, SharedStringsAreCopiedBeforeAChange) {
+  LumoString* first = LumoString::New("abc");
+  LumoString* second = first->Copy();
+  second = second->Append('d');
+  LumoString* third = second->Copy();
+  char c = '?';
+  third = third->PopChar(c);
+  EXPECT_EQ(c, 'd');
+  third = third->Append(third);
+  EXPECT_EQ(Take(first->Copy()->Flush()), "");
+  EXPECT_EQ(Take(first), "abc");
+  EXPECT_EQ(Take(second), "abcd");
+  EXPECT_EQ(Take(third), "abcabc");
+}
+
+TEST(LumoString, GrowsByWholeIncrements) {
+  LumoString* text = LumoString::New(4, 4);
+  text = text->Append("0123456789");  // 11 bytes with the terminator
+  EXPECT_EQ(text->GetSize(), 12U);
+  for (int i = 0; i < 100; ++i) text = text->Append('x');
+  EXPECT_EQ(text->GetSize(), 112U);  // 111 bytes
+  EXPECT_EQ(Take(text), "0123456789" + std::string(100, 'x'));
+}
+
+TEST(LumoString, EditsAndConverts) {
+  LumoString* text = LumoString::New(42, "<%04d>");
+  text = text->Append(0.125, "%.2e")->Append(7, "%d");
+  EXPECT_EQ(Take(text->GetSlice(14, 99)), "7");
+  EXPECT_EQ(Take(text->GetSuffix(99)), "<0042>1.25e-017");
+  EXPECT_EQ(text->ToInt(5), 5);  // the default: the whole text is no number
+  text = text->Chop(99)->Append("12");
+  EXPECT_EQ(text->ToInt(5), 12);
+  EXPECT_EQ(Take(text), "12");
+}
+
+TEST(LumoFileStream, InterpretsBackslashSequencesInTexts) {
+  const struct {
+    const char* text;
+    const char* written;
+  } cases[] = {{"a\\tb", "a\tb"},  {"a\\nb", "a\nb"},        {"\\\"x\\\"", "\"x\""},
+               {"\\\\n", "\\n"},   {"\\\\\\n", "\\\n"},      {"C:\\dir\\x", "C:\\dir\\x"},
+               {"%d %s", "%d %s"}, {"tab\t \"", "tab\t \""}, {"", ""}};
+  for (const auto& [text, written] : cases) EXPECT_EQ(Write(text), written) << text;
+  EXPECT_EQ(Write('\\'), "\\");  // a single character is written as it is
+}
+
+TEST(LumoFileStream, WritesValues) {
+  EXPECT_EQ(Write(-12), "-12");
+  EXPECT_EQ(Write(std::numeric_limits<long>::min()), "-9223372036854775808");
+  EXPECT_EQ(Write(0.1), "0.1");
+  EXPECT_EQ(Write(1234567.0), "1.23457e+06");
+  EXPECT_EQ(Write(0.5F), "0.5");
+  EXPECT_EQ(Write("%.3f\\n", 2.0), "2.000\n");  // the formatted text is a text
+  EXPECT_EQ(Write("%f", 1e300).size(), 308U);   // 301 digits, a point, 6 digits
+  const LumoConstant nil, yes(true), text("a\\tb");
+  OrvaTextStream stream;
+  stream.Get()->Put(&nil);
+  stream.Get()->Put(&yes);
+  stream.Get()->Put(&text);
+  stream.Get()->SetSignificantDigitNumber(3);
+  stream.Get()->Putln(1234567.0);
+  stream.Get()->Putln("%.1e", 1234567.0);
+  stream.Get()->Putln("end");
+  EXPECT_EQ(stream.GetText(), "niltruea\tb1.23e+06\n1.2e+06\nend\n");
+}
+
+TEST(LumoFileStream, ReadsBytesCountsLinesAndPushesBack) {
+  const std::string text("a\n\xff\0\nb", 6);
+  const OrvaTextFile file(text);
+  OrvaTextStream trace;
+  LumoFileStream stream(true, file.Get());
+  stream.SetTraceStream(trace.Get());
+  EXPECT_EQ(stream.GetLineNumber(), 1);
+  std::string read;
+  for (int i = 0; i < 6; ++i) {
+    EXPECT_FALSE(stream.IsAtEnd());
+    read += static_cast<char>(stream.GetChar());
+  }
+  EXPECT_EQ(read, text);  // byte 255 is not the end
+  EXPECT_EQ(stream.GetLineNumber(), 3);
+  EXPECT_EQ(stream.GetChar(), -1);
+  EXPECT_TRUE(stream.IsAtEnd());
+  EXPECT_EQ(trace.GetText(), text);  // every character read is echoed
+  stream.ResetTraceStream();
+  for (int i = 0; i < 100; ++i) stream.UnGetChar(static_cast<char>('A' + i % 26));
+  EXPECT_FALSE(stream.IsAtEnd());
+  for (int i = 99; i >= 0; --i) EXPECT_EQ(stream.GetChar(), 'A' + i % 26);
+  EXPECT_EQ(stream.GetChar(), -1);
+  EXPECT_EQ(trace.GetText(), text);
+}
+
+TEST(LumoFileStream, EchoesWhatItWritesAndClosesItsFile) {
+  char* text = nullptr;
+  std::size_t size = 0;
+  LumoFileStream stream(false, open_memstream(&text, &size));
+  OrvaTextStream trace;
+  stream.SetTraceStream(trace.Get());
+  stream.Put("a\\tb");
+  stream.Put(1.5);
+  EXPECT_EQ(stream.GetChar(), -1);  // an output stream reads nothing
+  stream.Close();
+  EXPECT_EQ(stream.GetFile(), nullptr);
+  EXPECT_EQ(std::string(text, size), "a\tb1.5");
+  EXPECT_EQ(trace.GetText(), "a\tb1.5");
+  stream.Put("lost");
+  stream.Close();
+  EXPECT_EQ(trace.GetText(), "a\tb1.5");
+  std::free(text);
+}
+
+TEST(LumoTimer, PrintsProcessorTimeBelowAMinuteAndWallClockTimeFromThereOn) {
+  const struct {
+    std::time_t seconds;
+    double processorSeconds;
+    const char* text;
+  } cases[] = {{0, 0.0, "0.00"},  {2, 2.05, "2.05"},  {59, 3.07, "3.07"},
+               {0, 0.45, "0.45"}, {0, 12.5, "12.50"}, {59, 123.25, "123.25"},
+               {60, 3.07, "60"},  {125, 0.0, "125"},  {1234567, 1.0, "1.23457e+06"}};
+  for (const auto& [seconds, processorSeconds, text] : cases) {
+    LumoTimer timer("search");
+    timer.Start();
+    wallClock += seconds;
+    processorClock += std::lround(processorSeconds * CLOCKS_PER_SEC);
+    timer.Stop();
+    EXPECT_EQ(Take(timer.ToStringOfTimeInSeconds()), text);
+  }
+}
+
+TEST(LumoTimer, AccumulatesOverSeveralRunsUntilReset) {
+  LumoTimer timer;
+  for (int i = 0; i < 3; ++i) {
+    timer.Start();
+    wallClock += 2;
+    processorClock += 100;
+    timer.Stop();
+    wallClock += 50;  // not running
+    processorClock += 5000;
+  }
+  EXPECT_EQ(timer.GetAccumulatedSeconds(), 6.0);
+  EXPECT_EQ(timer.GetAccumulatedTicks(), 300);
+  timer.Reset();
+}
+
+// Works in a folder of its own, with the accounting just started.
+class LumoMemoryManagerTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    char name[] = "memory-XXXXXX";
+    ASSERT_NE(mkdtemp(name), nullptr);
+    _formerFolder = std::filesystem::current_path();
+    _folder = _formerFolder / name;
+    std::filesystem::current_path(_folder);
+    setenv("TZ", "UTC0", 1);
+    tzset();
+    wallClock = 1000000000;  // 9 September 2001, 01:46:40 UTC
+    LumoMemoryManager::Start();
+  }
+  void TearDown() override {
+    LumoMemoryManager::Start();
+    LumoMemoryManager::SetTraceNullPointerDeletions(true);
+    std::filesystem::current_path(_formerFolder);
+    std::filesystem::remove_all(_folder);
+  }
+
+  static std::string GetTrace() { return OrvaTestEngine::ReadFile("lumo-allocations.txt"); }
+  static std::string GetDump() { return OrvaTestEngine::ReadFile("lumo-dump.txt"); }
+  static std::string Dated(const std::string& message) {
+    return "Lumo version 1.0 Sun Sep  9 01:46:40 2001\n" + message;
+  }
+  static std::string AddressOf(const void* object) {
+    return std::to_string(reinterpret_cast<long>(object));
+  }
+
+ private:
+  std::filesystem::path _folder;
+  std::filesystem::path _formerFolder;
+};
+
+TEST_F(LumoMemoryManagerTest, CountsObjectsAndStringsAndReportsALeak) {
+  {
+    LumoTimer timer("name");  // the timer and its name
+    EXPECT_EQ(LumoMemoryManager::GetAllocationBalance(), 2);
+    const LumoTimer nameless;
+    EXPECT_EQ(LumoMemoryManager::GetAllocationBalance(), 3);
+    timer.SetName("other");
+    EXPECT_EQ(LumoMemoryManager::GetAllocationBalance(), 3);
+  }
+  LumoMemoryManager::Stop();  // balanced: silent
+  EXPECT_EQ(GetDump() + GetTrace(), "");
+  char* leak = LumoRawString::Copy("leak");
+  char* other = LumoRawString::New(3);
+  EXPECT_EQ(std::string(other, 3), std::string(3, '\0'));
+  testing::internal::CaptureStderr();
+  LumoMemoryManager::Stop();
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "LumoMemoryManager::AllocationBalance = 2\n");
+  EXPECT_NE(GetDump().find("\nLumoMemoryManager::AllocationBalance = 2\n"), std::string::npos);
+  LumoRawString::Delete(leak);
+  LumoRawString::Delete(other);
+}
+
+TEST_F(LumoMemoryManagerTest, TracesAllocationsOnRequestOnly) {
+  int object = 0;
+  const std::string name = AddressOf(&object) + "/Thing ";
+  LumoMemoryManager::TraceNew(&object, "Untraced");
+  LumoMemoryManager::SetTraceAllocations(true);
+  LumoMemoryManager::TraceNew(&object, "Thing");  // the balance before it is 1
+  LumoMemoryManager::TraceDelete(&object, "Thing");
+  LumoMemoryManager::SetTraceAllocations(false);
+  LumoMemoryManager::TraceDelete(&object, "Untraced");
+  LumoMemoryManager::SetTraceAllocations(true);
+  LumoMemoryManager::Stop();
+  const std::string start =
+      "LumoMemoryManager::New " + name + "[1]\nLumoMemoryManager::Delete " + name;
+  const std::string end = "]\nLumoMemoryManager::Stop\n";
+  const std::string trace = GetTrace();
+  EXPECT_EQ(trace.substr(0, start.size()), start);
+  EXPECT_EQ(trace.find(end), trace.size() - end.size());
+  EXPECT_EQ(std::count(trace.begin(), trace.end(), '\n'), 3);
+  LumoMemoryManager::Start();  // tracing is off again
+  const LumoTimer timer;
+  EXPECT_EQ(GetTrace(), trace);
+}
+
+TEST_F(LumoMemoryManagerTest, EndsTheProcessOnANegativeBalance) {
+  int object = 0;
+  EXPECT_EXIT(LumoMemoryManager::TraceDelete(&object, "Thing"), testing::ExitedWithCode(1), "");
+  const std::string start = Dated("LumoMemoryManager::NegativeAllocationBalance Delete " +
+                                  AddressOf(&object) + "/Thing [");
+  EXPECT_EQ(GetDump().substr(0, start.size()), start);
+}
+
+TEST_F(LumoMemoryManagerTest, AllocatesZeroFilledCellsAndNotesNullDeletions) {
+  void* (*const allocations[])(std::size_t) = {&LumoMemoryManager::NewCell, &::operator new,
+                                               &::operator new[] };
+  for (const auto& allocate : allocations) {
+    for (int round = 0; round < 3; ++round) {  // a released cell comes back clean
+      auto* cell = static_cast<unsigned char*>(allocate(1000));
+      ASSERT_EQ(std::count(cell, cell + 1000, 0), 1000);
+      std::fill(cell, cell + 1000, static_cast<unsigned char>(0xAA));
+      LumoMemoryManager::DeleteCell(cell);
+    }
+  }
+  EXPECT_EQ(LumoMemoryManager::GetAllocationBalance(), 0);  // cells are no objects
+  LumoMemoryManager::DeleteCell(nullptr);
+  ::operator delete(static_cast<void*>(nullptr));
+  const std::string line = Dated("LumoMemoryManager::NullPointerDeletion.\n");
+  EXPECT_EQ(GetDump(), line + line);
+  LumoMemoryManager::SetTraceNullPointerDeletions(false);
+  LumoMemoryManager::DeleteCell(nullptr);
+  EXPECT_EQ(GetDump(), line + line);
+}
+
+TEST_F(LumoMemoryManagerTest, HandlesExhaustedMemory) {
+  const volatile std::size_t tooMuch = std::numeric_limits<std::size_t>::max() / 2;
+  const auto exhaust = [&] { static_cast<void>(::operator new(tooMuch)); };
+  // A sanitizer's allocator ends the process by itself, in its own way.
+#ifndef __SANITIZE_ADDRESS__
+  int object = 0;
+  LumoMemoryManager::TraceNew(&object, "Thing");
+  EXPECT_EQ(LumoMemoryManager::NewCell(tooMuch), nullptr);
+  EXPECT_EQ(GetDump(), Dated("LumoMemoryManager::MemoryOverflow AllocationBalance = 1\n"));
+  EXPECT_EQ(::operator new(tooMuch, std::nothrow), nullptr);
+  EXPECT_EXIT(exhaust(), testing::ExitedWithCode(1), "^Memory exhausted\n$");
+#else
+  EXPECT_DEATH(exhaust(), "");
+#endif
+}
+
+TEST_F(LumoMemoryManagerTest, AppendsDumpsAndTracesToFiles) {
+  LumoMemoryManager::Dump("first\n");
+  LumoMemoryManager::Dump("100 %s\n");  // a message is no format
+  EXPECT_EQ(GetDump(), Dated("first\n") + Dated("100 %s\n"));
+  LumoMemoryManager::Trace("own.txt", "%s %d %ld %g\n", "x", -1, 2L, 0.5);
+  LumoMemoryManager::Trace("own.txt", "end\n");
+  EXPECT_EQ(OrvaTestEngine::ReadFile("own.txt"), "x -1 2 0.5\nend\n");
+}
