@@ -1,5 +1,5 @@
+#include <algorithm>
 #include <cctype>
-#include <vector>
 
 #include "OrvaTestSupport.h"
 #include "model/OrvaGate.h"
@@ -12,10 +12,8 @@ namespace {
 class WrittenModel {
  public:
   void Define(const std::string& text) {
-    _text.clear();
-    for (const char c : text) {
-      if (c != ' ') _text += c;
-    }
+    _text = text;
+    _text.erase(std::remove(_text.begin(), _text.end(), ' '), _text.end());
     _position = 0;
     while (_position < _text.size()) {
       OrvaEvent* event = GetEvent(ReadWord());
@@ -110,71 +108,53 @@ class WrittenModel {
 
 class RewriterTest : public testing::Test, protected WrittenModel {
  protected:
-  // One row: the model, and what the top's formula becomes.
-  struct Case {
-    const char* model;
-    const char* top;
-  };
-  static void Check(Step step, const std::vector<Case>& cases) {
-    for (const Case& row : cases) {
-      SCOPED_TRACE(row.model);
+  // Cases "formula of the top; other definitions > what the top becomes", a line or a "|" apart.
+  static void Check(Step step, std::string cases) {
+    std::replace(cases.begin(), cases.end(), '|', '\n');
+    std::istringstream lines(cases);
+    for (std::string line; std::getline(lines, line);) {
+      line.erase(std::remove(line.begin(), line.end(), ' '), line.end());
+      if (line.empty()) continue;
+      SCOPED_TRACE(line);
+      const std::size_t arrow = line.find('>');
       WrittenModel model;
-      model.Define(row.model);
+      model.Define("top=" + line.substr(0, arrow));
       model.Apply(step);
-      EXPECT_EQ(model.Formula("top"), row.top);
+      EXPECT_EQ(model.Formula("top"), line.substr(arrow + 1));
     }
   }
 };
 
 TEST_F(RewriterTest, ConstantsLeaveEveryOperator) {
+  Check(&OrvaRewriter::PropagateConstants, R"(
+      and(true,a,b) > and(a,b)          | and(a,false,b) > false | and(true,true) > true
+      and() > true                      | and(true,a) > a
+      or(a,false,b) > or(a,b)           | or(a,true) > true      | or(false) > false
+      or() > false                      | or(false,a) > a
+      nand(true,a,b) > nand(a,b)        | nand(a,false) > true   | nand(true) > false
+      nor(false,a,b) > nor(a,b)         | nor(a,true) > false    | nor(false) > true
+      atleast2(true,a,b) > atleast1(a,b)          | atleast2(false,a,b) > atleast2(a,b)
+      atleast2(true,a,true) > true                | atleast3(true,a) > false
+      atleast2(true,a) > a                        | atleast0() > true
+      atmost1(true,a,b) > atmost0(a,b)            | atmost0(true,a) > false
+      atmost1(a,false) > true                     | atmost1(true) > true
+      cardinality1-2(true,a,b) > cardinality0-1(a,b) | cardinality1-3(true,a,b) > true
+      cardinality2-3(false,a) > false             | cardinality0-0(true,a) > false
+      cardinality1-1(false,a) > a                 | cardinality1-2(false,a) > cardinality1-2(a)
+      not(true) > false                           | not(false) > true | not(a) > not(a) )");
+}
+
+TEST_F(RewriterTest, OneChildTakesThePlaceOfItsGate) {
+  // Without negation: as it is defined.
   Check(&OrvaRewriter::PropagateConstants,
-        {
-            {"top=and(true,a,b)", "and(a,b)"},
-            {"top=and(a,false,b)", "false"},
-            {"top=and(true,true)", "true"},
-            {"top=and()", "true"},
-            {"top=and(true,a)", "a"},
-            {"top=or(a,false,b)", "or(a,b)"},
-            {"top=or(a,true)", "true"},
-            {"top=or(false)", "false"},
-            {"top=or()", "false"},
-            {"top=or(false,a)", "a"},
-            {"top=nand(true,a,b)", "nand(a,b)"},
-            {"top=nand(a,false)", "true"},
-            {"top=nand(true)", "false"},
-            {"top=nand(true,a)", "a"},  // without negation
-            {"top=nor(false,a,b)", "nor(a,b)"},
-            {"top=nor(a,true)", "false"},
-            {"top=nor(false)", "true"},
-            {"top=nor(false,a)", "a"},  // without negation
-            {"top=atleast2(true,a,b)", "atleast1(a,b)"},
-            {"top=atleast2(false,a,b)", "atleast2(a,b)"},
-            {"top=atleast2(true,a,true)", "true"},
-            {"top=atleast3(true,a)", "false"},
-            {"top=atleast2(true,a)", "a"},
-            {"top=atleast0()", "true"},
-            {"top=atmost1(true,a,b)", "atmost0(a,b)"},
-            {"top=atmost0(true,a)", "false"},
-            {"top=atmost1(a,false)", "true"},
-            {"top=atmost1(true)", "true"},
-            {"top=atmost0(false,a)", "a"},  // without negation
-            {"top=cardinality1-2(true,a,b)", "cardinality0-1(a,b)"},
-            {"top=cardinality1-3(true,a,b)", "true"},
-            {"top=cardinality2-3(false,a)", "false"},
-            {"top=cardinality0-0(true,a)", "false"},
-            {"top=cardinality1-1(false,a)", "a"},
-            {"top=cardinality1-2(false,a)", "cardinality1-2(a)"},  // no row applies
-            {"top=not(true)", "false"},
-            {"top=not(false)", "true"},
-            {"top=not(a)", "not(a)"},
-            // A child that takes the place of its gate goes last among the parent's children.
-            {"top=and(or(false,a),b)", "and(b,a)"},
-            {"top=and(or(false,a),or(true,c),b,nand(true,d))", "and(b,a,d)"},
-            {"top=or(and(or(a,false),true),false)", "a"},
-            {"top=not(or(false,a))", "not(a)"},
-            {"top=not(and(true))", "false"},
-            {"top=and(b,not(or(true,a)))", "false"},
-        });
+        "nand(true,a) > a | nor(false,a) > a | atmost0(false,a) > a");
+  // It goes last among the parent's children.
+  Check(&OrvaRewriter::PropagateConstants, R"(
+      and(or(false,a),b) > and(b,a)
+      and(or(false,a),or(true,c),b,nand(true,d)) > and(b,a,d)
+      or(and(or(a,false),true),false) > a
+      not(or(false,a)) > not(a)
+      and(b,not(or(true,a))) > false )");
 }
 
 TEST_F(RewriterTest, ConstantsTravelThroughReferences) {
@@ -196,24 +176,24 @@ TEST_F(RewriterTest, ConstantsTravelThroughReferences) {
 }
 
 TEST_F(RewriterTest, ReferencesFollowAliasesAndNegations) {
-  Check(&OrvaRewriter::DereferenceVariables,
-        {
-            {"top=and(x,b); x=y; y=g; g=or(c,d)", "and(g,b)"},
-            {"top=and(x,b); x=y; y=a", "and(a,b)"},
-            {"top=and(x,b); x=not(y)", "and(not(y),b)"},
-            {"top=x; x=not(y)", "not(y)"},
-            {"top=and(b,or(x,not(x)),c); x=y", "and(b,or(y,not(y)),c)"},
-            {"top=atleast2(x,b,y); x=not(g); y=x; g=and(c,d)", "atleast2(not(g),b,not(g))"},
-            // Two negations on the chain.
-            {"top=and(x,b); x=not(y); y=not(z)", "and(z,b)"},
-            {"top=x; x=not(y); y=not(z)", "z"},
-            // Inside a formula the second negation stays.
-            {"top=or(not(y),b); y=not(z)", "or(not(not(z)),b)"},
-            // The negation of a formula ends the chain with nothing, also for what leads to it.
-            {"top=or(w,c); w=x; x=not(and(a,b))", "or(w,c)"},
-            {"top=or(not(x),c); x=not(not(a))", "or(not(x),c)"},
-            {"top=and(x,b); x=true", "and(x,b)"},
-        });
+  Check(&OrvaRewriter::DereferenceVariables, R"(
+      and(x,b); x=y; y=g; g=or(c,d) > and(g,b)
+      and(x,b); x=y; y=a > and(a,b)
+      and(x,b); x=not(y) > and(not(y),b)
+      x; x=not(y) > not(y)
+      and(b,or(x,not(x)),c); x=y > and(b,or(y,not(y)),c)
+      atleast2(x,b,y); x=not(g); y=x; g=and(c,d) > atleast2(not(g),b,not(g)) )");
+  // Two negations on the chain.
+  Check(&OrvaRewriter::DereferenceVariables, R"(
+      and(x,b); x=not(y); y=not(z) > and(z,b)
+      x; x=not(y); y=not(z) > z )");
+  // Inside a formula the second negation stays.
+  Check(&OrvaRewriter::DereferenceVariables, R"(
+      or(not(y),b); y=not(z) > or(not(not(z)),b) )");
+  // The negation of a formula ends the chain with nothing, also for what leads to it.
+  Check(&OrvaRewriter::DereferenceVariables, R"(
+      or(w,c); w=x; x=not(and(a,b)) > or(w,c)
+      and(x,b); x=true > and(x,b) )");
   // Occurrences move with the references: x is left, y has those of top and of x's definition.
   Define("top=and(x,b,x); x=not(y)");
   Apply(&OrvaRewriter::DereferenceVariables);
@@ -223,18 +203,21 @@ TEST_F(RewriterTest, ReferencesFollowAliasesAndNegations) {
   EXPECT_EQ(GetEvent("top")->GetDefinition()->GetChild(1)->GetReferencedEvent(), nullptr);
 }
 
+// Only a definition that became NOT of NOT by dereferencing gives way to the reference.
+TEST_F(RewriterTest, WrittenDoubleNegationStays) {
+  Check(&OrvaRewriter::DereferenceVariables, "or(not(x),c); x=not(not(a)) > or(not(x),c)");
+}
+
 TEST_F(RewriterTest, GatesOfTheSameOperatorMerge) {
-  Check(&OrvaRewriter::CoalesceGates,
-        {
-            {"top=and(g,b); g=and(c,d)", "and(c,d,b)"},
-            {"top=or(a,g,b); g=or(c,h); h=or(d,not(e))", "or(a,c,d,not(e),b)"},
-            {"top=and(a,g); g=and(not(b),or(c,d))", "and(a,not(b),or(c,d))"},
-            {"top=and(g,b); g=or(c,d)", "and(g,b)"},
-            {"top=and(not(g),b); g=and(c,d)", "and(not(g),b)"},
-            {"top=or(and(g,b),a); g=and(c,d)", "or(and(g,b),a)"},
-            {"top=atleast2(g,b,c); g=atleast2(c,d,e)", "atleast2(g,b,c)"},
-            {"top=nor(g,b); g=nor(c,d)", "nor(g,b)"},
-        });
+  Check(&OrvaRewriter::CoalesceGates, R"(
+      and(g,b); g=and(c,d) > and(c,d,b)
+      or(a,g,b); g=or(c,h); h=or(d,not(e)) > or(a,c,d,not(e),b)
+      and(a,g); g=and(not(b),or(c,d)) > and(a,not(b),or(c,d))
+      and(g,b); g=or(c,d) > and(g,b)
+      and(not(g),b); g=and(c,d) > and(not(g),b)
+      or(and(g,b),a); g=and(c,d) > or(and(g,b),a)
+      atleast2(g,b,c); g=atleast2(c,d,e) > atleast2(g,b,c)
+      nor(g,b); g=nor(c,d) > nor(g,b) )");
   Define("top=or(g,h); h=and(g,b); g=or(c,d)");
   Apply(&OrvaRewriter::CoalesceGates);
   EXPECT_EQ(Formula("top"), "or(c,d,h)");
@@ -244,15 +227,13 @@ TEST_F(RewriterTest, GatesOfTheSameOperatorMerge) {
 }
 
 TEST_F(RewriterTest, RepeatedReferencesGo) {
-  Check(&OrvaRewriter::RemoveDuplicatedChildren,
-        {
-            {"top=and(a,a,not(a))", "and(a,not(a))"},
-            {"top=or(a,b,not(b),a,not(b),b,c)", "or(a,b,not(b),not(b),c)"},
-            {"top=and(a,or(b,b),a)", "and(a,or(b,b))"},
-            {"top=and(a,a)", "and(a)"},
-            {"top=atleast2(a,a,b)", "atleast2(a,a,b)"},
-            {"top=nand(a,a)", "nand(a,a)"},
-        });
+  Check(&OrvaRewriter::RemoveDuplicatedChildren, R"(
+      and(a,a,not(a)) > and(a,not(a))
+      or(a,b,not(b),a,not(b),b,c) > or(a,b,not(b),not(b),c)
+      and(a,or(b,b),a) > and(a,or(b,b))
+      and(a,a) > and(a)
+      atleast2(a,a,b) > atleast2(a,a,b)
+      nand(a,a) > nand(a,a) )");
   // No mark stays behind: a second gate sees the event as new.
   Define("top=or(g,a,a); g=and(a,a,b)");
   Apply(&OrvaRewriter::RemoveDuplicatedChildren);
@@ -263,36 +244,16 @@ TEST_F(RewriterTest, RepeatedReferencesGo) {
 }
 
 TEST_F(RewriterTest, NormalizeRunsAllStepsInOrder) {
-  Check(&OrvaRewriter::NormalizeModel,
-        {
-            // g loses its constant and becomes an alias of k, which then merges.
-            {"top=or(g,b); g=and(k,true); k=or(c,b)", "or(c,b)"},
-            {"top=and(c,g,d); g=and(d,c,e)", "and(c,d,e)"},
-            {"top=and(g,g,b); g=and(not(c),d)", "and(not(c),d,not(c),b)"},
-            {"top=or(x,b); x=not(y); y=not(z)", "or(z,b)"},
-            // Aliases of one event are duplicates only after dereferencing.
-            {"top=and(x,y,b); x=a; y=or(a)", "and(a,b)"},
-            {"top=atleast2(x,y,b); x=a; y=or(a,false)", "atleast2(a,a,b)"},
-        });
-}
-
-TEST(Rewriter, NormalizeExpandsCommonCauseGroupsFirst) {
-  OrvaTestEngine engine;
-  ASSERT_EQ(engine.Load("<define-gate name=\"top\"><or><event name=\"a\"/><event name=\"c\"/></or>"
-                        "</define-gate><define-CCF-group name=\"f\" model=\"beta-factor\"><members>"
-                        "<event name=\"a\"/><event name=\"b\"/></members><distribution><float "
-                        "value=\"0.1\"/></distribution><factors><factor level=\"2\"><float "
-                        "value=\"0.2\"/></factor></factors></define-CCF-group>"),
-            0);
-  int error = 0;
-  engine->GetRewriter()->NormalizeModel(error, engine.GetModel(), engine.GetEvent("top"));
-  EXPECT_EQ(error, 0);
-  // The member that the top references is the gate f-a = or(a, f-11) by then, and merges.
-  const OrvaGate* top = engine.GetEvent("top")->GetDefinition();
-  ASSERT_EQ(top->GetNumberOfChildren(), 3);
-  EXPECT_STREQ(top->GetChild(1)->GetReferencedEvent()->GetName(), "a");
-  EXPECT_STREQ(top->GetChild(2)->GetReferencedEvent()->GetName(), "f-11");
-  EXPECT_STREQ(top->GetChild(3)->GetReferencedEvent()->GetName(), "c");
+  // g loses its constant and becomes an alias of k, which then merges.
+  Check(&OrvaRewriter::NormalizeModel, R"(
+      or(g,b); g=and(k,true); k=or(c,b) > or(c,b)
+      and(c,g,d); g=and(d,c,e) > and(c,d,e)
+      and(g,g,b); g=and(not(c),d) > and(not(c),d,not(c),b)
+      or(x,b); x=not(y); y=not(z) > or(z,b) )");
+  // Aliases of one event are duplicates only after dereferencing.
+  Check(&OrvaRewriter::NormalizeModel, R"(
+      and(x,y,b); x=a; y=or(a) > and(a,b)
+      atleast2(x,y,b); x=a; y=or(a,false) > atleast2(a,a,b) )");
 }
 
 TEST_F(RewriterTest, LadderOfSharedGatesStaysCheap) {

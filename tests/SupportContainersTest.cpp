@@ -2,6 +2,7 @@
 #include <array>
 #include <memory>
 #include <random>
+#include <utility>
 #include <vector>
 
 #include "OrvaTestSupport.h"
@@ -240,7 +241,7 @@ INSTANTIATE_TEST_SUITE_P(All, AnyContainerTest, testing::Values(0, 1, 2));
 using LumoArrayTest = ContainersTest;
 
 TEST_F(LumoArrayTest, SlotsMayBeEmpty) {
-  LumoArray array;
+  LumoArray array(3);
   FillSlots(array, "a.b");
   EXPECT_EQ(array.GetNumberOfItems(), 2);
   EXPECT_EQ(array.GetNthItem(2), Get('b'));
@@ -516,23 +517,31 @@ int CountingCompareKeys(const void* a, const void* b) {
 }
 }  // namespace
 
-// An AVL tree of n items is at most 1.44 log2(n + 2) high: 21 for 20000, even when they come in
-// order or are all equal, and after half of them have gone.
+// An AVL tree of height h has at least N(h) = N(h - 1) + N(h - 2) + 1 items, and the deepest item
+// takes as many comparisons to find as the tree is high.
 TEST(LumoAVLTree, StaysBalanced) {
-  for (const int distinct : {20000, 1, 7}) {
-    std::vector<Item> items(20000);
-    LumoAVLTree tree(CountingCompareKeys);
-    for (std::size_t i = 0; i < items.size(); ++i) {
-      items[i].key = static_cast<int>(i) % distinct;
+  std::mt19937 random(1);
+  std::vector<Item> items(300);
+  LumoAVLTree tree(CompareKeys);
+  const auto expectBalance = [&] {
+    int height = 0;
+    for (const Item* item : LumoItems<Item>(tree)) {
       numberOfComparisons = 0;
-      tree.InsertItem(&items[i]);
-      ASSERT_LE(numberOfComparisons, 21);
+      ASSERT_EQ(tree.LookForItem(CountingCompareKeys, item), item);
+      height = std::max(height, numberOfComparisons);
     }
-    for (int i = 0; i < 10000; ++i) tree.RemoveFirstItem();
-    for (const Item& item : items) {
-      numberOfComparisons = 0;
-      tree.LookForItem(CountingCompareKeys, &item);
-      ASSERT_LE(numberOfComparisons, 20);
+    int fewest = 0;
+    for (int h = 0, below = 0; h < height; ++h) below = std::exchange(fewest, fewest + below + 1);
+    ASSERT_LE(fewest, tree.GetNumberOfItems());
+  };
+  for (int round = 0; round < 5; ++round) {
+    for (std::size_t i = 0; i < items.size(); ++i) items[i].key = static_cast<int>(i);
+    if (round > 0) std::shuffle(items.begin(), items.end(), random);
+    for (Item& item : items) tree.InsertItem(&item), expectBalance();
+    for (int n = 300; n > 0; --n) {
+      tree.RemoveNthItem(round == 0 ? n
+                                    : 1 + static_cast<int>(random() % static_cast<unsigned>(n)));
+      expectBalance();
     }
   }
 }

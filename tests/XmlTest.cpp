@@ -198,7 +198,7 @@ TEST_F(XmlTest, StoresTextsCommentsAndSections) {
                {"<![CDATA[a]]]>b]]>", LumoXMLNode::CDATA, "a]]]>b"}};
   for (const auto& [text, type, stored] : cases) {
     const LumoXMLNode* a = Read(std::string("<a>") + text + "</a>");
-    ASSERT_EQ(a->GetNumberOfChildren(), 1) << text;
+    ASSERT_TRUE(a != nullptr && a->GetNumberOfChildren() == 1) << text;
     EXPECT_EQ(a->GetFirstChild()->GetType(), type) << text;
     EXPECT_STREQ(a->GetFirstChild()->GetText(), stored) << text;
     EXPECT_EQ(_document.GetDocumentType(), nullptr);

@@ -207,13 +207,15 @@ void OrvaRewriter::_SubstituteUniqueChildForGate(OrvaGate* gate) {
 // References.
 
 void OrvaRewriter::_DereferenceVariables(OrvaGate* gate) {
-  if (!gate->IsEvent()) {
-    for (OrvaGate* child = gate->GetFirstChild(); child != nullptr;
-         child = child->GetNextSibling()) {
-      _DereferenceVariables(child);
-    }
-    return _ReplaceDoubleNegation(gate);
+  if (gate->IsEvent()) return _DereferenceReference(gate);
+  const bool isNegatedReference = gate->IsNegation() && gate->IsLiteral();
+  for (OrvaGate* child = gate->GetFirstChild(); child != nullptr; child = child->GetNextSibling()) {
+    _DereferenceVariables(child);
   }
+  if (isNegatedReference) _ReplaceDoubleNegation(gate);
+}
+
+void OrvaRewriter::_DereferenceReference(OrvaGate* gate) {
   OrvaEvent* event = gate->GetReferencedEvent();
   bool isPositive = true;
   if (!_DereferenceEvent(event, isPositive) || event == gate->GetReferencedEvent()) return;
@@ -223,13 +225,13 @@ void OrvaRewriter::_DereferenceVariables(OrvaGate* gate) {
   gate->AddChild(OrvaGate::NewEvent(gate->GetModel(), event));
 }
 
-// A definition that has become NOT of NOT of a reference becomes that reference; references to the
-// defined event then find their way through it. Inside a larger formula nothing is replaced.
+// A negated reference that has become NOT of NOT of a reference gives way to that reference when it
+// is a definition; references to the defined event then find their way through it. Inside a larger
+// formula nothing is replaced.
 void OrvaRewriter::_ReplaceDoubleNegation(OrvaGate* gate) {
   OrvaEvent* event = gate->GetDefinedEvent();
-  if (event == nullptr || !gate->IsNegation()) return;
   OrvaGate* inner = gate->GetFirstChild();
-  if (inner == nullptr || !inner->IsNegation() || !inner->IsLiteral()) return;
+  if (event == nullptr || !inner->IsNegation()) return;
   OrvaGate* reference = inner->GetFirstChild();
   inner->RemoveChild(reference);
   event->SetDefinition(reference);

@@ -74,6 +74,7 @@ class OrvaRewriter {
   void _SubstituteUniqueChildForGate(OrvaGate* gate);
 
   void _DereferenceVariables(OrvaGate* gate);
+  void _DereferenceReference(OrvaGate* gate);
   void _ReplaceDoubleNegation(OrvaGate* gate);
   bool _DereferenceEvent(OrvaEvent*& event, bool& isPositive);
 

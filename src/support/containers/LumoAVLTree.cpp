@@ -69,6 +69,21 @@ LumoAVLTreeNode* LumoAVLTree::LookForNode(const void* item) const {
   return nullptr;
 }
 
+// Equal items stand side by side: from the first one met, to the left and to the right.
+LumoAVLTreeNode* LumoAVLTree::LookForNodeOfItem(const void* item) const {
+  LumoAVLTreeNode* const met = LookForNode(item);
+  const auto isEqual = [&](const LumoAVLTreeNode* node) {
+    return node != nullptr && _order(node->_item, item) == 0;
+  };
+  for (LumoAVLTreeNode* node = met; isEqual(node); node = node->GetPrevious()) {
+    if (node->_item == item) return node;
+  }
+  for (LumoAVLTreeNode* node = met; isEqual(node); node = node->GetNext()) {
+    if (node->_item == item) return node;
+  }
+  return nullptr;
+}
+
 void* LumoAVLTree::LookForItem(const LumoComparator* comparator, const void* key) const {
   const LumoAVLTreeNode* node = _root;
   while (node != nullptr) {

@@ -60,7 +60,9 @@ class LumoAVLTree : public LumoContainer {
   LumoAVLTreeNode* GetFirstNode() const;
   LumoAVLTreeNode* GetLastNode() const;
   LumoAVLTreeNode* GetNthNode(int n) const;
+  // The first node met on the way down whose item compares equal; the node of the very item.
   LumoAVLTreeNode* LookForNode(const void* item) const;
+  LumoAVLTreeNode* LookForNodeOfItem(const void* item) const;
   // Removes the node's item, which is returned. A node with two sons takes the item of the node
   // before it, which goes instead. Null is ignored.
   void* RemoveNode(LumoAVLTreeNode* node);
@@ -100,7 +102,7 @@ class LumoAVLTreeCursor : public LumoCursor {
   void ResetOnFirstItem() override { _ResetOnNode(_tree->GetFirstNode()); }
   void ResetOnLastItem() override { _ResetOnNode(_tree->GetLastNode()); }
   void ResetInPosition(int n) override { _ResetOnNode(_tree->GetNthNode(n)); }
-  void ResetOnItem(const void* item) override { _ResetOnNode(_tree->LookForNode(item)); }
+  void ResetOnItem(const void* item) override { _ResetOnNode(_tree->LookForNodeOfItem(item)); }
   void Increment() override;
   void Decrement() override;
   void* GetItem() const override { return _node == nullptr ? nullptr : _node->GetItem(); }
