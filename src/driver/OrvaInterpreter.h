@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <span>
 
 #include "quantification/OrvaHandle.h"
 
@@ -115,19 +116,51 @@ class OrvaInterpreter {
   void _UpdateWalkObserver(const OrvaEvent* topEvent, const OrvaSystem* system,
                            const OrvaCutoff* cutoff, const char* runningTime);
 
+  // What curves are made of, besides their dates.
+  struct CurveOptions {
+    double step = 0.0;
+    bool addSingularPoints = false;
+    bool smoothCurve = false;
+    double smoothingRatio = 0.0;
+  };
   void _DownloadCommandCompute(int& error, const LumoXMLNode* command);
+  void _DownloadCommandComputeValuesOfParameters(int& error, const LumoXMLNode* command);
+  void _DownloadCommandComputeProbabilitiesOfBasicEvents(int& error, const LumoXMLNode* command);
   void _DownloadCommandComputeTopEventProbability(int& error, const LumoXMLNode* command);
+  void _ComputeTopEventProbabilityAtMissionTime(int& error, const LumoXMLNode* command,
+                                                OrvaHandle* handle);
+  void _ComputeCurveOfTopEventProbability(int& error, const LumoXMLNode* command, double lastDate,
+                                          OrvaHandle* handle);
+  void _DownloadCurveOptions(int& error, const LumoXMLNode* command, CurveOptions& options);
+  void _DownloadCommandComputeImportanceFactors(int& error, const LumoXMLNode* command);
   void _DownloadCommandComputeOrdersOfMinimalCutsets(int& error, const LumoXMLNode* command);
+  void _DownloadCommandComputeTopEventSensitivity(int& error, const LumoXMLNode* command);
+  void _DownloadCommandComputeFailureIntensity(int& error, const LumoXMLNode* command);
 
   void _DownloadCommandPrint(int& error, const LumoXMLNode* command);
+  template <class Print>
+  void _PrintToOutput(int& error, const LumoXMLNode* command, Print print);
+  template <class Print>
+  void _PrintHandleToOutput(int& error, const LumoXMLNode* command, OrvaHandle::Type type,
+                            Print print);
+  void _DownloadCommandPrintModel(int& error, const LumoXMLNode* command);
+  void _DownloadCommandPrintModules(int& error, const LumoXMLNode* command);
+  void _DownloadCommandPrintNumbersOfParents(int& error, const LumoXMLNode* command);
   void _DownloadCommandPrintSystem(int& error, const LumoXMLNode* command);
-  void _PrintSystemAtOpenPSAFormat(int& error, OrvaSystem* system, LumoStream* stream);
+  void _DownloadCommandPrintOccurrencesOfVariables(int& error, const LumoXMLNode* command);
+  void _DownloadCommandPrintValuesOfVariables(int& error, const LumoXMLNode* command);
+  void _DownloadCommandPrintSystemStatistics(int& error, const LumoXMLNode* command);
   void _DownloadCommandPrintMinimalCutsets(int& error, const LumoXMLNode* command);
   void _DownloadCommandPrintOrders(int& error, const LumoXMLNode* command);
+  void _DownloadCommandPrintNumbersOfOccurrences(int& error, const LumoXMLNode* command);
   void _DownloadCommandPrintWalkStatistics(int& error, const LumoXMLNode* command);
+  void _DownloadCommandPrintOption(int& error, const LumoXMLNode* command);
+  void _DownloadCommandPrintOptions(int& error, const LumoXMLNode* command);
 
   void _DownloadCommandSet(int& error, const LumoXMLNode* command);
   void _DownloadCommandSetOption(int& error, const LumoXMLNode* command);
+  void _DownloadCommandSetDefaultProbabilityDistributionOfBasicEvents(int& error,
+                                                                      const LumoXMLNode* command);
 
   // Options. Each is looked for in the command's attributes, then in its "option" children, then
   // in the option center; true when it came from the command. A value of the wrong kind is an
@@ -143,6 +176,9 @@ class OrvaInterpreter {
                               int& result);
   bool _DownloadBooleanOption(int& error, const LumoXMLNode* command, const char* name,
                               bool& result);
+  // Sets switches of the printer from Boolean options.
+  struct Switch;
+  void _DownloadSwitches(int& error, const LumoXMLNode* command, std::span<const Switch> switches);
   // Composite options. Their results are null after an error.
   void _DownloadOptionFormat(int& error, const LumoXMLNode* command, const char*& format);
   void _DownloadOptionTopEvent(int& error, const LumoXMLNode* command, OrvaEvent*& event);

@@ -3,12 +3,15 @@
 #include "driver/OrvaInterpreter.h"
 #include "driver/OrvaInterpreterCommands.h"
 #include "driver/OrvaOptionCenter.h"
+#include "model/OrvaModel.h"
+#include "model/OrvaParser.h"
 #include "xml/LumoXMLNode.h"
 
 namespace {
 
 constexpr const char* NO_OPTION_NAME = "No option name";
 constexpr const char* NOT_AN_OPTION = "%s is not a valid option";
+constexpr const char* DISTRIBUTION_EXPECTED = "A probability distribution was expected\n";
 
 constexpr const char* NAME = "name";
 constexpr const char* VALUE = "value";
@@ -19,6 +22,8 @@ const OrvaInterpreter::Commands OrvaInterpreter::_SET_COMMANDS = {
     [] {
       static constexpr Command ROWS[] = {
           {"option", &OrvaInterpreter::_DownloadCommandSetOption},
+          {"default-probability-distribution",
+           &OrvaInterpreter::_DownloadCommandSetDefaultProbabilityDistributionOfBasicEvents},
       };
       return std::span<const Command>(ROWS);
     }(),
@@ -50,4 +55,15 @@ void OrvaInterpreter::_DownloadCommandSetOption(int& error, const LumoXMLNode* c
     default:
       return read(static_cast<const char*>(nullptr), &OrvaInterpreter::_DownloadStringOption);
   }
+}
+
+// The first child that is no comment is the expression.
+void OrvaInterpreter::_DownloadCommandSetDefaultProbabilityDistributionOfBasicEvents(
+    int& error, const LumoXMLNode* command) {
+  const LumoXMLNode* expression = command->GetFirstChild();
+  while (expression != nullptr && expression->IsComment()) {
+    expression = expression->GetNextSibling();
+  }
+  if (expression == nullptr) return _Report(error, DISTRIBUTION_EXPECTED, command);
+  _parser->DownloadDefaultProbabilityDistributionOfBasicEvents(error, expression, _model.get());
 }

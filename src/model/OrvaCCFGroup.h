@@ -55,6 +55,8 @@ class OrvaCCFGroup : public LumoAttributeAccess<OrvaCCFGroup> {
   int GetNumberOfFactors() const { return _factors.GetNumberOfItems(); }
   // Null when there is none.
   OrvaProbabilityDistribution* GetFactor(int level) const;
+  // -1 without factors.
+  int GetHighestLevel() const { return _factors.GetIndexOfLastItem(); }
   void SetFactor(int level, OrvaProbabilityDistribution* factor);
   void AddFactor(OrvaProbabilityDistribution* factor);
   // Does nothing without a factor at the first level.

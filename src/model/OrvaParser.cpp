@@ -134,6 +134,12 @@ void OrvaParser::DownloadDefaultProbabilityDistributionOfBasicEvents(int& error,
   }
 }
 
+std::string OrvaParser::_TrimText(const char* text) {
+  std::string trimmed = text;
+  if (!trimmed.empty() && trimmed.back() == ' ') trimmed.pop_back();
+  return trimmed;
+}
+
 const char* OrvaParser::_DownloadAttribute(int& error, const LumoXMLNode* node, const char* name) {
   const char* text = node->GetAttributeValue(name);
   if (text == nullptr) _Report(error, NO_ATTRIBUTE, name, node);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdio>
+#include <string>
 
 #include "model/OrvaCCFGroup.h"
 #include "model/OrvaEvent.h"
@@ -69,11 +70,14 @@ class OrvaParser : public LumoXMLParser {
   void _DownloadParameterDefinition(int& error, const LumoXMLNode* node, OrvaModel* model);
   OrvaEvent* _DeclareEvent(int& error, const LumoXMLNode* node, OrvaEvent::Type type,
                            const Conflicts& conflicts, OrvaModel* model);
-  // The text of a label becomes an attribute of what it labels.
+  // The text of a label, without the blank that its layout may leave at the end, becomes an
+  // attribute of what it labels.
+  static std::string _TrimText(const char* text);
   template <class Owner>
   void _DownloadLabel(const LumoXMLNode* node, Owner* owner) {
-    const LumoXMLNode* text = node->GetChild(1, LumoXMLNode::TEXT);
-    if (text != nullptr) owner->SetAttribute(LABEL, text->GetText());
+    if (const LumoXMLNode* text = node->GetChild(1, LumoXMLNode::TEXT)) {
+      owner->SetAttribute(LABEL, _TrimText(text->GetText()).c_str());
+    }
   }
   template <class Owner, class Predicate, class Download>
   void _DownloadStructure(int& error, const LumoXMLNode* node, Owner* owner, Predicate isDefinition,

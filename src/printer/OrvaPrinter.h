@@ -2,8 +2,11 @@
 
 #include <cstdio>
 
+#include "system/OrvaVariable.h"
 #include "xml/LumoXMLPrinter.h"
 
+class LumoCurve;
+class LumoMeasure;
 class LumoStream;
 class LumoXMLDocument;
 class LumoXMLNode;
@@ -12,14 +15,18 @@ class OrvaEvent;
 class OrvaHandle;
 class OrvaInterpreter;
 class OrvaMCSSet;
+class OrvaModel;
 class OrvaOptionCenter;
+class OrvaParameter;
+class OrvaProbabilityDistribution;
 class OrvaSystem;
-class OrvaVariable;
 class OrvaWalkObserver;
 
 // Writes results as text tables: one tab between fields, one line per row, reals with six
-// significant digits. The printer computes nothing and reports no error: it writes what was
-// computed last.
+// significant digits. The printer computes nothing: it writes what was computed last.
+//
+// Its switches choose the columns. The commands set them from their options before each table;
+// they keep their values until they are set again.
 class OrvaPrinter : public LumoXMLPrinter {
  public:
   explicit OrvaPrinter(OrvaInterpreter* interpreter);
@@ -30,15 +37,84 @@ class OrvaPrinter : public LumoXMLPrinter {
   // Takes the option center from the interpreter again.
   void UpdateOptionCenter();
 
-  // Column switches, set from the options of each command.
   bool printMinimalCutsetRank = false;
   bool printMinimalCutsetOrder = false;
   bool printMinimalCutsetProbability = false;
   bool printMinimalCutsetContribution = false;
+  bool printNumberOfOccurrences = false;
+  bool printProbability = false;
+  bool printConditionalProbability1 = false;
+  bool printConditionalProbability0 = false;
+  bool printMarginalImportanceFactor = false;
+  bool printCriticalImportanceFactor = false;
+  bool printDiagnosisImportanceFactor = false;
+  bool printRiskAchievementWorth = false;
+  bool printRiskReductionWorth = false;
+  bool printFusselVeselyImportanceFactor = false;
+  bool printMean = false;
+  bool printStandardDeviation = false;
+  bool printConfidenceRange = false;
+  bool printErrorFactor = false;
+  int numberOfQuantiles = 0;
+  int numberOfBins = 0;
+  // These two, and the last one, tell the interpreter which tables to ask for.
+  bool printParameterSensitivity = false;
+  bool printBasicEventSensitivity = false;
+  bool printUnavailability = false;
+  bool printAverageUnavailability = false;
+  bool printConditionalFailureIntensity = false;
+  bool printAverageConditionalFailureIntensity = false;
+  bool printUnreliability = false;
+  bool printProbabilityOfFailurePerHour = false;
+  bool printSafetyIntegrityLevel = false;
 
   // "top-event", "mission-time" and "probability": a header and one row.
   void PrintTopEventProbability(const OrvaEvent* top, const OrvaHandle* handle, double missionTime,
                                 LumoStream* stream);
+
+  // The table above, then one row per basic event: its name and the columns that are switched on.
+  void PrintImportanceFactorsOfBasicEvents(const OrvaEvent* top, const LumoContainer* basicEvents,
+                                           const OrvaHandle* handle, double missionTime,
+                                           LumoStream* stream);
+  void PrintImportanceFactorsOfBasicEvent(const OrvaEvent* top, const OrvaEvent* basicEvent,
+                                          const OrvaHandle* handle, double missionTime,
+                                          LumoStream* stream);
+
+  // "Pr", name, mission time and probability, one row per event, no header; of a model, the events
+  // without definition.
+  void PrintProbabilitiesOfBasicEvents(const OrvaModel* model, double missionTime,
+                                       LumoStream* stream);
+  void PrintProbabilitiesOfBasicEvents(const LumoContainer* events, double missionTime,
+                                       LumoStream* stream);
+  void PrintProbabilityOfBasicEvent(const OrvaEvent* event, double missionTime, LumoStream* stream);
+  // "value", name, mission time and value, one row per parameter, no header.
+  void PrintValuesOfParameters(const OrvaModel* model, double missionTime, LumoStream* stream);
+  void PrintValuesOfParameters(const LumoContainer* parameters, double missionTime,
+                               LumoStream* stream);
+  void PrintValueOfParameter(OrvaParameter* parameter, double missionTime, LumoStream* stream);
+
+  // One row per point of a curve: the date and the columns that are switched on. Nothing for fewer
+  // than two points. An average of failure intensities runs since date 0, one of unavailabilities
+  // since the first date; in the failure-intensity table the fields of the first row are "0.0".
+  void PrintUnavailability(const LumoCurve* curve, LumoStream* stream);
+  void PrintFailureIntensity(const LumoCurve* curve, LumoStream* stream);
+  // For each level 0 .. 4: its bounds, how long the curve lies between them, and the share of that
+  // in the total; then the average of the curve. The bounds are those of probabilities of failure
+  // on demand (true) or per hour (false).
+  void PrintSafetyIntegrityLevel(bool lowDemand, const LumoCurve* curve, LumoStream* stream);
+
+  // The moments of the sampled values that are switched on: a header, and a row per measure; for
+  // the top event also its quantiles and bins, when it has any.
+  void PrintSensitivityOfTopEvent(const OrvaEvent* top, const OrvaHandle* handle,
+                                  double missionTime, LumoStream* stream);
+  void PrintSensitivitiesOfParameters(const LumoContainer* parameters, const OrvaHandle* handle,
+                                      double missionTime, LumoStream* stream);
+  void PrintSensitivitiesOfBasicEvents(const LumoContainer* basicEvents, const OrvaHandle* handle,
+                                       double missionTime, LumoStream* stream);
+  void PrintMoments(const LumoMeasure* measure, LumoStream* stream);
+  void PrintQuantiles(LumoMeasure* measure, LumoStream* stream);
+  // Shrinks the bin table to the number of bins.
+  void PrintBins(LumoMeasure* measure, LumoStream* stream);
 
   // One row per minimal cutset, the most probable first, equal ones in the order of the set: the
   // columns that are switched on (rank, order, probability, share in the sum), then the names of
@@ -47,8 +123,15 @@ class OrvaPrinter : public LumoXMLPrinter {
   void PrintMinimalCutsets(OrvaMCSSet* set, LumoStream* stream);
   // "order" and "#MCS", a row for each order that occurs, and the total.
   void PrintOrdersOfMinimalCutsets(const OrvaMCSSet* set, LumoStream* stream);
+  // "event" and "#occurrences", a row for each event known to the store, and the total.
+  void PrintNumberOfOccurrencesOfVariablesInMinimalCutsets(const OrvaMCSSet* set,
+                                                           LumoStream* stream);
   // The statistics of a walk, in blocks of labels and values.
   void PrintWalkObserver(const OrvaWalkObserver* observer, LumoStream* stream);
+
+  // The options of the option center, or the one given, as a "set" element.
+  void PrintOptions(LumoStream* stream);
+  void PrintOption(const char* name, const LumoConstant* value, LumoStream* stream);
 
   // Systems. "talvik": one equation per line, g := @(k,[literals]); with "-" before a negative
   // literal, then each module that has a system of the same name, behind a comment.
@@ -64,11 +147,52 @@ class OrvaPrinter : public LumoXMLPrinter {
   void UploadSystem(int& error, OrvaSystem* system, LumoXMLDocument*& document);
   void UploadSystem(int& error, OrvaSystem* system, std::FILE* file);
   void UploadSystem(int& error, OrvaSystem* system, const char* path);
+  void PrintSystemStatistics(const OrvaSystem* system, LumoStream* stream);
+
+  // Rows about variables and equations, between a heading and an ending (null for none).
+  using VariablePrinter = void (OrvaPrinter::*)(const OrvaVariable* variable, LumoStream* stream);
+  using EquationPrinter = void (OrvaPrinter::*)(const OrvaEquation* equation, LumoStream* stream);
+  void PrintDataOfVariables(OrvaSystem* system, LumoStream* stream, VariablePrinter print,
+                            const char* heading, const char* ending);
+  void PrintDataOfVariables(const LumoContainer* variables, LumoStream* stream,
+                            VariablePrinter print, const char* heading, const char* ending);
+  void PrintDataOfEquations(OrvaSystem* system, LumoStream* stream, EquationPrinter print,
+                            const char* heading, const char* ending);
+  void PrintDataOfEquations(const LumoContainer* equations, LumoStream* stream,
+                            EquationPrinter print, const char* heading, const char* ending);
+  // "?", "!", "0" or "1".
+  void PrintValue(OrvaVariable::Value value, LumoStream* stream);
+  // The name, then: 1 unless the value is possibly false; the two probabilities; the rank; the
+  // number of occurrences and the equations, with "-" before those of negative ones.
+  void PrintValueOfVariable(const OrvaVariable* variable, LumoStream* stream);
+  void PrintProbabilityOfVariable(const OrvaVariable* variable, LumoStream* stream);
+  void PrintRankOfVariable(const OrvaVariable* variable, LumoStream* stream);
+  void PrintOccurrencesOfVariable(const OrvaVariable* variable, LumoStream* stream);
+
+  // The gates that carry a module record, with its dates, and "module" for those that are one;
+  // then the numbers of events without and with a definition and of records.
+  void PrintModules(const OrvaModel* model, LumoStream* stream);
+
+  // A new document, the caller's, with the whole model in the form in which it is read. A name or a
+  // text that can't be written without breaking the document is reported: `error` is set and the
+  // document null.
+  void UploadModel(int& error, const OrvaModel* model, LumoXMLDocument*& document);
+  // A new element for an expression, the caller's.
+  void UploadProbabilityDistribution(int& error, const OrvaProbabilityDistribution* distribution,
+                                     LumoXMLNode*& node);
 
  private:
+  class ModelWriter;
+
+  void _PrintOptionElement(const char* name, const LumoConstant* value, LumoStream* stream);
+  void _PrintImportanceFactorsHeader(LumoStream* stream);
+  void _PrintImportanceFactorsOfBasicEvent(const OrvaEvent* event, const OrvaHandle* handle,
+                                           LumoStream* stream);
+  void _PrintMomentsHeader(const char* heading, LumoStream* stream);
   void _UploadInputVariables(int& error, OrvaSystem* system, LumoXMLNode* root);
   void _UploadInputVariable(int& error, const OrvaVariable* variable, LumoXMLNode*& node);
   void _UploadRealValue(int& error, double x, LumoXMLNode*& node);
+  void _ReportUnwritableText(int& error, const char* text);
 
   OrvaInterpreter* _interpreter;
   OrvaOptionCenter* _optionCenter = nullptr;

@@ -1,11 +1,14 @@
-// Boolean systems, in three formats.
+// Boolean systems in three formats, their statistics and their variables, and module records.
 
 #include <memory>
 
 #include "model/OrvaEvent.h"
+#include "model/OrvaModel.h"
 #include "printer/OrvaPrinter.h"
+#include "printer/OrvaPrinterRows.h"
 #include "quantification/OrvaHandle.h"
 #include "support/text/LumoFileStream.h"
+#include "system/OrvaModuleRecord.h"
 #include "system/OrvaSystem.h"
 #include "xml/LumoXMLDocument.h"
 
@@ -32,11 +35,6 @@ void PutVariable(const OrvaVariable* variable, LumoStream* stream) {
 void PutLiteral(const OrvaLiteral& literal, LumoStream* stream) {
   if (!literal.GetSign()) stream->Put("-");
   PutVariable(literal.GetVariable(), stream);
-}
-
-void PutLabelled(const char* label, int value, LumoStream* stream) {
-  stream->Put(label);
-  stream->Putln(value);
 }
 
 void AddName(const OrvaVariable* variable, LumoXMLNode* node) {
@@ -116,9 +114,9 @@ void OrvaPrinter::PrintSystemAtExcelFormat(OrvaSystem* system, LumoStream* strea
   stream->Put("system\t");
   PutVariable(system->GetTopVariable(), stream);
   stream->Putln();
-  PutLabelled("gates\t", system->GetNumberOfEquations(), stream);
-  PutLabelled("basic-events\t", system->GetNumberOfAtomicVariables(), stream);
-  PutLabelled("modules\t", system->GetNumberOfModules(), stream);
+  OrvaPutRow(stream, "gates", system->GetNumberOfEquations());
+  OrvaPutRow(stream, "basic-events", system->GetNumberOfAtomicVariables());
+  OrvaPutRow(stream, "modules", system->GetNumberOfModules());
   for (const OrvaEquation& equation : system->GetEquations()) {
     PrintEquationAtExcelFormat(&equation, stream);
   }
@@ -188,4 +186,112 @@ void OrvaPrinter::UploadSystem(int& error, OrvaSystem* system, const char* path)
   }
   UploadSystem(error, system, file);
   std::fclose(file);
+}
+
+void OrvaPrinter::PrintSystemStatistics(const OrvaSystem* system, LumoStream* stream) {
+  OrvaPutRow(stream, "#gates", system->GetNumberOfEquations());
+  OrvaPutRow(stream, "#basic-events",
+             system->GetNumberOfVariables() - system->GetNumberOfEquations());
+}
+
+void OrvaPrinter::PrintDataOfVariables(OrvaSystem* system, LumoStream* stream,
+                                       VariablePrinter print, const char* heading,
+                                       const char* ending) {
+  LumoList variables;
+  system->CollectVariables(&variables);
+  PrintDataOfVariables(&variables, stream, print, heading, ending);
+}
+
+void OrvaPrinter::PrintDataOfVariables(const LumoContainer* variables, LumoStream* stream,
+                                       VariablePrinter print, const char* heading,
+                                       const char* ending) {
+  stream->Put(heading);
+  for (const OrvaVariable* variable : LumoItems<OrvaVariable>(*variables)) {
+    (this->*print)(variable, stream);
+  }
+  stream->Put(ending);
+  stream->Flush();
+}
+
+void OrvaPrinter::PrintDataOfEquations(OrvaSystem* system, LumoStream* stream,
+                                       EquationPrinter print, const char* heading,
+                                       const char* ending) {
+  LumoList equations;
+  for (OrvaEquation& equation : system->GetEquations()) equations.InsertItemLast(&equation);
+  PrintDataOfEquations(&equations, stream, print, heading, ending);
+}
+
+void OrvaPrinter::PrintDataOfEquations(const LumoContainer* equations, LumoStream* stream,
+                                       EquationPrinter print, const char* heading,
+                                       const char* ending) {
+  stream->Put(heading);
+  for (const OrvaEquation* equation : LumoItems<OrvaEquation>(*equations)) {
+    (this->*print)(equation, stream);
+  }
+  stream->Put(ending);
+  stream->Flush();
+}
+
+void OrvaPrinter::PrintValue(OrvaVariable::Value value, LumoStream* stream) {
+  static constexpr const char* VALUES[] = {"?", "!", "0", "1"};
+  stream->Put(VALUES[value]);
+}
+
+void OrvaPrinter::PrintValueOfVariable(const OrvaVariable* variable, LumoStream* stream) {
+  PutVariable(variable, stream);
+  stream->Put("\t");
+  stream->Putln(variable->GetCandidateValue() != OrvaVariable::POSSIBLY_FALSE ? 1 : 0);
+}
+
+void OrvaPrinter::PrintProbabilityOfVariable(const OrvaVariable* variable, LumoStream* stream) {
+  PutVariable(variable, stream);
+  stream->Put("\t");
+  OrvaPutRow(stream, variable->GetProbability(), variable->GetHighestCutsetProbability());
+}
+
+void OrvaPrinter::PrintRankOfVariable(const OrvaVariable* variable, LumoStream* stream) {
+  PutVariable(variable, stream);
+  stream->Put("\t");
+  stream->Putln(variable->GetRank());
+}
+
+void OrvaPrinter::PrintOccurrencesOfVariable(const OrvaVariable* variable, LumoStream* stream) {
+  PutVariable(variable, stream);
+  stream->Put("\t");
+  stream->Put(variable->GetNumberOfOccurrences());
+  for (const OrvaEquation* equation : variable->GetPositiveOccurrences()) {
+    stream->Put("\t");
+    PutVariable(equation->GetFanout(), stream);
+  }
+  for (const OrvaEquation* equation : variable->GetNegativeOccurrences()) {
+    stream->Put("\t-");
+    PutVariable(equation->GetFanout(), stream);
+  }
+  stream->Putln();
+}
+
+// The last number counts the gates that carry a record, whether or not they are modules: as it is
+// defined.
+void OrvaPrinter::PrintModules(const OrvaModel* model, LumoStream* stream) {
+  int numberOfBasicEvents = 0;
+  int numberOfGates = 0;
+  int numberOfRecords = 0;
+  for (const OrvaEvent* event : LumoItems<OrvaEvent>(model->GetEvents())) {
+    if (event->GetDefinition() == nullptr) {
+      ++numberOfBasicEvents;
+      continue;
+    }
+    ++numberOfGates;
+    const OrvaModuleRecord* record = OrvaModuleRecord::Find(event);
+    if (record == nullptr) continue;
+    ++numberOfRecords;
+    OrvaPrinterRow row(stream);
+    row.Put(event->GetName()).Put(record->GetFirstDate()).Put(record->GetSecondDate());
+    row.Put(record->GetLastDate()).Put(record->GetLowestDate()).Put(record->GetHighestDate());
+    if (record->IsModule()) row.Put("module");
+    row.End();
+  }
+  OrvaPutRow(stream, "basic-events", numberOfBasicEvents);
+  OrvaPutRow(stream, "gates", numberOfGates);
+  OrvaPutRow(stream, "modules", numberOfRecords);
 }

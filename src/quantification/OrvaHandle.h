@@ -3,9 +3,13 @@
 #include "support/containers/LumoList.h"
 #include "support/containers/LumoRange.h"
 
+class LumoCurve;
+class LumoCurvePoint;
+class LumoRandomizer;
 class OrvaEvent;
 class OrvaMCSSet;
 class OrvaParameter;
+class OrvaProbabilityDistribution;
 class OrvaSystem;
 
 // A named result: what was built from a top event, a Boolean system or a set of minimal cutsets.
@@ -65,6 +69,22 @@ class OrvaHandle {
   // In how many minimal cutsets the event is, as of the last computation of importance factors.
   int GetNumberOfOccurrencesOfBasicEvent(const OrvaEvent* event) const;
 
+  // Importance factors of a basic event, from the probability P of the top event, the event's own
+  // probability p and its marginal importance factor MIF, all as of the last computation of
+  // importance factors. Nothing is brought into [0, 1].
+  // P with the event true, P - p MIF + MIF, or false, P - p MIF.
+  double GetConditionalProbabilityOfBasicEvent(const OrvaEvent* event, bool value) const;
+  // p MIF / P; 0 when P is 0.
+  double GetCriticalImportanceFactorOfBasicEvent(const OrvaEvent* event) const;
+  // p P(event true) / P; 0 when P is 0.
+  double GetDiagnosisImportanceFactorOfBasicEvent(const OrvaEvent* event) const;
+  // The same formula as the diagnosis importance factor: this is the defined behaviour.
+  double GetFusselVeselyImportanceFactorOfBasicEvent(const OrvaEvent* event) const;
+  // P(event true) / P; 0 when P is 0.
+  double GetRiskAchievementWorthOfBasicEvent(const OrvaEvent* event) const;
+  // P / P(event false); 0 when the latter is 0.
+  double GetRiskReductionWorthOfBasicEvent(const OrvaEvent* event) const;
+
   // Computations at mission time t, on the handle's own lists or on a container of the caller's.
   // Values of parameters, in list order; without a time, at 0.
   void ComputeValuesOfParameters() { ComputeValuesOfParameters(0.0); }
@@ -99,9 +119,76 @@ class OrvaHandle {
   void ResetRandomDeviatesOfParameters();
   void ResetRandomDeviatesOfParameters(const LumoContainer* parameters);
 
+  // Curves. Points are added at the first and the last date, on the grid between them, at and
+  // around the tests of periodically tested basic events, and where the curve bends by more than
+  // the smoothing ratio (see SmoothCurve...). A date that is on the curve already is not computed
+  // again. The curve of the conditional failure intensity always starts at 0.
+  void ComputeCurveOfTopEventProbability(double firstDate, double lastDate, double step,
+                                         bool addSingularPoints, bool smoothCurve,
+                                         double smoothingRatio, LumoCurve* curve);
+  void ComputeCurveOfTopEventConditionalFailureIntensity(double lastDate, double step,
+                                                         bool addSingularPoints, bool smoothCurve,
+                                                         double smoothingRatio, LumoCurve* curve);
+  LumoCurvePoint* ComputePointOfTopEventProbability(double t, LumoCurve* curve);
+  LumoCurvePoint* ComputePointOfTopEventConditionalFailureIntensity(double t, LumoCurve* curve);
+  void ComputeSingularPointsOfTopEventProbability(double firstDate, double lastDate,
+                                                  LumoCurve* curve);
+  void ComputeSingularPointsOfTopEventConditionalFailureIntensity(double lastDate,
+                                                                  LumoCurve* curve);
+  // Adds the midpoint of each interval longer than 0.1 time units, unless the quantity is not
+  // positive there, and goes on inside both halves when the linear interpolation was off by more
+  // than the ratio of the computed value.
+  void SmoothCurveOfTopEventProbability(double smoothingRatio, LumoCurve* curve);
+  void SmoothCurveOfTopEventConditionalFailureIntensity(double smoothingRatio, LumoCurve* curve);
+
+  // Uncertainty. Draws all random deviates anew the given number of times, recomputes the
+  // top-event probability at the mission time after each draw, and adds it to the measure of the
+  // top event; on request, the values of the parameters and the probabilities of the basic events
+  // to theirs. The measures are reset first, the top event's with room for quantiles and bins
+  // (none for 0). The deviates of the last trial stay drawn.
+  void PerformSensitivityAnalysisOnTopEventProbability(double missionTime, int numberOfTries,
+                                                       LumoRandomizer* randomizer,
+                                                       int numberOfQuantiles, int numberOfBins,
+                                                       bool parameters, bool basicEvents);
+  // Draws the deviates of the handle's parameters, then of its basic events; of those given; of
+  // the parameters alone. A drawn parameter must have a definition.
+  void DrawRandomDeviatesOfBasicEvents(LumoRandomizer* randomizer);
+  void DrawRandomDeviatesOfBasicEvents(LumoRandomizer* randomizer,
+                                       const LumoContainer* basicEvents);
+  void DrawRandomDeviatesOfParameters(LumoRandomizer* randomizer);
+  void DrawRandomDeviatesOfParameters(LumoRandomizer* randomizer, const LumoContainer* parameters);
+  void ResetSensitivityMeasureOfTopEvent(int numberOfQuantiles, int numberOfBins);
+  void ResetSensitivityMeasuresOfBasicEvents();
+  void ResetSensitivityMeasuresOfBasicEvents(const LumoContainer* basicEvents);
+  void ResetSensitivityMeasuresOfParameters();
+  void ResetSensitivityMeasuresOfParameters(const LumoContainer* parameters);
+  // Add what was computed last to the measures, which must have been reset before.
+  void AddCurrentTopEventProbabilityToItsSensitivityMeasure();
+  void AddCurrentProbabilitiesOfBasicEventsToTheirSensitivityMeasures();
+  void AddCurrentProbabilitiesOfBasicEventsToTheirSensitivityMeasures(
+      const LumoContainer* basicEvents);
+  void AddCurrentValuesOfParametersToTheirSensitivityMeasures();
+  void AddCurrentValuesOfParametersToTheirSensitivityMeasures(const LumoContainer* parameters);
+
  private:
+  // The quantity of a curve, computed at a date.
+  using Quantity = double (OrvaHandle::*)(double t);
+  // The tests of a "periodic-test" expression: see OrvaHandleCurves.cpp.
+  struct Tests;
+
   OrvaHandle(OrvaEvent* topEvent, const char* name, Type type, OrvaSystem* system, OrvaMCSSet* set);
   void _ComputeImportanceFactorsOfBasicEvents();
+  double _ComputeProbabilityAt(double t);
+  double _ComputeConditionalFailureIntensityAt(double t);
+  LumoCurvePoint* _ComputePoint(Quantity quantity, double t, LumoCurve* curve);
+  void _ComputeGrid(Quantity quantity, double firstDate, double lastDate, double step,
+                    LumoCurve* curve);
+  void _ComputeSingularPoints(Quantity quantity, double firstDate, double lastDate,
+                              LumoCurve* curve);
+  void _ComputeSingularPoints(Quantity quantity, const Tests& tests, double firstDate,
+                              double lastDate, LumoCurve* curve);
+  void _SmoothCurve(Quantity quantity, double smoothingRatio, LumoCurve* curve);
+
   void _LoadProbabilitiesOfBasicEvents() { _LoadProbabilitiesOfBasicEvents(&_basicEvents); }
   void _LoadProbabilitiesOfBasicEvents(const LumoContainer* basicEvents);
 

@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+class LumoList;
+
 // Plain null-terminated character strings. Strings made here are counted by the memory accounting
 // under "LumoRawString" and are released with Delete, never with `delete`.
 class LumoRawString {
@@ -67,4 +69,17 @@ class LumoRawString {
   static char* ToString(int value);
   static char* ToString(double value);
   static char* ToString(bool value);
+
+  // Patterns are regular expressions (see LumoRegex). These are defined with them, in src/regex.
+  // Whether the pattern matches somewhere in the text; false for a null text or a bad pattern.
+  static bool MatchPattern(const char* text, const char* pattern);
+  // A new string: the first match; null when there is none.
+  static char* ExtractPattern(const char* text, const char* pattern);
+  // Appends new strings to the list: the parts of the text between the matches. False, with
+  // nothing appended, for a null text or a bad pattern.
+  static bool SplitWithPattern(const char* text, const char* pattern, LumoList* parts);
+  // A new string: the text with its first match, or all its matches, replaced; null for a null
+  // text or a bad pattern. Matches do not overlap.
+  static char* SubstitutePattern(const char* text, const char* pattern, const char* replacement);
+  static char* SubstitutePatterns(const char* text, const char* pattern, const char* replacement);
 };

@@ -1,0 +1,145 @@
+// Curves over dates, their averages, and safety integrity levels.
+
+#include <cmath>
+
+#include "printer/OrvaPrinter.h"
+#include "printer/OrvaPrinterRows.h"
+#include "support/statistics/LumoCurve.h"
+
+namespace {
+
+// Where a table stands on its way along a curve: the dates, the value, and the trapezoid sum so
+// far.
+struct Position {
+  double firstDate;
+  double date;
+  double value;
+  double integral;
+};
+
+struct Column {
+  bool OrvaPrinter::*isOn;
+  const char* heading;
+  double (*compute)(const Position& position);
+};
+
+constexpr Column UNAVAILABILITY_COLUMNS[] = {
+    {&OrvaPrinter::printUnavailability, "Pr/PFD", [](const Position& p) { return p.value; }},
+    // The average since the first date; at the first date itself, the value.
+    {&OrvaPrinter::printAverageUnavailability, "PFDavg",
+     [](const Position& p) {
+       return p.date == p.firstDate ? p.value : p.integral / (p.date - p.firstDate);
+     }},
+};
+
+// Averages since date 0: the integral is divided by the date itself.
+constexpr Column FAILURE_INTENSITY_COLUMNS[] = {
+    {&OrvaPrinter::printConditionalFailureIntensity, "CFI",
+     [](const Position& p) { return p.value; }},
+    {&OrvaPrinter::printAverageConditionalFailureIntensity, "CFIavg",
+     [](const Position& p) { return p.integral / p.date; }},
+    {&OrvaPrinter::printUnreliability, "F",
+     [](const Position& p) { return 1.0 - std::exp(-p.integral); }},
+    {&OrvaPrinter::printProbabilityOfFailurePerHour, "PFH",
+     [](const Position& p) { return (1.0 - std::exp(-p.integral)) / p.date; }},
+};
+
+template <std::size_t N>
+void PrintHeader(const OrvaPrinter* printer, const Column (&columns)[N], LumoStream* stream) {
+  OrvaPrinterRow row(stream);
+  row.Put("date");
+  for (const Column& column : columns) {
+    if (printer->*column.isOn) row.Put(column.heading);
+  }
+  row.End();
+}
+
+// One row per point; `putFirst` writes the fields of the first. A point at the date of the one
+// before it has no row and adds nothing.
+template <std::size_t N, class PutFirst>
+void PrintCurve(const OrvaPrinter* printer, const Column (&columns)[N], const LumoCurve* curve,
+                LumoStream* stream, PutFirst putFirst) {
+  if (curve->GetNumberOfPoints() < 2) return;
+  PrintHeader(printer, columns, stream);
+  Position position = {};
+  bool isFirst = true;
+  for (const LumoCurvePoint* point : LumoItems<LumoCurvePoint>(*curve->GetPoints())) {
+    const double x = point->GetX();
+    const double y = point->GetY();
+    if (isFirst) {
+      position = {x, x, y, 0.0};
+    } else if (x == position.date) {
+      continue;
+    } else {
+      position.integral += (position.value + y) * 0.5 * (x - position.date);
+      position.date = x;
+      position.value = y;
+    }
+    OrvaPrinterRow row(stream);
+    row.Put(x);
+    for (const Column& column : columns) {
+      if (!(printer->*column.isOn)) continue;
+      if (isFirst) {
+        putFirst(row, column, position);
+      } else {
+        row.Put(column.compute(position));
+      }
+    }
+    row.End();
+    isFirst = false;
+  }
+}
+
+// The bounds of a safety integrity level, by IEC 61508: the average probability of failure on
+// demand in low demand mode, the probability of failure per hour otherwise. Each level is ten
+// times below the one before; the outer two are open.
+constexpr int NUMBER_OF_LEVELS = 5;
+constexpr double LOW_DEMAND_BOUND = 0.1;
+constexpr double HIGH_DEMAND_BOUND = 1e-5;
+constexpr double HIGHEST_BOUND = 1.0;
+constexpr double LOWEST_BOUND = 0.0;
+
+struct Level {
+  double lower;
+  double upper;
+  double sojourn;
+};
+
+}  // namespace
+
+void OrvaPrinter::PrintUnavailability(const LumoCurve* curve, LumoStream* stream) {
+  PrintCurve(this, UNAVAILABILITY_COLUMNS, curve, stream,
+             [](OrvaPrinterRow& row, const Column& column, const Position& position) {
+               row.Put(column.compute(position));
+             });
+}
+
+void OrvaPrinter::PrintFailureIntensity(const LumoCurve* curve, LumoStream* stream) {
+  PrintCurve(this, FAILURE_INTENSITY_COLUMNS, curve, stream,
+             [](OrvaPrinterRow& row, const Column&, const Position&) { row.Put("0.0"); });
+}
+
+void OrvaPrinter::PrintSafetyIntegrityLevel(bool lowDemand, const LumoCurve* curve,
+                                            LumoStream* stream) {
+  Level levels[NUMBER_OF_LEVELS];
+  double bound = lowDemand ? LOW_DEMAND_BOUND : HIGH_DEMAND_BOUND;
+  for (Level& level : levels) {
+    level.upper = bound;
+    bound *= 0.1;
+    level.lower = bound;
+  }
+  levels[0].upper = HIGHEST_BOUND;
+  levels[NUMBER_OF_LEVELS - 1].lower = LOWEST_BOUND;
+  double total = 0.0;
+  for (Level& level : levels) {
+    level.sojourn = curve->GetXSojournBetweenYValues(level.lower, level.upper);
+    total += level.sojourn;
+  }
+  OrvaPutRow(stream, "SIL", "lower-bound", "upper-bound", "sojourn-time", "ratio");
+  int number = 0;
+  for (const Level& level : levels) {
+    OrvaPutRow(stream, number++, level.lower, level.upper, level.sojourn, level.sojourn / total);
+  }
+  OrvaPutRow(stream, "average",
+             curve->GetIntegral() / (curve->GetLastX(-1.0) - curve->GetFirstX(-1.0)));
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "support/text/LumoStream.h"
+
+// The fields of one row of a table, with a tab between them and a line end behind them: what the
+// source files of OrvaPrinter share.
+class OrvaPrinterRow {
+ public:
+  explicit OrvaPrinterRow(LumoStream* stream) : _stream(stream) {}
+  template <class Value>
+  OrvaPrinterRow& Put(Value value) {
+    if (!_isEmpty) _stream->Put("\t");
+    _isEmpty = false;
+    _stream->Put(value);
+    return *this;
+  }
+  void End() { _stream->Putln(); }
+
+ private:
+  LumoStream* _stream;
+  bool _isEmpty = true;
+};
+
+// A whole row.
+template <class... Values>
+void OrvaPutRow(LumoStream* stream, Values... values) {
+  OrvaPrinterRow row(stream);
+  (row.Put(values), ...);
+  row.End();
+}

@@ -1,0 +1,95 @@
+// Uncertainty and sensitivity by sampling.
+
+#include "model/OrvaEvent.h"
+#include "model/OrvaParameter.h"
+#include "model/OrvaProbabilityDistribution.h"
+#include "quantification/OrvaHandle.h"
+#include "support/statistics/LumoMeasure.h"
+
+void OrvaHandle::PerformSensitivityAnalysisOnTopEventProbability(
+    double missionTime, int numberOfTries, LumoRandomizer* randomizer, int numberOfQuantiles,
+    int numberOfBins, bool parameters, bool basicEvents) {
+  if (parameters) ResetSensitivityMeasuresOfParameters();
+  if (basicEvents) ResetSensitivityMeasuresOfBasicEvents();
+  ResetSensitivityMeasureOfTopEvent(numberOfQuantiles, numberOfBins);
+  for (int i = 1; i <= numberOfTries; ++i) {
+    DrawRandomDeviatesOfBasicEvents(randomizer);
+    ComputeTopEventProbability(missionTime);
+    if (parameters) AddCurrentValuesOfParametersToTheirSensitivityMeasures();
+    if (basicEvents) AddCurrentProbabilitiesOfBasicEventsToTheirSensitivityMeasures();
+    AddCurrentTopEventProbabilityToItsSensitivityMeasure();
+  }
+}
+
+void OrvaHandle::DrawRandomDeviatesOfBasicEvents(LumoRandomizer* randomizer) {
+  DrawRandomDeviatesOfParameters(randomizer);
+  DrawRandomDeviatesOfBasicEvents(randomizer, &_basicEvents);
+}
+
+void OrvaHandle::DrawRandomDeviatesOfBasicEvents(LumoRandomizer* randomizer,
+                                                 const LumoContainer* basicEvents) {
+  for (const OrvaEvent* event : LumoItems<OrvaEvent>(*basicEvents)) {
+    if (auto* distribution = event->GetProbabilityDistribution()) {
+      distribution->DrawRandomDeviates(randomizer);
+    }
+  }
+}
+
+void OrvaHandle::DrawRandomDeviatesOfParameters(LumoRandomizer* randomizer) {
+  DrawRandomDeviatesOfParameters(randomizer, &_parameters);
+}
+
+void OrvaHandle::DrawRandomDeviatesOfParameters(LumoRandomizer* randomizer,
+                                                const LumoContainer* parameters) {
+  for (const OrvaParameter* parameter : LumoItems<OrvaParameter>(*parameters)) {
+    parameter->GetDefinition()->DrawRandomDeviates(randomizer);
+  }
+}
+
+void OrvaHandle::ResetSensitivityMeasureOfTopEvent(int numberOfQuantiles, int numberOfBins) {
+  _topEvent->ResetMeasure(numberOfQuantiles, numberOfBins);
+}
+
+void OrvaHandle::ResetSensitivityMeasuresOfBasicEvents() {
+  ResetSensitivityMeasuresOfBasicEvents(&_basicEvents);
+}
+
+void OrvaHandle::ResetSensitivityMeasuresOfBasicEvents(const LumoContainer* basicEvents) {
+  for (OrvaEvent* event : LumoItems<OrvaEvent>(*basicEvents)) event->ResetMeasure(0, 0);
+}
+
+void OrvaHandle::ResetSensitivityMeasuresOfParameters() {
+  ResetSensitivityMeasuresOfParameters(&_parameters);
+}
+
+void OrvaHandle::ResetSensitivityMeasuresOfParameters(const LumoContainer* parameters) {
+  for (OrvaParameter* parameter : LumoItems<OrvaParameter>(*parameters)) {
+    parameter->ResetMeasure(0, 0);
+  }
+}
+
+void OrvaHandle::AddCurrentTopEventProbabilityToItsSensitivityMeasure() {
+  _topEvent->GetMeasure()->AddValue(GetTopEventProbability());
+}
+
+void OrvaHandle::AddCurrentProbabilitiesOfBasicEventsToTheirSensitivityMeasures() {
+  AddCurrentProbabilitiesOfBasicEventsToTheirSensitivityMeasures(&_basicEvents);
+}
+
+void OrvaHandle::AddCurrentProbabilitiesOfBasicEventsToTheirSensitivityMeasures(
+    const LumoContainer* basicEvents) {
+  for (const OrvaEvent* event : LumoItems<OrvaEvent>(*basicEvents)) {
+    event->GetMeasure()->AddValue(event->GetProbability());
+  }
+}
+
+void OrvaHandle::AddCurrentValuesOfParametersToTheirSensitivityMeasures() {
+  AddCurrentValuesOfParametersToTheirSensitivityMeasures(&_parameters);
+}
+
+void OrvaHandle::AddCurrentValuesOfParametersToTheirSensitivityMeasures(
+    const LumoContainer* parameters) {
+  for (OrvaParameter* parameter : LumoItems<OrvaParameter>(*parameters)) {
+    parameter->GetMeasure()->AddValue(parameter->GetValue()->ToDouble());
+  }
+}
