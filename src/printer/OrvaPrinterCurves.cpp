@@ -90,9 +90,9 @@ void PrintCurve(const OrvaPrinter* printer, const Column (&columns)[N], const Lu
   }
 }
 
-// The bounds of a safety integrity level, by IEC 61508: the average probability of failure on
-// demand in low demand mode, the probability of failure per hour otherwise. Each level is ten
-// times below the one before; the outer two are open.
+// The bounds of the levels: the probability of failure on demand in low demand mode, the failure
+// intensity otherwise. Each level is ten times below the one before; the outer two are open. By
+// this numbering, which is the defined one, level n covers what IEC 61508 calls SIL n + 1.
 constexpr int NUMBER_OF_LEVELS = 5;
 constexpr double LOW_DEMAND_BOUND = 0.1;
 constexpr double HIGH_DEMAND_BOUND = 1e-5;
