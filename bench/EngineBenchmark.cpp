@@ -10,6 +10,8 @@
 #include "model/OrvaChecker.h"
 #include "model/OrvaModel.h"
 #include "model/OrvaParser.h"
+#include "quantification/OrvaHandle.h"
+#include "support/random/LumoCongruentialRandomizer.h"
 #include "system/OrvaRewriter.h"
 #include "system/OrvaSystemBuilder.h"
 #include "xml/LumoXMLDocument.h"
@@ -41,6 +43,15 @@ class Study {
     system = interpreter.GetSystemBuilder()
                  ->BuildSystem(interpreter.GetModel(), top, SYSTEM, true)
                  ->GetSystem();
+  }
+  void LoadProbabilities() {
+    interpreter.GetModel()->ComputeProbabilitiesOfBasicEvents(0.0);
+    interpreter.GetSystemBuilder()->LoadProbabilities(interpreter.GetModel(), system, 0.0);
+  }
+  void Search(OrvaMCSSet* set) {
+    OrvaCutoff cutoff;
+    cutoff.SetMaximumOrder(4);
+    interpreter.GetWalker()->BuildMinimalCutsetTree(system, &cutoff, set);
   }
 
   OrvaInterpreter interpreter;
@@ -115,20 +126,53 @@ void BM_Search(benchmark::State& state) {
         study.Read();
         study.Normalise();
         study.Build();
-        study.interpreter.GetModel()->ComputeProbabilitiesOfBasicEvents(0.0);
-        study.interpreter.GetSystemBuilder()->LoadProbabilities(study.interpreter.GetModel(),
-                                                                study.system, 0.0);
+        study.LoadProbabilities();
       },
       [](Study& study) {
         OrvaMCSManager* manager = study.interpreter.GetMCSManager();
         OrvaMCSSet set(manager, manager->NewUndevelopedLeaf());
-        OrvaCutoff cutoff;
-        cutoff.SetMaximumOrder(3);
-        study.interpreter.GetWalker()->BuildMinimalCutsetTree(study.system, &cutoff, &set);
+        study.Search(&set);
         int number;
         set.ComputeNumberOfMinimalCutsets(number);
         benchmark::DoNotOptimize(number);
       });
+}
+
+// One trial of a sensitivity analysis, and one point of a curve. The items are the nodes of the
+// cutset tree and the basic events.
+template <class Trial>
+void TimeTrials(benchmark::State& state, Trial trial) {
+  Study study(GetModelText(state));
+  study.Read();
+  study.Normalise();
+  study.Build();
+  study.LoadProbabilities();
+  OrvaMCSManager* manager = study.interpreter.GetMCSManager();
+  auto* set = new OrvaMCSSet(manager, manager->NewUndevelopedLeaf());
+  study.Search(set);
+  OrvaHandle* handle = study.top->NewHandle("MCS", set);
+  LumoCongruentialRandomizer randomizer(1);
+  handle->ResetSensitivityMeasureOfTopEvent(0, 0);
+  for (auto _ : state) trial(handle, &randomizer);
+  int nodes;
+  set->ComputeSizeOfTree(nodes);
+  state.SetItemsProcessed(state.iterations() *
+                          (nodes + handle->GetBasicEvents()->GetNumberOfItems()));
+}
+
+void BM_Trial(benchmark::State& state) {
+  TimeTrials(state, [](OrvaHandle* handle, LumoRandomizer* randomizer) {
+    handle->DrawRandomDeviatesOfBasicEvents(randomizer);
+    handle->ComputeTopEventProbability(0.0);
+    handle->AddCurrentTopEventProbabilityToItsSensitivityMeasure();
+  });
+}
+
+void BM_Point(benchmark::State& state) {
+  TimeTrials(state, [](OrvaHandle* handle, LumoRandomizer*) {
+    handle->ComputeTopEventUnconditionalFailureIntensity(0.0);
+    benchmark::DoNotOptimize(handle->GetTopEventConditionalFailureIntensity());
+  });
 }
 
 void Sizes(benchmark::internal::Benchmark* benchmark) {
@@ -140,6 +184,8 @@ BENCHMARK(BM_Normalise)->Apply(Sizes)->Complexity();
 BENCHMARK(BM_Check)->Apply(Sizes)->Complexity();
 BENCHMARK(BM_Build)->Apply(Sizes)->Complexity();
 BENCHMARK(BM_Search)->Arg(250)->Arg(1000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Trial)->Arg(250)->Arg(1000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_Point)->Arg(250)->Arg(1000)->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 
