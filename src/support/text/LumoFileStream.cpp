@@ -1,5 +1,7 @@
 #include "support/text/LumoFileStream.h"
 
+#include <cmath>
+
 #include "support/memory/LumoMemoryManager.h"
 #include "support/text/LumoString.h"
 
@@ -90,7 +92,8 @@ void LumoFileStream::Put(double value) {
 
 void LumoFileStream::Put(const char* format, double value) {
   char text[NUMBER_LENGTH];
-  std::snprintf(text, sizeof text, format, value);
+  // The sign of a value that isn't a number says nothing, and differs from one machine to another.
+  std::snprintf(text, sizeof text, format, std::isnan(value) ? std::fabs(value) : value);
   Put(text);
 }
 
