@@ -1,7 +1,6 @@
 #include "mcs/OrvaCutset.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "support/memory/LumoMemoryManager.h"
 #include "system/OrvaSystem.h"
@@ -37,6 +36,7 @@ void OrvaCutset::_BringValuationToCurrentCutset() {
       _previous[i]->SetFlag(0);
     } else {
       _previous[i]->FalsifyInCutset();
+      _NoteChange(_previous[i]);
     }
   }
   for (int i = 1; i <= _order; ++i) {
@@ -44,10 +44,16 @@ void OrvaCutset::_BringValuationToCurrentCutset() {
     if (variable->GetFlag() == 1) {
       variable->SetFlag(0);
       variable->SatisfyInCutset();
+      _NoteChange(variable);
     }
     _previous[i] = variable;
   }
   _previousOrder = _order;
+}
+
+void OrvaCutset::_NoteChange(const OrvaVariable* variable) {
+  const int word = variable->GetWalkWord();
+  if (word != 0 && word < _lowestChangedWalkWord) _lowestChangedWalkWord = word;
 }
 
 bool OrvaCutset::CheckMinimality() {
@@ -65,6 +71,7 @@ bool OrvaCutset::CheckMinimality() {
 void OrvaCutset::InitializeWalk(OrvaSystem* system, const OrvaCutoff* cutoff) {
   _order = 0;
   _previousOrder = 0;
+  _lowestChangedWalkWord = INT_MAX;
   _system = system;
   _topVariable = system->GetTopVariable();
   _cutoff = cutoff;

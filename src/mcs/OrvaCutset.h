@@ -1,5 +1,8 @@
 #pragma once
 
+#include <climits>
+#include <utility>
+
 #include "mcs/OrvaCutoff.h"
 #include "system/OrvaVariable.h"
 
@@ -42,6 +45,9 @@ class OrvaCutset {
   // Whether no variable can be left out without making the top variable false. Brings the cutset
   // values of all variables to the current cutset, from the one tested before.
   bool CheckMinimality();
+  // The lowest walk word, other than 0, of the variables whose cutset value has changed since the
+  // last call; INT_MAX for none.
+  int TakeLowestChangedWalkWord() { return std::exchange(_lowestChangedWalkWord, INT_MAX); }
 
   void InitializeWalk(OrvaSystem* system, const OrvaCutoff* cutoff);
   // Makes the cutset values of all variables those of the empty cutset.
@@ -56,12 +62,14 @@ class OrvaCutset {
   };
 
   void _BringValuationToCurrentCutset();
+  void _NoteChange(const OrvaVariable* variable);
 
   int _capacity;
   Entry* _entries;  // owned
   int _order = 0;
   OrvaVariable** _previous;  // the cutset tested before, from 1; owned
   int _previousOrder = 0;
+  int _lowestChangedWalkWord = INT_MAX;
   OrvaSystem* _system = nullptr;
   OrvaVariable* _topVariable = nullptr;
   const OrvaCutoff* _cutoff = nullptr;

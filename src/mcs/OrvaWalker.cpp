@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <span>
 
 #include "model/OrvaEvent.h"
 #include "support/memory/LumoMemoryManager.h"
@@ -12,6 +13,7 @@ namespace {
 
 constexpr int STACK_CAPACITY = 4096;
 constexpr int SMALL_STACK_CAPACITY = 1024;
+constexpr int LONG_SCAN = 32;
 
 constexpr const char* BRANCH_STATUS_STRINGS[] = {"FALSIFIED", "SATISFIED", "PRUNED", "COMPLETED",
                                                  "PARTIAL"};
@@ -63,6 +65,7 @@ void OrvaWalker::_InitializeWalk(OrvaSystem* system, const OrvaCutoff* cutoff, O
   _cutset.InitializeWalk(system, cutoff);
   _observer.Reset();
   _ResetVariableValues();
+  _path.Start(_root);
 }
 
 // Gives the events of the input variables their indices in the store. An event keeps its index
@@ -111,6 +114,8 @@ void OrvaWalker::_TerminateWalk() {
   _unitStack.TerminateWalk();
   _resolvant.TerminateWalk();
   _stack.TerminateWalk();
+  _path.Clear();
+  _scans.clear();
   _system = nullptr;
   _cutoff = nullptr;
   _root = nullptr;
@@ -135,7 +140,7 @@ void OrvaWalker::_CloseBranch() {
     case SATISFIED:
       if (!_cutset.CheckMinimality()) {
         ++_observer.nonMinimalCutsets;
-      } else if (_StoreMinimalCutset(_root)) {
+      } else if (_StoreMinimalCutset()) {
         ++_observer.minimalCutsets;
       } else {
         ++_observer.knownMinimalCutsets;
@@ -205,18 +210,17 @@ void OrvaWalker::_Choose(OrvaVariable* variable, Value value) {
 
 // Looks, from the last required gate to the first, for one whose formula does not have its value
 // yet, and picks the first literal that stands in its way. False when every gate is justified.
-bool OrvaWalker::_SelectVariable(OrvaVariable*& variable, Value& value) const {
+bool OrvaWalker::_SelectVariable(OrvaVariable*& variable, Value& value) {
   for (int i = _resolvant.GetOrder() - 1; i >= 0; --i) {
-    const OrvaVariable* gate = _resolvant.GetVariable(i);
-    const OrvaEquation* equation = gate->GetDefinition();
-    const Value right = equation->GetRightMemberCandidateValue();
+    OrvaVariable* gate = _resolvant.GetVariable(i);
+    const Value right = gate->GetDefinition()->GetRightMemberCandidateValue();
     if (gate->GetCandidateValue() == OrvaVariable::NECESSARILY_TRUE) {
       if (right == OrvaVariable::POSSIBLY_FALSE) {
-        return _SelectFanin(equation, OrvaVariable::POSSIBLY_FALSE, OrvaVariable::NECESSARILY_TRUE,
+        return _SelectFanin(gate, OrvaVariable::POSSIBLY_FALSE, OrvaVariable::NECESSARILY_TRUE,
                             variable, value);
       }
     } else if (right == OrvaVariable::POSSIBLY_TRUE) {
-      return _SelectFanin(equation, OrvaVariable::POSSIBLY_TRUE, OrvaVariable::NECESSARILY_FALSE,
+      return _SelectFanin(gate, OrvaVariable::POSSIBLY_TRUE, OrvaVariable::NECESSARILY_FALSE,
                           variable, value);
     }
   }
@@ -224,16 +228,34 @@ bool OrvaWalker::_SelectVariable(OrvaVariable*& variable, Value& value) const {
 }
 
 // The first literal of the given value, and the value that turns it over: the given one for a
-// positive literal, the opposite for a negative one.
-bool OrvaWalker::_SelectFanin(const OrvaEquation* equation, Value literalValue,
-                              Value valueOfPositive, OrvaVariable*& variable, Value& value) const {
-  for (const OrvaLiteral& literal : equation->GetFanins()) {
-    if (literal.GetCandidateValue() != literalValue) continue;
-    variable = literal.GetVariable();
-    value = literal.GetSign() ? valueOfPositive : OrvaVariable::GetOpposite(valueOfPositive);
-    return true;
+// positive literal, the opposite for a negative one. The walk word of the gate says how many
+// literals need not be looked at again.
+bool OrvaWalker::_SelectFanin(OrvaVariable* gate, Value literalValue, Value valueOfPositive,
+                              OrvaVariable*& variable, Value& value) {
+  const std::span<const OrvaLiteral> fanins = gate->GetDefinition()->GetFanins();
+  const auto start = fanins.begin() + gate->GetWalkWord();
+  const auto found = std::find_if(start, fanins.end(), [&](const OrvaLiteral& literal) {
+    return literal.GetCandidateValue() == literalValue;
+  });
+  if (found == fanins.end()) return false;
+  variable = found->GetVariable();
+  value = found->GetSign() ? valueOfPositive : OrvaVariable::GetOpposite(valueOfPositive);
+  if (found - start >= LONG_SCAN) _NoteScan(gate, static_cast<int>(found - fanins.begin()));
+  return true;
+}
+
+// The literals that a scan has passed over are fixed, or never have the value that it looks for.
+// While what is on the stack now stays there, so do they, and the next scan can start behind them.
+void OrvaWalker::_NoteScan(OrvaVariable* gate, int position) {
+  _scans.push_back({_stack.GetOrder(), gate, gate->GetWalkWord()});
+  gate->SetWalkWord(position);
+}
+
+void OrvaWalker::_UndoScans() {
+  while (!_scans.empty() && _scans.back().stackOrder > _stack.GetOrder()) {
+    _scans.back().gate->SetWalkWord(_scans.back().position);
+    _scans.pop_back();
   }
-  return false;
 }
 
 // Undoes the branch up to the last choice that has another side, and takes that side. No cutoff
@@ -251,12 +273,14 @@ void OrvaWalker::_Backtrack() {
     const bool isInCutset = IsInput(variable) && current == OrvaVariable::NECESSARILY_TRUE;
     if (isInCutset) _cutset.Pop();
     if (branching == OrvaStack::FIRST_CHOICE) {
+      _UndoScans();
       _stack.Push(variable, old, resolvantOrder, OrvaStack::SECOND_CHOICE);
       if (IsInput(variable) && !isInCutset) _cutset.Push(variable);
       return _SetCandidateValueOfVariable(variable, OrvaVariable::GetOpposite(current));
     }
     _ResetCandidateValueOfVariable(variable, old);
   }
+  _UndoScans();
   _status = COMPLETED;
 }
 
@@ -381,30 +405,28 @@ void OrvaWalker::_PushFaninsOntoUnitStack(const OrvaEquation* equation) {
 // Storing.
 
 // Follows the current cutset down the tree. At an undeveloped leaf the rest of it is laid down;
-// any other leaf means that the cutset is there already. Flags mark what was met on the way.
-bool OrvaWalker::_StoreMinimalCutset(OrvaMCSNode* node) {
+// any other leaf means that the cutset is there already.
+bool OrvaWalker::_StoreMinimalCutset() {
+  OrvaMCSNode* node = _path.GoBackTo(_cutset.TakeLowestChangedWalkWord());
   while (node->IsInternal()) {
     OrvaVariable* variable = _manager->GetVariable(node->GetIndex());
-    if (variable != nullptr && variable->GetCutsetValue()) {
-      variable->SetFlag(1);
-      node = node->GetThenSon();
-    } else {
-      node = node->GetElseSon();
-    }
+    _path.Push(node, variable);
+    const bool isInCutset = variable != nullptr && variable->GetCutsetValue();
+    node = isInCutset ? node->GetThenSon() : node->GetElseSon();
   }
+  _path.SetEnd(node);
   const bool isNew = node->IsUndeveloped();
   if (isNew) _StoreMinimalCutset(1, node);
-  for (int i = 1; i <= _cutset.GetOrder(); ++i) _cutset.GetVariable(i)->SetFlag(0);
   return isNew;
 }
 
 // Lays the events of the cutset from a position on down a then-chain, in the order in which they
-// entered the cutset, skipping those met above the leaf; then folds the chain from below.
+// entered the cutset, skipping those tested above the leaf; then folds the chain from below.
 void OrvaWalker::_StoreMinimalCutset(int position, OrvaMCSNode* leaf) {
   OrvaMCSNode* const parentOfChain = leaf->GetParent();
   for (int i = position; i <= _cutset.GetOrder(); ++i) {
     const OrvaVariable* variable = _cutset.GetVariable(i);
-    if (!variable->GetCutsetValue() || variable->GetFlag() == 1) continue;
+    if (!variable->GetCutsetValue() || variable->GetWalkWord() != 0) continue;
     OrvaMCSNode* thenLeaf;
     OrvaMCSNode* elseLeaf;
     _manager->ExpandLeaf(leaf, variable->GetMCSIndex(), thenLeaf, elseLeaf);

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "mcs/OrvaCutset.h"
+#include "mcs/OrvaMCSPath.h"
 #include "mcs/OrvaMCSSet.h"
 #include "mcs/OrvaResolvant.h"
 #include "mcs/OrvaStack.h"
@@ -77,10 +78,12 @@ class OrvaWalker {
   void _CompleteBranch();
   void _UnitPropagate();
   void _Choose(OrvaVariable* variable, OrvaVariable::Value value);
-  bool _SelectVariable(OrvaVariable*& variable, OrvaVariable::Value& value) const;
-  bool _SelectFanin(const OrvaEquation* equation, OrvaVariable::Value literalValue,
+  bool _SelectVariable(OrvaVariable*& variable, OrvaVariable::Value& value);
+  bool _SelectFanin(OrvaVariable* gate, OrvaVariable::Value literalValue,
                     OrvaVariable::Value valueOfPositive, OrvaVariable*& variable,
-                    OrvaVariable::Value& value) const;
+                    OrvaVariable::Value& value);
+  void _NoteScan(OrvaVariable* gate, int position);
+  void _UndoScans();
   void _Backtrack();
 
   void _SetCandidateValueOfVariable(OrvaVariable* variable, OrvaVariable::Value value);
@@ -90,7 +93,7 @@ class OrvaWalker {
   void _PushFaninsOntoUnitStack(const OrvaEquation* equation);
   void _PushOntoUnitStack(OrvaVariable* variable, OrvaVariable::Value value);
 
-  bool _StoreMinimalCutset(OrvaMCSNode* node);
+  bool _StoreMinimalCutset();
   void _StoreMinimalCutset(int position, OrvaMCSNode* leaf);
 
   OrvaMCSNode* _ExpandMinimalCutset(OrvaMCSNode* root, int order, double probability);
@@ -112,6 +115,14 @@ class OrvaWalker {
   const OrvaCutoff* _cutoff = nullptr;
   OrvaMCSNode* _root = nullptr;
   OrvaVariable* _topVariable = nullptr;
+  OrvaMCSPath _path;
+  // Scans of long formulas to be undone: where the stack stood, and where the scan had started.
+  struct Scan {
+    int stackOrder;
+    OrvaVariable* gate;
+    int position;
+  };
+  std::vector<Scan> _scans;
   // Nodes fold when nothing of these kinds lies below them: all but cutoff leaves.
   unsigned _foldMask = 47;
   BranchStatus _status = PARTIAL;

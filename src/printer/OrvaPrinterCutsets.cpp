@@ -1,8 +1,11 @@
 // Minimal cutsets and the search for them.
 
+#include <algorithm>
 #include <memory>
+#include <vector>
 
 #include "mcs/OrvaMCSSet.h"
+#include "mcs/OrvaMCSTreeWalk.h"
 #include "mcs/OrvaWalkObserver.h"
 #include "model/OrvaEvent.h"
 #include "printer/OrvaPrinter.h"
@@ -11,18 +14,42 @@
 
 namespace {
 
+struct Cutset {
+  double probability;
+  std::size_t firstEvent;
+  int order;
+};
+
 // The highest probability first.
-int CompareDecreasingWeights(const void* a, const void* b) {
-  return OrvaMCSNode::CompareWeights(b, a);
+int CompareDecreasingProbabilities(const void* a, const void* b) {
+  const double x = static_cast<const Cutset*>(a)->probability;
+  const double y = static_cast<const Cutset*>(b)->probability;
+  return static_cast<int>(x < y) - static_cast<int>(x > y);
 }
 
-// The events whose then-branches lead from the root to a leaf, in alphabetical order.
-void CollectEventsOfCutset(const OrvaMCSManager* manager, const OrvaMCSNode* leaf,
-                           LumoAVLTree* events) {
-  for (const OrvaMCSNode* node = leaf; node->GetParent() != nullptr; node = node->GetParent()) {
-    if (node->IsThenSon()) events->InsertItem(manager->GetEvent(node->GetParent()->GetIndex()));
+// Collects the minimal cutsets of a tree whose leaves are weighed, in one walk down: the way up
+// from a leaf can be as long as the tree is large.
+struct CutsetCollector : OrvaMCSTreeVisitor {
+  explicit CutsetCollector(const OrvaMCSManager* store) : manager(store) {}
+  void Enter(OrvaMCSNode* node) { path.push_back(manager->GetEvent(node->GetIndex())); }
+  void Cross(OrvaMCSNode* /*node*/) { path.pop_back(); }
+  void VisitLeaf(OrvaMCSNode* leaf) {
+    if (!leaf->IsMinimalCutset()) return;
+    cutsets.push_back({leaf->GetWeight(), events.size(), static_cast<int>(path.size())});
+    events.insert(events.end(), path.begin(), path.end());
+    SortByName(events.end() - static_cast<std::ptrdiff_t>(path.size()), events.end());
   }
-}
+  static void SortByName(std::vector<const OrvaEvent*>::iterator first,
+                         std::vector<const OrvaEvent*>::iterator last) {
+    std::stable_sort(first, last, [](const OrvaEvent* a, const OrvaEvent* b) {
+      return OrvaSymbol::CompareNames(a, b) < 0;
+    });
+  }
+  const OrvaMCSManager* manager;
+  std::vector<const OrvaEvent*> path;
+  std::vector<const OrvaEvent*> events;  // of one cutset after the other
+  std::vector<Cutset> cutsets;
+};
 
 }  // namespace
 
@@ -33,20 +60,21 @@ void OrvaPrinter::PrintMinimalCutsets(OrvaMCSSet* set, LumoStream* stream) {
   set->SetWeightsOfLeavesAsCutsetProbabilities();
   double sum;
   set->ComputeSumOfMinimalCutsetProbabilities(sum);
-  LumoAVLTree cutsets(CompareDecreasingWeights);
-  set->CollectMinimalCutsets(&cutsets);
+  CutsetCollector collector(set->GetManager());
+  OrvaWalkMCSTree(set->GetRootNode(), collector);
+  LumoAVLTree cutsets(CompareDecreasingProbabilities);
+  for (Cutset& cutset : collector.cutsets) cutsets.InsertItem(&cutset);
   int rank = 0;
-  for (const OrvaMCSNode* leaf : LumoItems<OrvaMCSNode>(cutsets)) {
-    LumoAVLTree events(OrvaSymbol::CompareNames);
-    CollectEventsOfCutset(set->GetManager(), leaf, &events);
-    const double probability = leaf->GetWeight();
+  for (const Cutset* cutset : LumoItems<Cutset>(cutsets)) {
+    const double probability = cutset->probability;
     OrvaPrinterRow row(stream);
     ++rank;
     if (printMinimalCutsetRank) row.Put(rank);
-    if (printMinimalCutsetOrder) row.Put(leaf->GetCutsetOrder());
+    if (printMinimalCutsetOrder) row.Put(cutset->order);
     if (printMinimalCutsetProbability) row.Put(probability);
     if (printMinimalCutsetContribution) row.Put(sum == 0.0 ? 0.0 : probability / sum);
-    for (const OrvaEvent* event : LumoItems<OrvaEvent>(events)) row.Put(event->GetName());
+    const auto* events = &collector.events[cutset->firstEvent];
+    for (int i = 0; i < cutset->order; ++i) row.Put(events[i]->GetName());
     row.End();
   }
   set->ResetWeightsOfLeaves();

@@ -49,6 +49,8 @@ class OrvaVariable : public LumoAttributeAccess<OrvaVariable> {
   // The value waiting on the unit stack, 0 for none.
   Value GetUnitValue() const { return _unitValue; }
   void SetUnitValue(Value value) { _unitValue = value; }
+  // What the walker keeps: of an input variable, its position on the path of the last cutset; of
+  // the others, how many literals of the definition need not be looked at.
   int GetWalkWord() const { return _walkWord; }
   void SetWalkWord(int word) { _walkWord = word; }
   int GetFlag() const { return _flag; }
