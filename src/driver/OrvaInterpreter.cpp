@@ -27,6 +27,8 @@ constexpr int RANDOMIZER_KIND = 1;
 
 constexpr const char* NO_FILE_NAME = "No file name\n";
 constexpr const char* UNABLE_TO_OPEN_FILE = "Unable to open file %s\n";
+constexpr const char* SCRIPTS_NEST_TOO_DEEP =
+    "Scripts that load each other are nested too deep: %s\n";
 
 bool IsBannerArgument(const char* argument) {
   for (const char* bannerArgument : BANNER_ARGUMENTS) {
@@ -96,10 +98,14 @@ LumoStream* OrvaInterpreter::GetErrorStream() const { return _parser->GetErrorSt
 
 void OrvaInterpreter::DownloadCommandScript(int& error, const char* fileName) {
   if (fileName == nullptr) return _Report(error, NO_FILE_NAME, nullptr);
-  std::FILE* file = std::fopen(fileName, "r");
-  if (file == nullptr) return _Report(error, UNABLE_TO_OPEN_FILE, fileName, nullptr);
-  DownloadCommandScript(error, file);
-  std::fclose(file);
+  if (_scriptDepth == MAXIMUM_SCRIPT_DEPTH) {
+    return _Report(error, SCRIPTS_NEST_TOO_DEEP, fileName, nullptr);
+  }
+  LumoXMLDocument document;
+  if (!document.Load(fileName)) return _Report(error, UNABLE_TO_OPEN_FILE, fileName, nullptr);
+  ++_scriptDepth;
+  DownloadCommandScript(error, &document);
+  --_scriptDepth;
 }
 
 void OrvaInterpreter::DownloadCommandScript(int& error, std::FILE* file) {
@@ -113,6 +119,7 @@ void OrvaInterpreter::DownloadCommandScript(int& error, const LumoXMLDocument* d
     _DownloadCommandScript(error, root);
   } else {
     _parser->DownloadModel(error, document, _model.get());
+    if (error == 0) _checker->CheckCyclesOfParameters(error, _model.get());
   }
 }
 

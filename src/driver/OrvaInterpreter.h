@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <memory>
 #include <span>
+#include <string>
 
 #include "quantification/OrvaHandle.h"
 
@@ -58,6 +59,11 @@ class OrvaInterpreter {
   void SetRandomizerSeed(long seed);
   LumoStream* GetErrorStream() const;
 
+  // How many scripts may be open inside each other.
+  static constexpr int MAXIMUM_SCRIPT_DEPTH = 64;
+  // How many quantiles and how many bins a sample may be asked for.
+  static constexpr int MAXIMUM_NUMBER_OF_STATISTICS = 10000;
+
   // Evaluate a file by name, an open file, or a loaded document: as a script when its root is
   // "orva", else as a model.
   void DownloadCommandScript(int& error, const char* fileName);
@@ -103,7 +109,9 @@ class OrvaInterpreter {
   void _DownloadCommandBuildSystem(int& error, const LumoXMLNode* command);
   void _DownloadCommandBuildMinimalCutsets(int& error, const LumoXMLNode* command);
   const char* _DownloadHandleName(int& error, const LumoXMLNode* command, const char* option);
+  void _NormalizeModel(int& error, OrvaEvent* topEvent);
   void _PrepareModel(int& error, OrvaEvent* topEvent);
+  bool _HasRoomForBasicEvents(OrvaSystem* system) const;
   void _FindOrBuildSystem(int& error, const LumoXMLNode* command, OrvaEvent* topEvent,
                           const char* systemHandleName);
   void _ComputeMinimalCutsets(int& error, OrvaEvent* topEvent, const char* systemHandleName,
@@ -111,8 +119,9 @@ class OrvaInterpreter {
   void _ComputeMinimalCutsetsOfModules(int& error, OrvaSystem* system, const char* systemHandleName,
                                        const char* handleName, double missionTime,
                                        const OrvaCutoff* cutoff);
-  void _ComputeMinimalCutsetsOfEvent(OrvaEvent* event, OrvaSystem* system, const char* handleName,
-                                     double missionTime, const OrvaCutoff* cutoff);
+  bool _ComputeMinimalCutsetsOfEvent(int& error, OrvaEvent* event, OrvaSystem* system,
+                                     const char* handleName, double missionTime,
+                                     const OrvaCutoff* cutoff);
   void _UpdateWalkObserver(const OrvaEvent* topEvent, const OrvaSystem* system,
                            const OrvaCutoff* cutoff, const char* runningTime);
 
@@ -131,6 +140,9 @@ class OrvaInterpreter {
                                                 OrvaHandle* handle);
   void _ComputeCurveOfTopEventProbability(int& error, const LumoXMLNode* command, double lastDate,
                                           OrvaHandle* handle);
+  bool _CheckCurve(int& error, const LumoXMLNode* command, const LumoCurve& curve);
+  bool _DownloadNumberOfStatistics(int& error, const LumoXMLNode* command, const char* option,
+                                   int& number);
   void _DownloadCurveOptions(int& error, const LumoXMLNode* command, CurveOptions& options);
   void _DownloadCommandComputeImportanceFactors(int& error, const LumoXMLNode* command);
   void _DownloadCommandComputeOrdersOfMinimalCutsets(int& error, const LumoXMLNode* command);
@@ -189,11 +201,14 @@ class OrvaInterpreter {
   void _DownloadOptionCutoff(int& error, const LumoXMLNode* command,
                              std::unique_ptr<OrvaCutoff>& cutoff);
   void _OpenOutputStream(int& error, const LumoXMLNode* command, LumoStream*& stream);
+  // Reports what could not be written.
   void _CloseOutputStream(int& error, LumoStream*& stream);
 
   void _Report(int& error, const char* text, const LumoXMLNode* node);
   void _Report(int& error, const char* format, const char* argument, const LumoXMLNode* node);
 
+  int _scriptDepth = 0;
+  std::string _outputFileName;  // of the open output stream
   // In the order of their construction; the destructor has an order of its own.
   std::unique_ptr<OrvaModel> _model;
   std::unique_ptr<OrvaPrinter> _printer;

@@ -16,6 +16,8 @@ namespace {
 
 constexpr const char* NO_SOURCE_HANDLE = "No source handle for module %s\n";
 constexpr const char* SOURCE_HANDLE_IS_NO_SYSTEM = "Source handle for module %s is not a system\n";
+constexpr const char* FORMULAS_TOO_LARGE = "The formulas below %s grow too large\n";
+constexpr const char* TOO_MANY_BASIC_EVENTS = "Too many basic events in minimal cutsets\n";
 constexpr const char* SAME_HANDLES = "System and MCS handles cannot be the same.\n";
 
 }  // namespace
@@ -75,11 +77,30 @@ const char* OrvaInterpreter::_DownloadHandleName(int& error, const LumoXMLNode* 
   return name == nullptr ? "" : name;
 }
 
-void OrvaInterpreter::_PrepareModel(int& error, OrvaEvent* topEvent) {
+// The expansion of common-cause failure groups can close a ring: a group may find the event of a
+// subset defined, by a formula that uses a member.
+void OrvaInterpreter::_NormalizeModel(int& error, OrvaEvent* topEvent) {
   _model->Complete();
+  _model->ExpandCCFGroups();
+  _checker->CheckCyclesOfGates(error, _model.get());
+  if (error != 0) return;
   _rewriter->NormalizeModel(error, _model.get(), topEvent);
-  if (error == 0) _rewriter->Modularize(_model.get(), topEvent);
-  _checker->CheckModel(error, _model.get());
+  if (error != 0) return _Report(error, FORMULAS_TOO_LARGE, topEvent->GetName(), nullptr);
+  _rewriter->Modularize(_model.get(), topEvent);
+}
+
+void OrvaInterpreter::_PrepareModel(int& error, OrvaEvent* topEvent) {
+  _NormalizeModel(error, topEvent);
+  if (error == 0) _checker->CheckModel(error, _model.get());
+}
+
+// The index of a basic event has to fit into a node of the cutset store.
+bool OrvaInterpreter::_HasRoomForBasicEvents(OrvaSystem* system) const {
+  int highest = _mcsManager->GetIndexOfHighestEntry();
+  for (const OrvaVariable& variable : system->GetVariables()) {
+    if (variable.IsInputVariable() && variable.GetEvent()->GetMCSIndex() == 0) ++highest;
+  }
+  return highest <= OrvaMCSNode::MAXIMUM_INDEX;
 }
 
 // A system of that name is used as it stands.
@@ -102,7 +123,9 @@ void OrvaInterpreter::_ComputeMinimalCutsets(int& error, OrvaEvent* topEvent,
   _model->ResetRandomDeviatesOfModel();
   _model->ComputeProbabilitiesOfBasicEvents(missionTime);
   _ComputeMinimalCutsetsOfModules(error, system, systemHandleName, handleName, missionTime, cutoff);
-  _ComputeMinimalCutsetsOfEvent(topEvent, system, handleName, missionTime, cutoff);
+  if (!_ComputeMinimalCutsetsOfEvent(error, topEvent, system, handleName, missionTime, cutoff)) {
+    return;
+  }
   _walker->ExpandMinimalCutset(topEvent, system, handleName, cutoff);
   timer.Stop();
   char* runningTime = timer.ToStringOfTimeInSeconds();
@@ -124,7 +147,10 @@ void OrvaInterpreter::_ComputeMinimalCutsetsOfModules(int& error, OrvaSystem* sy
     } else if (source->GetType() != OrvaHandle::SYSTEM_HANDLE) {
       _Report(error, SOURCE_HANDLE_IS_NO_SYSTEM, module->GetName(), nullptr);
     } else {
-      _ComputeMinimalCutsetsOfEvent(module, source->GetSystem(), handleName, missionTime, cutoff);
+      if (!_ComputeMinimalCutsetsOfEvent(error, module, source->GetSystem(), handleName,
+                                         missionTime, cutoff)) {
+        return;
+      }
       const OrvaMCSSet* set = module->GetHandle(handleName)->GetMCSSet();
       double sum;
       double highest;
@@ -137,9 +163,14 @@ void OrvaInterpreter::_ComputeMinimalCutsetsOfModules(int& error, OrvaSystem* sy
 }
 
 // Adds to a set of minimal cutsets of that name; a handle of another type gives way to a new set.
-void OrvaInterpreter::_ComputeMinimalCutsetsOfEvent(OrvaEvent* event, OrvaSystem* system,
-                                                    const char* handleName, double missionTime,
-                                                    const OrvaCutoff* cutoff) {
+// False when the store has no room for the basic events.
+bool OrvaInterpreter::_ComputeMinimalCutsetsOfEvent(int& error, OrvaEvent* event,
+                                                    OrvaSystem* system, const char* handleName,
+                                                    double missionTime, const OrvaCutoff* cutoff) {
+  if (!_HasRoomForBasicEvents(system)) {
+    _Report(error, TOO_MANY_BASIC_EVENTS, nullptr);
+    return false;
+  }
   _systemBuilder->LoadProbabilities(_model.get(), system, missionTime);
   OrvaHandle* handle = event->GetHandle(handleName);
   if (handle == nullptr || handle->GetType() != OrvaHandle::MCS_HANDLE) {
@@ -147,6 +178,7 @@ void OrvaInterpreter::_ComputeMinimalCutsetsOfEvent(OrvaEvent* event, OrvaSystem
     handle = event->NewHandle(handleName, set);
   }
   _walker->BuildMinimalCutsetTree(system, cutoff, handle->GetMCSSet());
+  return true;
 }
 
 void OrvaInterpreter::_UpdateWalkObserver(const OrvaEvent* topEvent, const OrvaSystem* system,

@@ -14,6 +14,30 @@
 
 using Center = OrvaOptionCenter;
 
+namespace {
+
+constexpr const char* TOO_MANY_POINTS = "Too many points in a curve\n";
+constexpr const char* NUMBER_TOO_LARGE = "The number is too large: %s\n";
+
+void PrintCurveOfProbability(OrvaPrinter* printer, const LumoCurve* curve, LumoStream* stream) {
+  if (printer->printUnavailability || printer->printAverageUnavailability) {
+    printer->PrintUnavailability(curve, stream);
+  }
+  if (printer->printSafetyIntegrityLevel) printer->PrintSafetyIntegrityLevel(true, curve, stream);
+}
+
+void PrintCurveOfFailureIntensity(OrvaPrinter* printer, const LumoCurve* curve,
+                                  LumoStream* stream) {
+  if (printer->printConditionalFailureIntensity ||
+      printer->printAverageConditionalFailureIntensity || printer->printUnreliability ||
+      printer->printProbabilityOfFailurePerHour) {
+    printer->PrintFailureIntensity(curve, stream);
+  }
+  if (printer->printSafetyIntegrityLevel) printer->PrintSafetyIntegrityLevel(false, curve, stream);
+}
+
+}  // namespace
+
 const OrvaInterpreter::Commands OrvaInterpreter::_COMPUTE_COMMANDS = {
     [] {
       using Interpreter = OrvaInterpreter;
@@ -103,6 +127,12 @@ void OrvaInterpreter::_DownloadCurveOptions(int& error, const LumoXMLNode* comma
   _DownloadRealOption(error, command, Center::SMOOTHING_RATIO, options.smoothingRatio);
 }
 
+bool OrvaInterpreter::_CheckCurve(int& error, const LumoXMLNode* command, const LumoCurve& curve) {
+  const bool isComplete = curve.GetNumberOfPoints() < OrvaHandle::MAXIMUM_NUMBER_OF_POINTS;
+  if (!isComplete) _Report(error, TOO_MANY_POINTS, command);
+  return isComplete;
+}
+
 void OrvaInterpreter::_ComputeCurveOfTopEventProbability(int& error, const LumoXMLNode* command,
                                                          double lastDate, OrvaHandle* handle) {
   static constexpr Switch SWITCHES[] = {
@@ -124,13 +154,7 @@ void OrvaInterpreter::_ComputeCurveOfTopEventProbability(int& error, const LumoX
                                             options.addSingularPoints, options.smoothCurve,
                                             options.smoothingRatio, &curve);
   _DownloadSwitches(error, command, SWITCHES);
-  const OrvaPrinter& printer = *_printer;
-  if (printer.printUnavailability || printer.printAverageUnavailability) {
-    _printer->PrintUnavailability(&curve, stream);
-  }
-  if (printer.printSafetyIntegrityLevel) {
-    _printer->PrintSafetyIntegrityLevel(true, &curve, stream);
-  }
+  if (_CheckCurve(error, command, curve)) PrintCurveOfProbability(_printer.get(), &curve, stream);
   _CloseOutputStream(error, stream);
 }
 
@@ -162,13 +186,8 @@ void OrvaInterpreter::_DownloadCommandComputeFailureIntensity(int& error,
       lastDate, options.step, options.addSingularPoints, options.smoothCurve,
       options.smoothingRatio, &curve);
   _DownloadSwitches(error, command, SWITCHES);
-  const OrvaPrinter& printer = *_printer;
-  if (printer.printConditionalFailureIntensity || printer.printAverageConditionalFailureIntensity ||
-      printer.printUnreliability || printer.printProbabilityOfFailurePerHour) {
-    _printer->PrintFailureIntensity(&curve, stream);
-  }
-  if (printer.printSafetyIntegrityLevel) {
-    _printer->PrintSafetyIntegrityLevel(false, &curve, stream);
+  if (_CheckCurve(error, command, curve)) {
+    PrintCurveOfFailureIntensity(_printer.get(), &curve, stream);
   }
   _CloseOutputStream(error, stream);
 }
@@ -212,6 +231,16 @@ void OrvaInterpreter::_DownloadCommandComputeOrdersOfMinimalCutsets(int& error,
 }
 
 // The randomizer goes on from where the last run left it.
+// False when there would be too many. A number below 0 gives none.
+bool OrvaInterpreter::_DownloadNumberOfStatistics(int& error, const LumoXMLNode* command,
+                                                  const char* option, int& number) {
+  _DownloadIntegerOption(error, command, option, number);
+  if (number <= MAXIMUM_NUMBER_OF_STATISTICS) return true;
+  _Report(error, NUMBER_TOO_LARGE, option, command);
+  number = 0;
+  return false;
+}
+
 void OrvaInterpreter::_DownloadCommandComputeTopEventSensitivity(int& error,
                                                                  const LumoXMLNode* command) {
   static constexpr Switch MOMENTS[] = {
@@ -237,10 +266,12 @@ void OrvaInterpreter::_DownloadCommandComputeTopEventSensitivity(int& error,
   if (stream == nullptr) return;
   OrvaPrinter& printer = *_printer;
   _DownloadSwitches(error, command, MOMENTS);
-  _DownloadIntegerOption(error, command, Center::NUMBER_OF_QUANTILES, printer.numberOfQuantiles);
-  _DownloadIntegerOption(error, command, Center::NUMBER_OF_BINS, printer.numberOfBins);
+  const bool hasQuantiles = _DownloadNumberOfStatistics(error, command, Center::NUMBER_OF_QUANTILES,
+                                                        printer.numberOfQuantiles);
+  const bool hasBins =
+      _DownloadNumberOfStatistics(error, command, Center::NUMBER_OF_BINS, printer.numberOfBins);
   _DownloadSwitches(error, command, TABLES);
-  if (error == 0) {
+  if (hasQuantiles && hasBins) {
     handle->PerformSensitivityAnalysisOnTopEventProbability(
         missionTime, numberOfTries, _randomizer.get(), printer.numberOfQuantiles,
         printer.numberOfBins, printer.printParameterSensitivity,

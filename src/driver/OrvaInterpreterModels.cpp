@@ -56,6 +56,7 @@ void OrvaInterpreter::_DownloadCommandLoadModel(int& error, const LumoXMLNode* c
   const char* fileName;
   _DownloadStringOption(error, command, OrvaOptionCenter::INPUT_FILE, fileName);
   _parser->DownloadModel(error, fileName, _model.get());
+  if (error == 0) _checker->CheckCyclesOfParameters(error, _model.get());
 }
 
 void OrvaInterpreter::_DownloadCommandLoadScript(int& error, const LumoXMLNode* command) {
@@ -75,14 +76,11 @@ void OrvaInterpreter::_DownloadCommandCheck(int& error, const LumoXMLNode* comma
   }
 }
 
-// Modules are detected also when the normalisation has reported an error.
 void OrvaInterpreter::_DownloadCommandNormalize(int& error, const LumoXMLNode* command) {
   OrvaEvent* topEvent;
   _DownloadOptionTopEvent(error, command, topEvent);
   if (topEvent == nullptr) return;
-  _model->Complete();
-  _rewriter->NormalizeModel(error, _model.get(), topEvent);
-  _rewriter->Modularize(_model.get(), topEvent);
+  _NormalizeModel(error, topEvent);
 }
 
 // Loads probabilities into a system and leaves an empty output: an entry point for trying out

@@ -20,6 +20,8 @@ constexpr const char* NO_HANDLE = "No handle %s\n";
 constexpr const char* UNSUITABLE_HANDLE = "Unsuitable handle %s\n";
 constexpr const char* UNABLE_TO_OPEN_OUTPUT = "Unable to open file '%s'\n";
 
+constexpr const char* UNABLE_TO_WRITE = "Unable to write file '%s'\n";
+
 constexpr const char* OPTION = "option";
 constexpr const char* NAME = "name";
 constexpr const char* VALUE = "value";
@@ -183,9 +185,14 @@ void OrvaInterpreter::_OpenOutputStream(int& error, const LumoXMLNode* command,
   std::FILE* file = std::fopen(GetShown(fileName), appends ? "a" : "w");
   if (file == nullptr) return _Report(error, UNABLE_TO_OPEN_OUTPUT, GetShown(fileName), nullptr);
   stream = new LumoFileStream(false, file);
+  _outputFileName = GetShown(fileName);
 }
 
-void OrvaInterpreter::_CloseOutputStream(int& /*error*/, LumoStream*& stream) {
+void OrvaInterpreter::_CloseOutputStream(int& error, LumoStream*& stream) {
+  stream->Flush();
+  if (std::ferror(stream->GetFile()) != 0) {
+    _Report(error, UNABLE_TO_WRITE, _outputFileName.c_str(), nullptr);
+  }
   stream->Close();
   delete stream;
   stream = nullptr;

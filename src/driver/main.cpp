@@ -6,7 +6,9 @@
 int main(int argc, char** argv) {
   int result = 0;
   for (int i = 1; i < argc && result == 0; ++i) result = Orva_EvalScriptFile(argv[i]);
-  std::puts("bye");
-  std::fflush(stdout);
+  if (std::puts("bye") == EOF || std::fflush(stdout) == EOF) {
+    std::fputs("Unable to write standard output\n", stderr);
+    result = 1;
+  }
   return result;
 }

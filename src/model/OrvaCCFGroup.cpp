@@ -113,10 +113,17 @@ void OrvaCCFGroup::Expand() {
   const int n = GetNumberOfMembers();
   Subset subset(static_cast<std::size_t>(n), '1');
   for (int i = 0; i < n; ++i) {
-    if (_type == BETA_FACTOR) {
-      _ExpandMemberForBetaFactor(subset, i);
-    } else {
-      _ExpandMember(subset, i);
+    switch (_type) {
+      case BETA_FACTOR:
+        _ExpandMemberForBetaFactor(subset, i);
+        break;
+      case MGL:
+      case ALPHA_FACTOR:
+      case PHI_FACTOR:
+        _ExpandMember(subset, i);
+        break;
+      default:
+        break;
     }
   }
   _isExpanded = true;

@@ -58,6 +58,7 @@ class OrvaCCFGroup : public LumoAttributeAccess<OrvaCCFGroup> {
   // -1 without factors.
   int GetHighestLevel() const { return _factors.GetIndexOfLastItem(); }
   void SetFactor(int level, OrvaProbabilityDistribution* factor);
+  // At the level after the highest one, 0 in a group without factors.
   void AddFactor(OrvaProbabilityDistribution* factor);
   // Does nothing without a factor at the first level.
   void MoveFactor(int from, int to);

@@ -1,6 +1,7 @@
 #include "model/OrvaChecker.h"
 
 #include "driver/OrvaInterpreter.h"
+#include "model/OrvaCycleSearch.h"
 #include "model/OrvaGate.h"
 #include "model/OrvaModel.h"
 #include "model/OrvaParameter.h"
@@ -25,6 +26,8 @@ constexpr const char* UNDEFINED_HOUSE_EVENT = "Undefined house event %s\n";
 constexpr const char* UNDEFINED_PARAMETER = "Event with no specified type %s\n";
 constexpr const char* NO_TOP_EVENT = "No top event\n";
 constexpr const char* MULTIPLE_TOP_EVENTS = "Multiple top events:";
+constexpr const char* CYCLE_OF_GATES = "The definition of a gate uses itself: %s\n";
+constexpr const char* CYCLE_OF_PARAMETERS = "The definition of a parameter uses itself: %s\n";
 constexpr const char* NOT_FLAT = "The current version handles flat formulas only (%s)\n";
 
 // Gates and house events are defined by a formula, the others by an expression.
@@ -97,6 +100,7 @@ void OrvaChecker::CheckTopEventUniqueness(int& error, const OrvaModel* model) {
   if (tops.IsEmpty()) return _interpreter->RaiseError(NO_TOP_EVENT);
   _interpreter->RaiseError(MULTIPLE_TOP_EVENTS);
   LumoStream* stream = _interpreter->GetErrorStream();
+  if (stream == nullptr) return;
   for (const OrvaEvent* event : LumoItems<OrvaEvent>(tops)) stream->Putln(event->GetName());
 }
 
@@ -111,10 +115,27 @@ bool OrvaChecker::_IsGateBuildable(const OrvaGate* gate) {
   return gate->IsLiteral() || gate->IsNormalized();
 }
 
+void OrvaChecker::CheckCyclesOfGates(int& error, const OrvaModel* model) {
+  _CheckCycles(error, &model->GetEvents(), CYCLE_OF_GATES);
+}
+
+void OrvaChecker::CheckCyclesOfParameters(int& error, const OrvaModel* model) {
+  _CheckCycles(error, &model->GetParameters(), CYCLE_OF_PARAMETERS);
+}
+
+void OrvaChecker::_CheckCycles(int& error, const LumoContainer* symbols, const char* message) {
+  const std::vector<OrvaSymbol*> cycle = OrvaCycleSearch::FindCycle(symbols);
+  if (cycle.empty()) return;
+  error = 1;
+  _interpreter->RaiseError(message, OrvaCycleSearch::GetText(cycle).c_str(), nullptr);
+}
+
 void OrvaChecker::CheckModel(int& error, const OrvaModel* model) {
   CheckGateDefinitions(error, model);
   CheckBasicEventDefinitions(error, model);
   CheckHouseEventDefinitions(error, model);
   CheckParameterDefinitions(error, model);
   CheckNormalForm(error, model);
+  CheckCyclesOfGates(error, model);
+  CheckCyclesOfParameters(error, model);
 }

@@ -29,12 +29,17 @@ class OrvaChecker {
   // Every gate of the model, below a top event or not, has a flat formula: one operator over
   // literals. A house event with a value is a gate with a constant formula, which is not flat.
   void CheckNormalForm(int& error, const OrvaModel* model);
-  // Gates, basic events, house events, parameters and the normal form, in this order.
+  // No gate, no parameter is used by its own definition, directly or through others. One ring is
+  // reported. Normalisation and systems need the former, evaluation the latter.
+  void CheckCyclesOfGates(int& error, const OrvaModel* model);
+  void CheckCyclesOfParameters(int& error, const OrvaModel* model);
+  // Gates, basic events, house events, parameters, the normal form and cycles, in this order.
   void CheckModel(int& error, const OrvaModel* model);
 
  private:
   struct Fault;
   void _CheckDefinitions(int& error, const OrvaModel* model, std::initializer_list<Fault> faults);
+  void _CheckCycles(int& error, const LumoContainer* symbols, const char* message);
   void _Report(int& error, const char* format, const OrvaSymbol* symbol);
   static bool _IsGateBuildable(const OrvaGate* gate);
 

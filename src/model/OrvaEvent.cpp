@@ -52,9 +52,16 @@ void OrvaEvent::ResetMeasure(int numberOfQuantiles, int numberOfBins) {
 void OrvaEvent::CollectParameters(LumoContainer* result) {
   LumoList basicEvents;
   CollectDescendants(CompareAsLeafSymbol, nullptr, &basicEvents);
-  OrvaDescendantWalk walk(CompareAsAnySymbol, nullptr, result);
+  LumoList parameters;
+  while (void* parameter = result->RemoveFirstItem()) parameters.InsertItemLast(parameter);
+  OrvaDescendantWalk walk(CompareAsAnySymbol, nullptr, &parameters);
   for (const OrvaEvent* event : LumoItems<OrvaEvent>(basicEvents)) {
     if (event->_distribution != nullptr) walk.VisitTerm(event->_distribution);
   }
   walk.ClearFlags();
+  for (OrvaSymbol* parameter : LumoItems<OrvaSymbol>(parameters)) {
+    if (parameter->GetFlag() == 0) result->InsertItem(parameter);
+    parameter->SetFlag(1);
+  }
+  for (OrvaSymbol* parameter : LumoItems<OrvaSymbol>(parameters)) parameter->SetFlag(0);
 }

@@ -84,7 +84,8 @@ class OrvaEvent : public OrvaSymbol {
   // bins, 0 makes it drop them.
   void ResetMeasure(int numberOfQuantiles, int numberOfBins);
 
-  // Inserts every parameter used by the basic events below this event, each once.
+  // Inserts every parameter used by the basic events below this event, and leaves each parameter
+  // in the container once.
   void CollectParameters(LumoContainer* result);
 
   // Whether the event has a definition and was found to be a module by the last detection.

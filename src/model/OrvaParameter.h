@@ -27,11 +27,22 @@ class OrvaParameter : public OrvaSymbol {
   // uses must have been computed before.
   LumoConstant* ComputeValue(double t);
 
+  // The failure rate of the definition and whether it can be read off it, for the expressions that
+  // refer to the parameter while their failure rates are computed.
+  double GetFailureRate() const { return _failureRate; }
+  bool IsRepairDependent() const { return _isRepairDependent; }
+  void SetFailureRate(double rate, bool isRepairDependent) {
+    _failureRate = rate;
+    _isRepairDependent = isRepairDependent;
+  }
+
   // The statistics of the sampled values, as for events.
   LumoMeasure* GetMeasure() const { return _measure.get(); }
   void ResetMeasure(int numberOfQuantiles, int numberOfBins);
 
  private:
   LumoConstant _value;
+  double _failureRate = 0.0;
+  bool _isRepairDependent = false;
   std::unique_ptr<LumoMeasure> _measure;
 };

@@ -71,10 +71,9 @@ bool OrvaParser::_ChecksCCFGroupRedefinition() const {
 
 void OrvaParser::DownloadModel(int& error, const char* fileName, OrvaModel* model) {
   if (fileName == nullptr) return _Report(error, NO_FILE_NAME, nullptr);
-  std::FILE* file = std::fopen(fileName, "r");
-  if (file == nullptr) return _Report(error, UNABLE_TO_OPEN_FILE, fileName, nullptr);
-  DownloadModel(error, file, model);
-  std::fclose(file);
+  LumoXMLDocument document;
+  if (!document.Load(fileName)) return _Report(error, UNABLE_TO_OPEN_FILE, fileName, nullptr);
+  DownloadModel(error, &document, model);
 }
 
 void OrvaParser::DownloadModel(int& error, std::FILE* file, OrvaModel* model) {

@@ -317,8 +317,11 @@ int OrvaProbabilityDistribution::ComputeValueOfChildAsInt(int i, double t, int l
 // Whether a node with the property is reached through the nodes that hand it on. Every definition
 // is entered once, however many references lead to it.
 bool OrvaProbabilityDistribution::_DoesDepend(Dependence Functor::*property) const {
-  std::vector<const OrvaProbabilityDistribution*> waiting = {this};
-  std::vector<OrvaParameter*> entered;
+  // Kept between calls: this is asked for every basic event at every point of a curve.
+  static thread_local std::vector<const OrvaProbabilityDistribution*> waiting;
+  static thread_local std::vector<OrvaParameter*> entered;
+  waiting.assign(1, this);
+  entered.clear();
   bool isFound = false;
   while (!waiting.empty() && !isFound) {
     const OrvaProbabilityDistribution* node = waiting.back();

@@ -174,6 +174,8 @@ class OrvaProbabilityDistribution : public OrvaTerm {
   struct Functor;
   struct Rows;
   struct PeriodicTest;
+  struct TestedState;
+  struct TestCycle;
   static const Functor _FUNCTORS[];
 
   OrvaProbabilityDistribution(OrvaModel* model, Type type);
@@ -204,9 +206,12 @@ class OrvaProbabilityDistribution : public OrvaTerm {
   void _EvaluatePeriodicTest(double t);
   double _ComputeValueOfPeriodicTest4(double t);
   static double _ComputeValueOfPeriodicTest11(const PeriodicTest& test, double t);
+  static TestedState _SkipCycles(const PeriodicTest& test, const TestedState& state, double n);
   void _EvaluateBoundTime(double t);
 
-  double _ComputeFailureRate(double t) const;
+  double _ComputeFailureRate(double t);
+  double _GetCurrentFailureRate(double t) const;
+  bool _HasCurrentFailureRate() const;
   double _GetNoFailureRate(double /*t*/) const { return 0.0; }
   double _GetFailureRateOfParameter(double t) const;
   double _GetFailureRateOfProduct(double t) const;

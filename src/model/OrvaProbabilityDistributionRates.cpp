@@ -3,8 +3,10 @@
 #include <cfloat>
 #include <cmath>
 
+#include "model/OrvaDescendantWalk.h"
 #include "model/OrvaParameter.h"
 #include "model/OrvaProbabilityDistributionKinds.h"
+#include "support/containers/LumoRange.h"
 
 double OrvaProbabilityDistribution::ComputeProbabilityAndUnconditionalFailureIntensity(double t) {
   constexpr double STEP = 0.001;
@@ -27,27 +29,72 @@ double OrvaProbabilityDistribution::ComputeProbabilityAndUnconditionalFailureInt
   return _unconditionalFailureIntensity;
 }
 
-// From the current values of the children, which the caller has computed.
-double OrvaProbabilityDistribution::_ComputeFailureRate(double t) const {
+// From the current values of the children, which the caller has computed. The rates of the
+// parameters below come first, each after those that it uses: their chains may be long, and one
+// that is used twice is not followed twice.
+double OrvaProbabilityDistribution::_ComputeFailureRate(double t) {
+  switch (GetType()) {
+    case PARAMETER:
+    case MUL:
+    case ITE:
+    case SWITCH:
+      break;
+    default:
+      return _GetCurrentFailureRate(t);
+  }
+  LumoList parameters;
+  OrvaDescendantWalk walk(OrvaSymbol::CompareAsAnySymbol, nullptr, &parameters);
+  walk.VisitTerm(this);
+  walk.ClearFlags();
+  for (OrvaParameter* parameter : LumoItems<OrvaParameter>(parameters)) {
+    const OrvaProbabilityDistribution* definition = parameter->GetDefinition();
+    if (definition == nullptr) {
+      parameter->SetFailureRate(0.0, false);
+    } else {
+      parameter->SetFailureRate(definition->_GetCurrentFailureRate(t),
+                                definition->_HasCurrentFailureRate());
+    }
+  }
+  return _GetCurrentFailureRate(t);
+}
+
+double OrvaProbabilityDistribution::_GetCurrentFailureRate(double t) const {
   return (this->*_GetFunctor().failureRate)(t);
 }
 
-double OrvaProbabilityDistribution::_GetFailureRateOfParameter(double t) const {
+// Whether the expression is repair dependent, as far as the parameters know of themselves.
+bool OrvaProbabilityDistribution::_HasCurrentFailureRate() const {
+  switch (_GetFunctor().repair) {
+    case Dependence::DEFINITION: {
+      const OrvaParameter* parameter = GetReferencedParameter();
+      return parameter != nullptr && parameter->IsRepairDependent();
+    }
+    case Dependence::CHILDREN: {
+      const OrvaProbabilityDistribution* child = GetFirstChild();
+      while (child != nullptr && !child->_HasCurrentFailureRate()) child = child->GetNextSibling();
+      return child != nullptr;
+    }
+    default:
+      return _GetFunctor().repair == Dependence::ALWAYS;
+  }
+}
+
+double OrvaProbabilityDistribution::_GetFailureRateOfParameter(double /*t*/) const {
   const OrvaParameter* parameter = GetReferencedParameter();
-  if (parameter == nullptr || parameter->GetDefinition() == nullptr) return 0.0;
-  return parameter->GetDefinition()->_ComputeFailureRate(t);
+  return parameter == nullptr ? 0.0 : parameter->GetFailureRate();
 }
 
 double OrvaProbabilityDistribution::_GetFailureRateOfProduct(double t) const {
   double rate = 1.0;
   for (const auto* child = GetFirstChild(); child != nullptr; child = child->GetNextSibling()) {
-    rate *= child->IsRepairDependent() ? child->_ComputeFailureRate(t) : child->GetValueAsDouble();
+    rate *= child->_HasCurrentFailureRate() ? child->_GetCurrentFailureRate(t)
+                                            : child->GetValueAsDouble();
   }
   return rate;
 }
 
 double OrvaProbabilityDistribution::_GetFailureRateOfIte(double t) const {
-  return GetChild(GetFirstChild()->GetValueAsBool() ? 2 : 3)->_ComputeFailureRate(t);
+  return GetChild(GetFirstChild()->GetValueAsBool() ? 2 : 3)->_GetCurrentFailureRate(t);
 }
 
 // The first case whose own value, which evaluation never sets, reads false; else the last child.
@@ -58,7 +105,7 @@ double OrvaProbabilityDistribution::_GetFailureRateOfSwitch(double t) const {
     if (next == nullptr) break;
     chosen = next;
   }
-  return chosen->_ComputeFailureRate(t);
+  return chosen->_GetCurrentFailureRate(t);
 }
 
 double OrvaProbabilityDistribution::_GetFailureRateOfFirstChild(double /*t*/) const {

@@ -1,16 +1,22 @@
 // The value of each kind of expression.
 
 #include <algorithm>
+#include <array>
 #include <cfloat>
 #include <climits>
 #include <cmath>
-#include <vector>
 
 #include "model/OrvaParameter.h"
 #include "model/OrvaProbabilityDistributionKinds.h"
 #include "support/statistics/LumoMath.h"
 
 namespace {
+
+// The value of a "standby" of more units is no number: its states can't be enumerated.
+constexpr long MAXIMUM_NUMBER_OF_STANDBY_UNITS = 1000000;
+
+// After so many cycles of a periodic test that have not settled, the rest is not followed singly.
+constexpr int MAXIMUM_NUMBER_OF_CYCLES = 1000000;
 
 double ClampToProbability(double x) {
   if (x < 0.0) return 0.0;
@@ -142,28 +148,44 @@ void OrvaProbabilityDistribution::_EvaluateWeibull(double t) {
   _value.Set(1.0 - std::exp(-std::pow(date / alpha, beta)));
 }
 
+namespace {
+
+struct Standby {
+  long n, k, r;  // units, those that must work, those that can be repaired at a time
+  double lambda, lambdaStandby, mu;
+};
+
 // A birth-death chain over the number i of failed units out of n, of which k must work and r can
-// be repaired at a time: p[i] is the weight of state i relative to state 0, S their sum.
+// be repaired at a time. Calls visit with the weight of each state i relative to state 0. Once a
+// weight is 0, so are the others.
+template <class Visit>
+void VisitStatesOfStandby(const Standby& units, Visit visit) {
+  const auto& [n, k, r, lambda, lambdaStandby, mu] = units;
+  double weight = 1.0;
+  visit(0, weight);
+  for (long i = 1; i <= n && weight != 0.0; ++i) {
+    const double rate = i > n - k + 1 ? lambda * static_cast<double>(n - i + 1)
+                                      : lambda * static_cast<double>(k) +
+                                            lambdaStandby * static_cast<double>(n - k - i + 1);
+    weight = rate * weight / OrvaNonZero(mu * static_cast<double>(std::min(r, i)));
+    visit(i, weight);
+  }
+}
+
+}  // namespace
+
 void OrvaProbabilityDistribution::_EvaluateStandby(double t) {
   const long n = ComputeValueOfChildAsInt(1, t, 0, INT_MAX);
   const long k = ComputeValueOfChildAsInt(2, t, 0, static_cast<int>(n));
   const long r = ComputeValueOfChildAsInt(3, t, 0, static_cast<int>(n));
-  const double lambda = _GetRate(4, t);
-  const double lambdaStandby = _GetRate(5, t);
-  const double mu = _GetRate(6, t);
-  std::vector<double> p(static_cast<std::size_t>(n) + 1);
-  p[0] = 1.0;
-  double sum = 1.0;
-  for (long i = 1; i <= n; ++i) {
-    const double rate = i > n - k + 1 ? lambda * static_cast<double>(n - i + 1)
-                                      : lambda * static_cast<double>(k) +
-                                            lambdaStandby * static_cast<double>(n - k - i + 1);
-    const auto state = static_cast<std::size_t>(i);
-    p[state] = rate * p[state - 1] / OrvaNonZero(mu * static_cast<double>(std::min(r, i)));
-    sum += p[state];
-  }
+  const Standby units = {n, k, r, _GetRate(4, t), _GetRate(5, t), _GetRate(6, t)};
+  if (n > MAXIMUM_NUMBER_OF_STANDBY_UNITS) return _value.Set(std::nan(""));
+  double sum = 0.0;
+  VisitStatesOfStandby(units, [&](long /*i*/, double weight) { sum += weight; });
   double value = 0.0;
-  for (long j = n - k + 1; j <= n; ++j) value += p[static_cast<std::size_t>(j)] / sum;
+  VisitStatesOfStandby(units, [&](long i, double weight) {
+    if (i > n - k) value += weight / sum;
+  });
   _value.Set(ClampToProbability(value));
 }
 
@@ -230,53 +252,100 @@ double OrvaProbabilityDistribution::_ComputeValueOfPeriodicTest4(double t) {
   return 1.0 - std::exp(-lambda * elapsed);
 }
 
-// Follows three probabilities over the test cycles: working (U), failed without it being known
-// (F) and under repair (R).
+// What a periodically tested component can be: working, failed without it being known, under
+// repair.
+struct OrvaProbabilityDistribution::TestedState {
+  double U, F, R;
+  bool operator==(const TestedState&) const = default;
+};
+
+// One test of duration w and the operation of duration v after it, both starting from a state. The
+// probabilities after them are linear in those before.
+struct OrvaProbabilityDistribution::TestCycle {
+  TestCycle(const PeriodicTest& test, const TestedState& state, double w) : _test(test), _s(state) {
+    _A = (1.0 - test.gamma) * state.U;
+    _e1 = std::exp(-test.lambdaTest * w);
+    _e2 = std::exp(-test.mu * w);
+    double q = _IsDistinct() ? std::exp(-test.lambda * w) - _e2 : test.mu * w;
+    q = _IsDistinct() ? q * (test.mu / OrvaNonZero(test.mu - test.lambda)) : q * _e2;
+    Rr = (1.0 - test.omega) * state.R * q;
+    Ut = _A * _e1 + Rr;
+  }
+  // The state at the end of the operation.
+  TestedState Operate(double v) const {
+    const double f1 = std::exp(-_test.lambda * v);
+    const double f2 = std::exp(-_test.mu * v);
+    double h = _IsDistinct() ? (f1 - f2) * _test.mu / OrvaNonZero(_test.mu - _test.lambda)
+                             : _test.mu * v * f2;
+    const double G = (1.0 - _e1) * _A + _s.U * _test.gamma;  // failed during the test
+    // Detected, under repair.
+    const double D = _test.sigma * _s.F + _test.sigma * G + _s.R * _e2;
+    h = h * (1.0 - _test.omega) * D;
+    return {Ut * f1 + h,
+            (1.0 - _test.sigma) * _s.F + (1.0 - _test.sigma) * G + (_s.R - _s.R * _e2 - Rr) +
+                Ut * (1.0 - f1) + (D - f2 * D - h),
+            D * f2};
+  }
+
+  // During the test: working, and repaired meanwhile.
+  double Ut, Rr;
+
+ private:
+  bool _IsDistinct() const { return _test.lambda != _test.mu; }
+
+  const PeriodicTest& _test;
+  const TestedState& _s;
+  double _A, _e1, _e2;
+};
+
+// Follows the state over the cycles. Once a cycle changes nothing, the remaining whole ones are
+// skipped; when they don't settle, those that remain are taken together.
 double OrvaProbabilityDistribution::_ComputeValueOfPeriodicTest11(const PeriodicTest& test,
                                                                   double t) {
-  const auto& [lambda, lambdaTest, mu, tau, theta, gamma, pi, isAvailable, sigma, omega] = test;
-  if (theta >= t) return 1.0 - std::exp(-lambda * t);
-  double U = std::exp(-lambda * theta);
-  double F = 1.0 - U;
-  if (tau == 0.0) return F;
-  double R = 0.0;
-  double date = theta;  // of the current test
-  const bool isDistinct = lambda != mu;
-  for (;;) {
-    // The test.
-    bool isLast = date + pi >= t;
-    const double w = date + pi > t ? t - date : pi;
-    const double A = (1.0 - gamma) * U;
-    const double e1 = std::exp(-lambdaTest * w);
-    const double e2 = std::exp(-mu * w);
-    double q = isDistinct ? std::exp(-lambda * w) - e2 : mu * w;
-    q = isDistinct ? q * (mu / OrvaNonZero(mu - lambda)) : q * e2;
-    const double Rr = (1.0 - omega) * R * q;
-    const double Ut = A * e1 + Rr;
-    if (isLast) return isAvailable ? 1.0 - Ut : 1.0 - Rr;
-
-    // The operation until the next test, or until t.
-    double next = date + tau;
-    double v = tau - pi;
-    if (next > t) v = t - date - pi;
-    isLast = next >= t;
-    const double f1 = std::exp(-lambda * v);
-    const double f2 = std::exp(-mu * v);
-    double h = isDistinct ? (f1 - f2) * mu / OrvaNonZero(mu - lambda) : mu * v * f2;
-    const double G = (1.0 - e1) * A + U * gamma;      // failed during the test
-    const double D = sigma * F + sigma * G + R * e2;  // detected, under repair
-    h = h * (1.0 - omega) * D;
-    const double nextU = Ut * f1 + h;
-    if (isLast) return 1.0 - nextU;
-
-    const double nextR = D * f2;
-    const double nextF = (1.0 - sigma) * F + (1.0 - sigma) * G + (R - R * e2 - Rr) +
-                         Ut * (1.0 - f1) + (D - f2 * D - h);
-    const bool isStationary = U == nextU && F == nextF && R == nextR;
-    if (isStationary && t - next > tau) next += std::floor((t - next) / tau) * tau;
-    U = nextU;
-    F = nextF;
-    R = nextR;
+  if (!(test.theta < t)) return 1.0 - std::exp(-test.lambda * t);
+  TestedState state;
+  state.U = std::exp(-test.lambda * test.theta);
+  state.F = 1.0 - state.U;
+  state.R = 0.0;
+  if (test.tau == 0.0) return state.F;
+  double date = test.theta;  // of the current test
+  for (int cycles = 1;; ++cycles) {
+    const bool endsInTest = date + test.pi >= t;
+    const TestCycle cycle(test, state, date + test.pi > t ? t - date : test.pi);
+    if (endsInTest) return test.isAvailable ? 1.0 - cycle.Ut : 1.0 - cycle.Rr;
+    double next = date + test.tau;
+    const TestedState nextState = cycle.Operate(next > t ? t - date - test.pi : test.tau - test.pi);
+    // An interval too small to move the date ends the cycles too.
+    if (next >= t || !(next > date)) return 1.0 - nextState.U;
+    const bool isStationary = state == nextState;
+    state = nextState;
+    if (t - next > test.tau && (isStationary || cycles == MAXIMUM_NUMBER_OF_CYCLES)) {
+      const double skipped = std::floor(std::min((t - next) / test.tau, DBL_MAX));
+      if (!isStationary) state = _SkipCycles(test, state, skipped);
+      next += skipped * test.tau;
+    }
     date = next;
+    if (cycles > MAXIMUM_NUMBER_OF_CYCLES + 2) return 1.0 - state.U;
   }
+}
+
+// The state after n whole cycles: the matrix of one, raised to the n-th power by squaring.
+OrvaProbabilityDistribution::TestedState OrvaProbabilityDistribution::_SkipCycles(
+    const PeriodicTest& test, const TestedState& state, double n) {
+  const auto combine = [](const std::array<TestedState, 3>& images, const TestedState& s) {
+    const auto sum = [&](double TestedState::*p) {
+      return images[0].*p * s.U + images[1].*p * s.F + images[2].*p * s.R;
+    };
+    return TestedState{sum(&TestedState::U), sum(&TestedState::F), sum(&TestedState::R)};
+  };
+  const auto cycle = [&](const TestedState& s) {
+    return TestCycle(test, s, test.pi).Operate(test.tau - test.pi);
+  };
+  std::array<TestedState, 3> power = {cycle({1, 0, 0}), cycle({0, 1, 0}), cycle({0, 0, 1})};
+  TestedState result = state;
+  for (; n >= 1.0; n = std::floor(n / 2.0)) {
+    if (std::fmod(n, 2.0) == 1.0) result = combine(power, result);
+    power = {combine(power, power[0]), combine(power, power[1]), combine(power, power[2])};
+  }
+  return result;
 }

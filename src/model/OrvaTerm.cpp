@@ -22,19 +22,28 @@ OrvaTerm* OrvaTerm::GetNextSibling() const {
   return next == nullptr ? nullptr : static_cast<OrvaTerm*>(next->GetItem());
 }
 
+void OrvaTerm::_Detach() {
+  if (_parent != nullptr) ResetParent();
+}
+
 void OrvaTerm::_AttachChild(OrvaTerm* child, LumoListCell* before) {
-  if (child->_parent != nullptr) child->ResetParent();
   child->_parent = this;
   child->_cellInParent = _children.InsertItemBefore(before, child);
 }
 
-void OrvaTerm::AddChild(OrvaTerm* child) { _AttachChild(child, nullptr); }
+void OrvaTerm::AddChild(OrvaTerm* child) {
+  child->_Detach();
+  _AttachChild(child, nullptr);
+}
 
+// The child may be the cursor's neighbour: its place is looked for when it has left.
 void OrvaTerm::AddChildAfter(LumoListCursor* cursor, OrvaTerm* child) {
+  child->_Detach();
   _AttachChild(child, cursor->GetCell()->GetNext());
 }
 
 void OrvaTerm::AddChildBefore(LumoListCursor* cursor, OrvaTerm* child) {
+  child->_Detach();
   _AttachChild(child, cursor->GetCell());
 }
 

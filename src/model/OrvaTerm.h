@@ -48,7 +48,8 @@ class OrvaTerm {
   void CollectChildren(LumoContainer* result) const { _children.CollectItems(result); }
 
   // Make a term a child: last, or right after or before the cursor's position in this term's
-  // children. A child of another term is moved.
+  // children. A child of another term, or of this one, is moved; it must not be the child under
+  // the cursor.
   void AddChild(OrvaTerm* child);
   void AddChildAfter(LumoListCursor* cursor, OrvaTerm* child);
   void AddChildBefore(LumoListCursor* cursor, OrvaTerm* child);
@@ -108,6 +109,7 @@ class OrvaTerm {
   friend class OrvaSymbol;
 
   OrvaSymbol* const* _FindSymbol(const char* name) const;
+  void _Detach();
   void _AttachChild(OrvaTerm* child, LumoListCell* before);
   void _Delete(bool checkConnectionToParent);
 

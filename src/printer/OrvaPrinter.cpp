@@ -30,10 +30,10 @@ OrvaPrinter::~OrvaPrinter() { LumoMemoryManager::TraceDelete(this, "OrvaPrinter"
 
 void OrvaPrinter::UpdateOptionCenter() { _optionCenter = _interpreter->GetOptionCenter(); }
 
-void OrvaPrinter::PrintTopEventProbability(const OrvaEvent* top, const OrvaHandle* handle,
+void OrvaPrinter::PrintTopEventProbability(const OrvaEvent* top, const OrvaHandle* /*handle*/,
                                            double missionTime, LumoStream* stream) {
   OrvaPutRow(stream, "top-event", "mission-time", "probability");
-  OrvaPutRow(stream, top->GetName(), missionTime, handle->GetTopEventProbability());
+  OrvaPutRow(stream, top->GetName(), missionTime, top->GetProbability());
 }
 
 void OrvaPrinter::PrintProbabilitiesOfBasicEvents(const OrvaModel* model, double missionTime,

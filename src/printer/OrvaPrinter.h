@@ -34,7 +34,7 @@ class OrvaPrinter : public LumoXMLPrinter {
 
   OrvaInterpreter* GetInterpreter() const { return _interpreter; }
   OrvaOptionCenter* GetOptionCenter() const { return _optionCenter; }
-  // Takes the option center from the interpreter again.
+  // Takes the option center from the interpreter. To be called before options are printed.
   void UpdateOptionCenter();
 
   bool printMinimalCutsetRank = false;
@@ -99,12 +99,13 @@ class OrvaPrinter : public LumoXMLPrinter {
   void PrintUnavailability(const LumoCurve* curve, LumoStream* stream);
   void PrintFailureIntensity(const LumoCurve* curve, LumoStream* stream);
   // For each level 0 .. 4: its bounds, how long the curve lies between them, and the share of that
-  // in the total; then the average of the curve. The bounds are those of probabilities of failure
+  // in the total; then the average of the curve, also of a curve of one point or none. The bounds are those of probabilities of failure
   // on demand (true) or per hour (false).
   void PrintSafetyIntegrityLevel(bool lowDemand, const LumoCurve* curve, LumoStream* stream);
 
   // The moments of the sampled values that are switched on: a header, and a row per measure; for
-  // the top event also its quantiles and bins, when it has any.
+  // the top event also its quantiles and bins, when it has any. The symbols must have their
+  // measures, from an analysis that sampled them.
   void PrintSensitivityOfTopEvent(const OrvaEvent* top, const OrvaHandle* handle,
                                   double missionTime, LumoStream* stream);
   void PrintSensitivitiesOfParameters(const LumoContainer* parameters, const OrvaHandle* handle,

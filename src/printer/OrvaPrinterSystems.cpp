@@ -132,7 +132,7 @@ void OrvaPrinter::UploadSystem(int& error, OrvaSystem* system, LumoXMLDocument*&
   root->AddAttribute("modules", system->GetNumberOfModules());
   document->AddRoot(root);
   for (const OrvaEquation& equation : system->GetEquations()) {
-    if (equation.GetFanout() != nullptr) root->AddChild(NewGateDefinition(equation));
+    if (error == 0 && equation.GetFanout() != nullptr) root->AddChild(NewGateDefinition(equation));
   }
   _UploadInputVariables(error, system, root);
 }

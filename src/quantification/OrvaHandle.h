@@ -113,12 +113,14 @@ class OrvaHandle {
   void ComputeTopEventUnconditionalFailureIntensity(double t);
 
   // Sets the random deviates of the handle's parameters, then of its basic events, back to their
-  // central values; of those given; of the parameters alone.
+  // central values; of those given; of the parameters alone, which must have a definition.
   void ResetRandomDeviatesOfBasicEvents();
   void ResetRandomDeviatesOfBasicEvents(const LumoContainer* basicEvents);
   void ResetRandomDeviatesOfParameters();
   void ResetRandomDeviatesOfParameters(const LumoContainer* parameters);
 
+  // No curve grows beyond this: it is then left unfinished.
+  static constexpr int MAXIMUM_NUMBER_OF_POINTS = 1000000;
   // Curves. Points are added at the first and the last date, on the grid between them, at and
   // around the tests of periodically tested basic events, and where the curve bends by more than
   // the smoothing ratio (see SmoothCurve...). A date that is on the curve already is not computed

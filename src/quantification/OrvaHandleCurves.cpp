@@ -29,6 +29,13 @@ struct TestArguments {
 };
 constexpr TestArguments TEST_ARGUMENTS[] = {{4, 2, 3, 0}, {5, 3, 4, 0}, {11, 4, 5, 7}};
 
+// So many steps to the first test in range are taken singly.
+constexpr double LARGEST_NUMBER_OF_STEPS = 1e7;
+
+bool IsFull(const LumoCurve* curve) {
+  return curve->GetNumberOfPoints() >= OrvaHandle::MAXIMUM_NUMBER_OF_POINTS;
+}
+
 // Moves a date by a step; false when the step is too small to move it.
 bool Advance(double& date, double step) {
   const double former = date;
@@ -76,7 +83,8 @@ LumoCurvePoint* OrvaHandle::ComputePointOfTopEventConditionalFailureIntensity(do
 
 LumoCurvePoint* OrvaHandle::_ComputePoint(Quantity quantity, double t, LumoCurve* curve) {
   LumoCurvePoint* point = curve->LookForPointAtX(t);
-  return point != nullptr ? point : curve->NewPoint(t, (this->*quantity)(t));
+  if (point != nullptr || IsFull(curve)) return point;
+  return curve->NewPoint(t, (this->*quantity)(t));
 }
 
 void OrvaHandle::ComputeCurveOfTopEventProbability(double firstDate, double lastDate, double step,
@@ -106,7 +114,7 @@ void OrvaHandle::_ComputeGrid(Quantity quantity, double firstDate, double lastDa
   _ComputePoint(quantity, lastDate, curve);
   if (!(lastDate > firstDate) || !(step > 0.0)) return;
   double x = firstDate;
-  while (Advance(x, step) && x < lastDate) _ComputePoint(quantity, x, curve);
+  while (Advance(x, step) && x < lastDate && !IsFull(curve)) _ComputePoint(quantity, x, curve);
 }
 
 void OrvaHandle::ComputeSingularPointsOfTopEventProbability(double firstDate, double lastDate,
@@ -147,7 +155,9 @@ void OrvaHandle::_ComputeSingularPoints(Quantity quantity, const Tests& tests, d
     if (t >= firstDate && t <= lastDate) _ComputePoint(quantity, t, curve);
   };
   double test = tests.first;
-  if (test > lastDate) return;
+  if (!(test <= lastDate)) return;
+  const double earlier = std::floor((firstDate - tests.duration - offset - test) / tests.interval);
+  if (earlier > LARGEST_NUMBER_OF_STEPS) test += earlier * tests.interval;
   do {
     addPoint(test);
     addPoint(test + offset);
@@ -156,7 +166,7 @@ void OrvaHandle::_ComputeSingularPoints(Quantity quantity, const Tests& tests, d
     addPoint(end - offset);
     addPoint(end);
     addPoint(end + offset);
-  } while (Advance(test, tests.interval) && test <= lastDate);
+  } while (Advance(test, tests.interval) && test <= lastDate && !IsFull(curve));
 }
 
 void OrvaHandle::SmoothCurveOfTopEventProbability(double smoothingRatio, LumoCurve* curve) {
@@ -183,6 +193,7 @@ void OrvaHandle::_SmoothCurve(Quantity quantity, double smoothingRatio, LumoCurv
     const double middle = (a->GetX() + b->GetX()) * 0.5;
     const double value = (this->*quantity)(middle);
     if (!(value > 0.0)) continue;
+    if (IsFull(curve)) return;
     curve->NewPoint(middle, value);
     const double error = std::fabs((a->GetY() + b->GetY()) * 0.5 - value) / value;
     if (error > smoothingRatio) {

@@ -35,7 +35,7 @@ class OrvaEquation : public LumoAttributeAccess<OrvaEquation> {
   ~OrvaEquation();
   OrvaEquation(const OrvaEquation&) = delete;
   OrvaEquation& operator=(const OrvaEquation&) = delete;
-  // Back to a new equation; the system and the number stay.
+  // Back to a new equation, but for the system, the number and the counters of the search.
   void Reset();
 
   OrvaVariable* GetFanout() const { return _fanout; }

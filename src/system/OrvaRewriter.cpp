@@ -62,13 +62,15 @@ void OrvaRewriter::_ApplyToDefinitions(const LumoList& events, Step step) {
   for (OrvaEvent* event : LumoItems<OrvaEvent>(events)) step(event->GetDefinition());
 }
 
-void OrvaRewriter::NormalizeModel(int& /*error*/, OrvaModel* model, OrvaEvent* top) {
+void OrvaRewriter::NormalizeModel(int& error, OrvaModel* model, OrvaEvent* top) {
   model->ExpandCCFGroups();
   LumoList events;
   _CollectDefinedEvents(top, &events);
   _ApplyToDefinitions(events, [&](OrvaGate* gate) { _PropagateConstants(gate); });
   _ApplyToDefinitions(events, [&](OrvaGate* gate) { _DereferenceVariables(gate); });
+  _numberOfCopies = 0;
   _ApplyToDefinitions(events, [&](OrvaGate* gate) { _CoalesceGate(model, gate); });
+  if (_numberOfCopies > MAXIMUM_NUMBER_OF_COPIES) error = 1;
   _ApplyToDefinitions(events, [&](OrvaGate* gate) { _RemoveDuplicatedChildren(model, gate); });
 }
 
@@ -87,6 +89,7 @@ void OrvaRewriter::DereferenceVariables(int& /*error*/, OrvaModel* /*model*/, Or
 void OrvaRewriter::CoalesceGates(int& /*error*/, OrvaModel* model, OrvaEvent* top) {
   LumoList events;
   _CollectDefinedEvents(top, &events);
+  _numberOfCopies = 0;
   _ApplyToDefinitions(events, [&](OrvaGate* gate) { _CoalesceGate(model, gate); });
 }
 
@@ -272,7 +275,7 @@ void OrvaRewriter::_UnmarkChildren(OrvaGate* gate) {
 }
 
 void OrvaRewriter::_CoalesceGate(OrvaModel* model, OrvaGate* gate) {
-  if (!IsAndOrOr(gate)) return;
+  if (!IsAndOrOr(gate) || _numberOfCopies > MAXIMUM_NUMBER_OF_COPIES) return;
   LumoListCursor* cursor = gate->NewCursorOnChildren();
   cursor->ResetOnFirstItem();
   while (!cursor->IsAfterLastItem()) {
@@ -299,6 +302,7 @@ void OrvaRewriter::_InsertNewChildrenBefore(OrvaModel* model, OrvaGate* gate,
        child = child->GetNextSibling()) {
     if (child->IsEvent() && _IsMarked(child)) continue;
     OrvaGate* copy = OrvaGate::Copy(model, child);
+    ++_numberOfCopies;
     gate->AddChildBefore(cursor, copy);
     if (copy->IsEvent()) _Mark(copy);
   }

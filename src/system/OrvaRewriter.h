@@ -22,7 +22,10 @@ class OrvaRewriter {
   OrvaInterpreter* GetInterpreter() const { return _interpreter; }
 
   // Expands the common-cause failure groups of the model, then runs the four steps below, each
-  // over all definitions below the top before the next.
+  // over all definitions below the top before the next. The definitions must be free of cycles.
+  // When coalescing would make more than MAXIMUM_NUMBER_OF_COPIES copies, it stops and `error` is
+  // set to 1: a chain of n gates of one operator takes n²/2 of them.
+  static constexpr int MAXIMUM_NUMBER_OF_COPIES = 10000000;
   void NormalizeModel(int& error, OrvaModel* model, OrvaEvent* top);
 
   // Each step visits the definitions below `top`, every gate after the gates that it references.
@@ -97,4 +100,5 @@ class OrvaRewriter {
   OrvaInterpreter* _interpreter;
   char* _generatedGatePrefix;
   int _generatedGateNumber = 0;
+  int _numberOfCopies = 0;
 };

@@ -28,7 +28,8 @@ class OrvaSystemBuilder {
   // recorded likewise on theirs; no further module is cut out inside a module.
   OrvaHandle* BuildSystem(OrvaModel* model, OrvaEvent* top, const char* handleName,
                           bool cutsModules);
-  // Gives the input variables the probabilities of their basic events, 1.0 without an event;
+  // Gives the input variables the probabilities of their basic events as last computed, whatever
+  // the mission time, 1.0 without an event;
   // variables of modules are left as they are.
   void LoadProbabilities(OrvaModel* model, OrvaSystem* system, double missionTime);
 

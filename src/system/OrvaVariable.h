@@ -29,7 +29,8 @@ class OrvaVariable : public LumoAttributeAccess<OrvaVariable> {
   ~OrvaVariable();
   OrvaVariable(const OrvaVariable&) = delete;
   OrvaVariable& operator=(const OrvaVariable&) = delete;
-  // Back to a new variable; the system and the number stay.
+  // Back to a new variable, but for the system, the number, the index in the store, the ranks, the
+  // weight and the flag.
   void Reset();
 
   // The value of the negated literal; and the value of "x equals y".

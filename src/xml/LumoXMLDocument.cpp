@@ -11,6 +11,19 @@ LumoXMLDocument::LumoXMLDocument() : LumoXMLNode(DOCUMENT) {
 
 LumoXMLDocument::~LumoXMLDocument() { LumoMemoryManager::TraceDelete(this, "LumoXMLDocument"); }
 
+bool LumoXMLDocument::Load(const char* fileName) {
+  std::FILE* file = std::fopen(fileName, "r");
+  if (file == nullptr) return false;
+  const int c = std::fgetc(file);  // a folder opens, but can't be read
+  const bool isReadable = c != EOF || std::ferror(file) == 0;
+  if (isReadable) {
+    std::ungetc(c, file);
+    Load(file);
+  }
+  std::fclose(file);
+  return isReadable;
+}
+
 void LumoXMLDocument::Load(std::FILE* file) {
   LumoXMLParser parser;
   parser.ParseFile(this, file);

@@ -26,6 +26,8 @@ class LumoXMLDocument : public LumoXMLNode {
   // Reads a whole file in place of the present contents. A syntax error is written to standard
   // error and leaves the document without a root.
   void Load(std::FILE* file);
+  // False when the file can't be opened or read.
+  bool Load(const char* fileName);
   // Write the document, each level indented by that number of blanks.
   void Print(LumoStream* stream, int indentation) const;
   void Print(std::FILE* file, int indentation) const;

@@ -7,7 +7,7 @@
 
 LumoBinTable::LumoBinTable(int targetSize, int shrinkFactor)
     : _targetSize(std::max(targetSize, 1)),
-      _shrinkFactor(std::max(shrinkFactor, 1)),
+      _shrinkFactor(std::max(shrinkFactor, 2)),
       _entries(Index(GetCapacity()) + 1) {
   LumoMemoryManager::TraceNew(this, "LumoBinTable");
 }

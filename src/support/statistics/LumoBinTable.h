@@ -6,7 +6,8 @@
 // is full; then it shrinks to its target size, neighbouring values merging into weighted means.
 class LumoBinTable {
  public:
-  // Room for targetSize × shrinkFactor entries; sizes below 1 count as 1.
+  // Room for targetSize × shrinkFactor entries, a product in the range of int. A target below 1
+  // counts as 1, a factor below 2 as 2: a full table must have room after it has shrunk.
   LumoBinTable(int targetSize, int shrinkFactor);
   ~LumoBinTable();
   LumoBinTable(const LumoBinTable&) = delete;

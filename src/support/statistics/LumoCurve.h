@@ -15,6 +15,7 @@ class LumoCurvePoint {
   LumoCurvePoint* Copy() const { return new LumoCurvePoint(_x, _y); }
 
   double GetX() const { return _x; }
+  // Not while the point is in a curve, which is ordered by x.
   void SetX(double x) { _x = x; }
   double GetY() const { return _y; }
   void SetY(double y) { _y = y; }

@@ -35,8 +35,12 @@ void LumoMeasure::Delete(void* measure) {
 LumoMeasure* LumoMeasure::Copy() const {
   auto* copy = new LumoMeasure(_name);
   copy->_reference = _reference;
-  copy->Import(this, 1.0, 0.0);
+  copy->_sum = _sum;
+  copy->_sumOfSquares = _sumOfSquares;
+  copy->_numberOfValues = _numberOfValues;
   copy->_lastValue = _lastValue;
+  copy->_minimum = _minimum;
+  copy->_maximum = _maximum;
   if (_quantilizer) copy->_quantilizer.reset(_quantilizer->Copy());
   if (_binTable) copy->_binTable.reset(_binTable->Copy());
   return copy;
@@ -117,14 +121,14 @@ double LumoMeasure::ComputeNinetyFivePercentErrorFactor() const {
 }
 
 void LumoMeasure::CreateQuantilizer(int q) {
-  CreateQuantilizer(NUMBER_OF_BUFFERS, std::max(SMALLEST_BUFFER, VALUES_PER_QUANTILE * q));
+  CreateQuantilizer(NUMBER_OF_BUFFERS, std::max(SMALLEST_BUFFER, VALUES_PER_QUANTILE * std::max(q, 0)));
 }
 
 void LumoMeasure::CreateQuantilizer(int buffers, int size) {
   _quantilizer = std::make_unique<LumoQuantilizer>(buffers, size);
 }
 
-void LumoMeasure::CreateBinTable(int b) { CreateBinTable(ENTRIES_PER_BIN * b, SHRINK_FACTOR); }
+void LumoMeasure::CreateBinTable(int b) { CreateBinTable(ENTRIES_PER_BIN * std::max(b, 0), SHRINK_FACTOR); }
 
 void LumoMeasure::CreateBinTable(int targetSize, int shrinkFactor) {
   _binTable = std::make_unique<LumoBinTable>(targetSize, shrinkFactor);
