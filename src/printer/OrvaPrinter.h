@@ -99,8 +99,8 @@ class OrvaPrinter : public LumoXMLPrinter {
   void PrintUnavailability(const LumoCurve* curve, LumoStream* stream);
   void PrintFailureIntensity(const LumoCurve* curve, LumoStream* stream);
   // For each level 0 .. 4: its bounds, how long the curve lies between them, and the share of that
-  // in the total; then the average of the curve, also of a curve of one point or none. The bounds are those of probabilities of failure
-  // on demand (true) or per hour (false).
+  // in the total; then the average of the curve, also of a curve of one point or none. The bounds
+  // are those of probabilities of failure on demand (true) or per hour (false).
   void PrintSafetyIntegrityLevel(bool lowDemand, const LumoCurve* curve, LumoStream* stream);
 
   // The moments of the sampled values that are switched on: a header, and a row per measure; for

@@ -191,6 +191,7 @@ void OrvaHandle::_SmoothCurve(Quantity quantity, double smoothingRatio, LumoCurv
     const auto* b = static_cast<const LumoCurvePoint*>(cursor->GetItem());
     if (!(b->GetX() - a->GetX() > SHORTEST_INTERVAL)) continue;
     const double middle = (a->GetX() + b->GetX()) * 0.5;
+    if (!(middle > a->GetX() && middle < b->GetX())) continue;  // no date lies between them
     const double value = (this->*quantity)(middle);
     if (!(value > 0.0)) continue;
     if (IsFull(curve)) return;
