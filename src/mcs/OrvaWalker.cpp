@@ -171,7 +171,7 @@ void OrvaWalker::_CompleteBranch() {
       _status = SATISFIED;
     }
   }
-  _unitStack.Flush();
+  _EndPropagation();
 }
 
 // Sets what is implied, the last implied first.
@@ -190,7 +190,7 @@ void OrvaWalker::_UnitPropagate() {
     if (entersCutset) _cutset.Push(variable);
     _SetCandidateValueOfVariable(variable, value);
   }
-  _unitStack.Flush();
+  _EndPropagation();
 }
 
 // Sets a chosen variable. The cutoff is looked at for every basic event, whatever its value; one
@@ -306,7 +306,7 @@ void OrvaWalker::_SetCandidateValueOfVariable(OrvaVariable* variable, Value valu
 // A gate was given a fixed value. Its formula may contradict it, have it, be forced to have it, or
 // have to be given it later on.
 void OrvaWalker::_RequireValueOfGate(OrvaVariable* gate) {
-  const OrvaEquation* equation = gate->GetDefinition();
+  OrvaEquation* equation = gate->GetDefinition();
   const int n = equation->GetSize();
   const int possiblyFalse = equation->GetCandidateCount(OrvaVariable::POSSIBLY_FALSE);
   const int possiblyTrue = equation->GetCandidateCount(OrvaVariable::POSSIBLY_TRUE);
@@ -388,8 +388,17 @@ inline void OrvaWalker::_PushOntoUnitStack(OrvaVariable* variable, Value value) 
   if (_unitStack.Push(variable, value)) _status = FALSIFIED;
 }
 
-// Every unfixed literal must take the value of the left member. The first conflict ends it.
-void OrvaWalker::_PushFaninsOntoUnitStack(const OrvaEquation* equation) {
+void OrvaWalker::_EndPropagation() {
+  _unitStack.Flush();
+  ++_propagation;
+}
+
+// Every unfixed literal must take the value of the left member. The first conflict ends it. Until
+// the propagation ends, the literals are fixed or wait on the unit stack, and pushing them again
+// would change nothing: it would take n² steps to set the n literals one by one.
+void OrvaWalker::_PushFaninsOntoUnitStack(OrvaEquation* equation) {
+  if (equation->GetPropagation() == _propagation) return;
+  equation->SetPropagation(_propagation);
   const Value value = equation->GetFanout()->GetCandidateValue();
   const Value opposite = OrvaVariable::GetOpposite(value);
   for (const OrvaLiteral& literal : equation->GetFanins()) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
 
 #include "mcs/OrvaCutset.h"
@@ -90,7 +91,8 @@ class OrvaWalker {
   void _RequireValueOfGate(OrvaVariable* gate);
   void _ResetCandidateValueOfVariable(OrvaVariable* variable, OrvaVariable::Value value);
   void _UpdateStatusOfLeftMemberOfEquation(OrvaEquation* equation);
-  void _PushFaninsOntoUnitStack(const OrvaEquation* equation);
+  void _PushFaninsOntoUnitStack(OrvaEquation* equation);
+  void _EndPropagation();
   void _PushOntoUnitStack(OrvaVariable* variable, OrvaVariable::Value value);
 
   bool _StoreMinimalCutset();
@@ -126,5 +128,7 @@ class OrvaWalker {
   // Nodes fold when nothing of these kinds lies below them: all but cutoff leaves.
   unsigned _foldMask = 47;
   BranchStatus _status = PARTIAL;
+  // Counts the times that the unit stack was emptied.
+  std::uint64_t _propagation = 1;
   OrvaWalkObserver _observer;
 };

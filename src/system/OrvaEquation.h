@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <span>
 
 #include "support/values/LumoAttributeAccess.h"
@@ -85,6 +86,10 @@ class OrvaEquation : public LumoAttributeAccess<OrvaEquation> {
     return _fanout->IsFixed() && OrvaVariable::IsFixed(GetRightMemberCandidateValue());
   }
 
+  // The propagation in which all literals were last implied, for the walker; 0 for none.
+  std::uint64_t GetPropagation() const { return _propagation; }
+  void SetPropagation(std::uint64_t number) { _propagation = number; }
+
   // k minus the number of literals that are true under the current cutset: the left member is true
   // there when it is below 1.
   int GetCutsetCount() const { return _cutsetCount; }
@@ -112,6 +117,7 @@ class OrvaEquation : public LumoAttributeAccess<OrvaEquation> {
   int _needFalse = 0;
   int _cutsetCount = 0;
   OrvaLiteral* _fanins = nullptr;  // owned
+  std::uint64_t _propagation = 0;
 
   OrvaSystem* _system = nullptr;
   int _number = 0;

@@ -161,6 +161,7 @@ void OrvaSystem::_ResetInputVariable(OrvaVariable* variable) {
 void OrvaSystem::_ResetGateVariable(OrvaVariable* variable) {
   OrvaEquation* definition = variable->GetDefinition();
   definition->ResetCandidateCounts();
+  definition->SetPropagation(0);
   variable->SetCandidateValue(definition->GetRightMemberCandidateValue());
   variable->SetUnitValue(OrvaVariable::POSSIBLY_FALSE);
   variable->SetWalkWord(0);
