@@ -81,6 +81,8 @@ const char* OrvaInterpreter::_DownloadHandleName(int& error, const LumoXMLNode* 
 // subset defined, by a formula that uses a member.
 void OrvaInterpreter::_NormalizeModel(int& error, OrvaEvent* topEvent) {
   _model->Complete();
+  _checker->CheckCCFGroups(error, _model.get());
+  if (error != 0) return;
   _model->ExpandCCFGroups();
   _checker->CheckCyclesOfGates(error, _model.get());
   if (error != 0) return;

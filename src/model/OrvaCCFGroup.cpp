@@ -61,6 +61,10 @@ OrvaEvent* OrvaCCFGroup::GetMember(int i) const {
   return static_cast<OrvaEvent*>(_members.GetItem(i));
 }
 
+std::string OrvaCCFGroup::GetNameOfMemberGate(int i) const {
+  return std::string(_name) + "-" + GetMember(i)->GetName();
+}
+
 void OrvaCCFGroup::SetMember(int i, OrvaEvent* member) {
   if (OrvaEvent* former = GetMember(i)) _Unlink(former);
   _members.SetItem(i, member);
@@ -171,7 +175,7 @@ void OrvaCCFGroup::_ExpandMemberForBetaFactor(const Subset& subset, int i) {
 OrvaEvent* OrvaCCFGroup::_ReplaceMemberByIndependentEvent(int i) {
   OrvaEvent* member = GetMember(i);
   const std::string name = member->GetName();
-  _model->RenameEvent(member, (std::string(_name) + "-" + name).c_str());
+  _model->RenameEvent(member, GetNameOfMemberGate(i).c_str());
   OrvaEvent* independent = _model->AddEvent(name.c_str(), OrvaEvent::BASIC_EVENT);
   _Unlink(member);
   _members.SetItem(i, independent);

@@ -48,6 +48,8 @@ class OrvaCCFGroup : public LumoAttributeAccess<OrvaCCFGroup> {
   // Members, from 0, in the order of reading. Not owned; each is linked to the group.
   int GetNumberOfMembers() const { return _members.GetNumberOfItems(); }
   OrvaEvent* GetMember(int i) const;
+  // The name, "group-member", of the gate that member i becomes.
+  std::string GetNameOfMemberGate(int i) const;
   void SetMember(int i, OrvaEvent* member);
   void AddMember(OrvaEvent* member) { SetMember(GetNumberOfMembers(), member); }
 

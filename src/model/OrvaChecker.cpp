@@ -1,6 +1,10 @@
 #include "model/OrvaChecker.h"
 
+#include <string>
+#include <unordered_set>
+
 #include "driver/OrvaInterpreter.h"
+#include "model/OrvaCCFGroup.h"
 #include "model/OrvaCycleSearch.h"
 #include "model/OrvaGate.h"
 #include "model/OrvaModel.h"
@@ -26,6 +30,8 @@ constexpr const char* UNDEFINED_HOUSE_EVENT = "Undefined house event %s\n";
 constexpr const char* UNDEFINED_PARAMETER = "Event with no specified type %s\n";
 constexpr const char* NO_TOP_EVENT = "No top event\n";
 constexpr const char* MULTIPLE_TOP_EVENTS = "Multiple top events:";
+constexpr const char* EXISTING_MEMBER_GATE =
+    "A CCF group needs the name %s, which is already in use\n";
 constexpr const char* CYCLE_OF_GATES = "The definition of a gate uses itself: %s\n";
 constexpr const char* CYCLE_OF_PARAMETERS = "The definition of a parameter uses itself: %s\n";
 constexpr const char* NOT_FLAT = "The current version handles flat formulas only (%s)\n";
@@ -113,6 +119,19 @@ void OrvaChecker::CheckNormalForm(int& error, const OrvaModel* model) {
 
 bool OrvaChecker::_IsGateBuildable(const OrvaGate* gate) {
   return gate->IsLiteral() || gate->IsNormalized();
+}
+
+void OrvaChecker::CheckCCFGroups(int& error, const OrvaModel* model) {
+  std::unordered_set<std::string> names;
+  for (const OrvaCCFGroup* group : LumoItems<OrvaCCFGroup>(model->GetCCFGroups())) {
+    if (group->IsExpanded()) continue;
+    for (int i = 0; i < group->GetNumberOfMembers(); ++i) {
+      const std::string name = group->GetNameOfMemberGate(i);
+      if (model->LookForEvent(name.c_str()) == nullptr && names.insert(name).second) continue;
+      error = 1;
+      _interpreter->RaiseError(EXISTING_MEMBER_GATE, name.c_str(), nullptr);
+    }
+  }
 }
 
 void OrvaChecker::CheckCyclesOfGates(int& error, const OrvaModel* model) {

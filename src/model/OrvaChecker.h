@@ -29,6 +29,8 @@ class OrvaChecker {
   // Every gate of the model, below a top event or not, has a flat formula: one operator over
   // literals. A house event with a value is a gate with a constant formula, which is not flat.
   void CheckNormalForm(int& error, const OrvaModel* model);
+  // The gates that members of common-cause failure groups are going to be have names of their own.
+  void CheckCCFGroups(int& error, const OrvaModel* model);
   // No gate, no parameter is used by its own definition, directly or through others. One ring is
   // reported. Normalisation and systems need the former, evaluation the latter.
   void CheckCyclesOfGates(int& error, const OrvaModel* model);

@@ -50,7 +50,7 @@ void OrvaModel::CollectEvents(OrvaSymbol::Selector selector, const void* argumen
 }
 
 void OrvaModel::RenameEvent(OrvaEvent* event, const char* name) {
-  _events.RemoveItem(event);
+  _events.RemoveNode(_events.LookForNodeOfItem(event));  // not another one of that name
   event->SetName(name);
   _events.InsertItem(event);
 }
