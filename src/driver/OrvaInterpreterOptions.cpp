@@ -148,7 +148,7 @@ void OrvaInterpreter::_DownloadOptionSourceHandle(int& error, const LumoXMLNode*
   if (event == nullptr) return;
   const char* name;
   _DownloadStringOption(error, command, OrvaOptionCenter::HANDLE, name);
-  handle = event->GetHandle(name);
+  handle = event->GetHandle(GetShown(name));
   if (handle == nullptr) _Report(error, NO_HANDLE, GetShown(name), command);
 }
 

@@ -124,7 +124,11 @@ void LumoXMLParser::_ParseSpaces() {
 
 void LumoXMLParser::_FlushToken() { _token = _token->Flush(); }
 
-void LumoXMLParser::_AppendToToken(int c) { _token = _token->Append(static_cast<char>(c)); }
+// A text would end at a null character, and two names could become one.
+void LumoXMLParser::_AppendToToken(int c) {
+  if (c == '\0' && !_parseError) _RaiseSyntaxError(Messenger::NULL_CHARACTER);
+  _token = _token->Append(static_cast<char>(c));
+}
 
 // The file as a whole.
 

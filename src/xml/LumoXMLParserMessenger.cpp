@@ -23,6 +23,7 @@ const char* const LumoXMLParserMessenger::_syntaxErrorMessages[] = {
     "Ill formed tag name\n",
     "Non closed tag(s)\n",
     "Too many open elements\n",
+    "Null character\n",
 };
 
 LumoXMLParserMessenger::LumoXMLParserMessenger() {

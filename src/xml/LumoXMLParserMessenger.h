@@ -20,6 +20,7 @@ class LumoXMLParserMessenger {
     ILL_FORMED_TAG_NAME = 1012,
     NON_CLOSED_TAG = 1013,
     TOO_MANY_OPEN_ELEMENTS = 1014,
+    NULL_CHARACTER = 1015,
   };
 
   LumoXMLParserMessenger();
