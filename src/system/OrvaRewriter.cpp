@@ -70,7 +70,7 @@ void OrvaRewriter::NormalizeModel(int& error, OrvaModel* model, OrvaEvent* top) 
   _ApplyToDefinitions(events, [&](OrvaGate* gate) { _DereferenceVariables(gate); });
   _numberOfCopies = 0;
   _ApplyToDefinitions(events, [&](OrvaGate* gate) { _CoalesceGate(model, gate); });
-  if (_numberOfCopies > MAXIMUM_NUMBER_OF_COPIES) error = 1;
+  if (_numberOfCopies > _maximumNumberOfCopies) error = 1;
   _ApplyToDefinitions(events, [&](OrvaGate* gate) { _RemoveDuplicatedChildren(model, gate); });
 }
 
@@ -275,7 +275,7 @@ void OrvaRewriter::_UnmarkChildren(OrvaGate* gate) {
 }
 
 void OrvaRewriter::_CoalesceGate(OrvaModel* model, OrvaGate* gate) {
-  if (!IsAndOrOr(gate) || _numberOfCopies > MAXIMUM_NUMBER_OF_COPIES) return;
+  if (!IsAndOrOr(gate) || _numberOfCopies > _maximumNumberOfCopies) return;
   LumoListCursor* cursor = gate->NewCursorOnChildren();
   cursor->ResetOnFirstItem();
   while (!cursor->IsAfterLastItem()) {

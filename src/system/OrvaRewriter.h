@@ -23,9 +23,8 @@ class OrvaRewriter {
 
   // Expands the common-cause failure groups of the model, then runs the four steps below, each
   // over all definitions below the top before the next. The definitions must be free of cycles.
-  // When coalescing would make more than MAXIMUM_NUMBER_OF_COPIES copies, it stops and `error` is
-  // set to 1: a chain of n gates of one operator takes n²/2 of them.
-  static constexpr int MAXIMUM_NUMBER_OF_COPIES = 10000000;
+  // When coalescing would make more than the maximum number of copies, it stops and `error` is set
+  // to 1: a chain of n gates of one operator takes n²/2 of them, of some 200 bytes each.
   void NormalizeModel(int& error, OrvaModel* model, OrvaEvent* top);
 
   // Each step visits the definitions below `top`, every gate after the gates that it references.
@@ -41,6 +40,9 @@ class OrvaRewriter {
   void CoalesceGates(int& error, OrvaModel* model, OrvaEvent* top);
   // A repeated reference in an AND or OR goes; repeated negations stay.
   void RemoveDuplicatedChildren(int& error, OrvaModel* model, OrvaEvent* top);
+
+  int GetMaximumNumberOfCopies() const { return _maximumNumberOfCopies; }
+  void SetMaximumNumberOfCopies(int n) { _maximumNumberOfCopies = n; }
 
   // Dates every event below `top`: see OrvaModuleRecord.
   void DetectModules(OrvaModel* model, OrvaEvent* top);
@@ -101,4 +103,5 @@ class OrvaRewriter {
   char* _generatedGatePrefix;
   int _generatedGateNumber = 0;
   int _numberOfCopies = 0;
+  int _maximumNumberOfCopies = 10000000;
 };

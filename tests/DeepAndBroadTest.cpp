@@ -1,0 +1,173 @@
+// Models that are deep or broad: what is done to them takes neither the stack nor a time that
+// grows with the square of their size.
+
+#include <algorithm>
+#include <cmath>
+#include <set>
+
+#include "OrvaTestSupport.h"
+#include "mcs/OrvaMCSManager.h"
+#include "model/OrvaGate.h"
+#include "system/OrvaRewriter.h"
+
+namespace {
+
+std::string Event(int i) { return "<basic-event name=\"e" + std::to_string(i) + "\"/>"; }
+std::string Gate(int i) { return "<gate name=\"g" + std::to_string(i) + "\"/>"; }
+std::string DefineGate(int i, const std::string& kind, const std::string& children) {
+  return "<define-gate name=\"g" + std::to_string(i) + "\"><" + kind + ">" + children + "</" +
+         kind.substr(0, kind.find(' ')) + "></define-gate>\n";
+}
+std::string Events(int first, int last) {
+  std::string events;
+  for (int i = first; i <= last; ++i) events += Event(i);
+  return events;
+}
+std::string DefineEvents(int n, const std::string& probability) {
+  std::string definitions;
+  for (int i = 0; i < n; ++i) {
+    definitions += "<define-basic-event name=\"e" + std::to_string(i) + "\"><float value=\"" +
+                   probability + "\"/></define-basic-event>\n";
+  }
+  return definitions;
+}
+
+class DeepAndBroad : public testing::Test {
+ protected:
+  // Builds the cutsets of g0 and writes every table about them.
+  void Build(const std::string& model, const std::string& limits = "") {
+    ASSERT_EQ(engine.Load(model), 0) << engine.GetErrors();
+    ASSERT_EQ(engine.Run("<set><option name=\"top-event\" value=\"g0\"/></set>"
+                         "<build><minimal-cutsets " +
+                         limits +
+                         "/></build>"
+                         "<print><orders output=\"orders.txt\"/>"
+                         "<minimal-cutsets output=\"cutsets.txt\"/>"
+                         "<numbers-of-occurrences output=\"occurrences.txt\"/>"
+                         "<system handle=\"system\" output=\"system.txt\"/></print>"
+                         "<compute><probability output=\"probability.txt\"/>"
+                         "<importance-factors output=\"importance.txt\"/>"
+                         "<sensitivity number-of-tries=\"2\" output=\"sample.txt\"/></compute>"),
+              0)
+        << engine.GetErrors();
+  }
+  // A row of a table whose first field is that name.
+  static std::string GetRow(const std::string& file, const std::string& name) {
+    const std::string text = "\n" + OrvaTestEngine::ReadFile(file);
+    const std::size_t start = text.find("\n" + name + "\t");
+    return start == std::string::npos
+               ? ""
+               : text.substr(start + 1, text.find('\n', start + 1) - start - 1);
+  }
+
+  OrvaTestEngine engine;
+};
+
+TEST_F(DeepAndBroad, OneOrOfManyEvents) {
+  constexpr int N = 20000;
+  Build(DefineGate(0, "or", Events(0, N - 1)) + DefineEvents(N, "0.00001"));
+  EXPECT_EQ(GetRow("orders.txt", "1"), "1\t20000");
+  EXPECT_EQ(GetRow("probability.txt", "g0"), "g0\t0\t0.2");
+  EXPECT_EQ(GetRow("cutsets.txt", "20000").substr(0, 18), "20000\t1e-05\t5e-05\t");
+}
+
+TEST_F(DeepAndBroad, OneAndOfManyEvents) {
+  constexpr int N = 20000;
+  Build(DefineGate(0, "and", Events(0, N - 1)) + DefineEvents(N, "0.9999"));
+  EXPECT_EQ(GetRow("orders.txt", "20000"), "20000\t1");
+  char expected[32];
+  std::snprintf(expected, sizeof expected, "g0\t0\t%.6g", std::pow(0.9999, N));
+  EXPECT_EQ(GetRow("probability.txt", "g0"), expected);
+}
+
+// g0 = e0 or g1, g1 = e1 and g2, g2 = e2 or g3 ...: e0, e1 e2, e1 e3 e4 and so on.
+TEST_F(DeepAndBroad, ChainOfGates) {
+  constexpr int N = 20000;
+  std::string model;
+  for (int i = 0; i + 1 < N; ++i) {
+    model += DefineGate(i, i % 2 == 0 ? "or" : "and", Event(i) + Gate(i + 1));
+  }
+  Build(model + DefineGate(N - 1, "or", Events(N - 1, N)) + DefineEvents(N + 1, "0.5"),
+        "maximum-order=\"4\"");
+  EXPECT_EQ(OrvaTestEngine::ReadFile("orders.txt"),
+            "order\t#MCS\n1\t1\n2\t1\n3\t1\n4\t1\ntotal\t4\n");
+  EXPECT_EQ(GetRow("probability.txt", "g0"), "g0\t0\t0.9375");
+}
+
+// A chain of aliases and a chain of parameters, to the value at their ends.
+TEST_F(DeepAndBroad, ChainsOfReferences) {
+  constexpr int N = 20000;
+  std::string model;
+  for (int i = 0; i < N; ++i) {
+    const std::string name = std::to_string(i);
+    const std::string next = std::to_string(i + 1);
+    model += "<define-gate name=\"g" + name + "\">" + Gate(i + 1) + "</define-gate>\n" +
+             "<define-parameter name=\"p" + name + "\"><mul><parameter name=\"p" + next +
+             "\"/><float value=\"1\"/></mul></define-parameter>\n";
+  }
+  const std::string end = std::to_string(N);
+  model += DefineGate(N, "or", Events(0, 1)) + "<define-parameter name=\"p" + end +
+           "\"><exponential><float value=\"0.25\"/><mission-time/></exponential>"
+           "</define-parameter>"
+           "<define-basic-event name=\"e0\"><parameter name=\"p0\"/></define-basic-event>"
+           "<define-basic-event name=\"e1\"><float value=\"0\"/></define-basic-event>";
+  // The top event is an alias; its cutsets are those of the gate that all of them mean.
+  ASSERT_EQ(engine.Load(model), 0) << engine.GetErrors();
+  ASSERT_EQ(engine.Run("<build><minimal-cutsets top-event=\"g" + end +
+                       "\"/></build><compute><failure-intensity last-date=\"0\" top-event=\"g" +
+                       end + "\" output=\"intensity.txt\"/></compute>"),
+            0)
+      << engine.GetErrors();
+  // The rate 0.25 at the end of the chain; the event is up at date 0.
+  const OrvaEvent* event = engine.GetEvent("e0");
+  EXPECT_EQ(event->GetUnconditionalFailureIntensity(), 0.25);
+  ASSERT_EQ(engine.Run("<normalize top-event=\"g0\"/>"), 0);
+  EXPECT_EQ(engine.GetEvent("g0")->GetDefinition()->GetReferencedEvent(),
+            engine.GetEvent(("g" + end).c_str()));
+}
+
+// (e0 ... e99) and (e50 ... e149) and (2 of e90 ... e129 or e0): long formulas that share events,
+// looked through again and again. By brute force over the choices.
+TEST_F(DeepAndBroad, LongFormulasThatShareEvents) {
+  Build(DefineGate(0, "and", Gate(1) + Gate(2)) + DefineGate(1, "or", Events(0, 99)) +
+        DefineGate(2, "or", Events(50, 149)) + DefineEvents(150, "0.5"));
+  std::set<std::string> expected;
+  for (int i = 50; i < 100; ++i) expected.insert("e" + std::to_string(i));
+  for (int i = 0; i < 50; ++i) {
+    for (int j = 100; j < 150; ++j) {
+      // In alphabetical order.
+      const auto [a, b] = std::minmax("e" + std::to_string(i), "e" + std::to_string(j));
+      expected.insert(a + "\t" + b);
+    }
+  }
+  std::istringstream lines(OrvaTestEngine::ReadFile("cutsets.txt"));
+  std::set<std::string> found;
+  for (std::string line; std::getline(lines, line);) {
+    std::size_t start = 0;  // behind rank, probability and contribution
+    for (int field = 0; field < 3; ++field) start = line.find('\t', start) + 1;
+    EXPECT_TRUE(found.insert(line.substr(start)).second) << line;
+  }
+  EXPECT_EQ(found, expected);
+}
+
+// Every gate of a chain of "or" gates holds the events of all gates below it.
+TEST_F(DeepAndBroad, FormulasThatGrowTooLarge) {
+  constexpr int N = 50;  // 2 + 3 + ... + 50 copies
+  std::string model;
+  for (int i = 0; i + 1 < N; ++i) model += DefineGate(i, "or", Event(i) + Gate(i + 1));
+  ASSERT_EQ(engine.Load(model + DefineGate(N - 1, "or", Events(N - 1, N))), 0);
+  engine->GetRewriter()->SetMaximumNumberOfCopies(1273);
+  EXPECT_EQ(engine.Run("<build><minimal-cutsets top-event=\"g0\"/></build>"), 1);
+  EXPECT_EQ(engine.GetErrors(), "ERROR :\nThe formulas below g0 grow too large\n\n");
+}
+
+TEST_F(DeepAndBroad, MoreBasicEventsThanTheStoreHasIndices) {
+  ASSERT_EQ(engine.Load(DefineGate(0, "or", Events(0, 1)) + DefineEvents(2, "0.5")), 0);
+  OrvaMCSManager* manager = engine->GetMCSManager();
+  manager->SetSizeOfEntryTable(OrvaMCSNode::MAXIMUM_INDEX + 1);
+  manager->SetProbability(OrvaMCSNode::MAXIMUM_INDEX - 1, 0.5);
+  EXPECT_EQ(engine.Run("<build><minimal-cutsets top-event=\"g0\"/></build>"), 1);
+  EXPECT_EQ(engine.GetErrors(), "ERROR :\nToo many basic events in minimal cutsets\n\n");
+}
+
+}  // namespace
