@@ -136,8 +136,9 @@ TEST_F(DeepAndBroad, LongFormulasThatShareEvents) {
   for (int i = 0; i < 50; ++i) {
     for (int j = 100; j < 150; ++j) {
       // In alphabetical order.
-      const auto [a, b] = std::minmax("e" + std::to_string(i), "e" + std::to_string(j));
-      expected.insert(a + "\t" + b);
+      const std::string a = "e" + std::to_string(i);
+      const std::string b = "e" + std::to_string(j);
+      expected.insert(std::min(a, b) + "\t" + std::max(a, b));
     }
   }
   std::istringstream lines(OrvaTestEngine::ReadFile("cutsets.txt"));

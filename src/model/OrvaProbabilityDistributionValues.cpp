@@ -343,9 +343,10 @@ OrvaProbabilityDistribution::TestedState OrvaProbabilityDistribution::_SkipCycle
   };
   std::array<TestedState, 3> power = {cycle({1, 0, 0}), cycle({0, 1, 0}), cycle({0, 0, 1})};
   TestedState result = state;
-  for (; n >= 1.0; n = std::floor(n / 2.0)) {
+  while (n >= 1.0) {
     if (std::fmod(n, 2.0) == 1.0) result = combine(power, result);
     power = {combine(power, power[0]), combine(power, power[1]), combine(power, power[2])};
+    n = std::floor(n / 2.0);
   }
   return result;
 }
