@@ -269,6 +269,8 @@ void OrvaWalker::_Backtrack() {
     OrvaStack::Branching branching;
     _stack.Pop(variable, old, resolvantOrder, branching);
     _resolvant.Pop(resolvantOrder);
+    // Above the last choice point the stack is not empty, which the analyser can't know:
+    // NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage)
     const Value current = variable->GetCandidateValue();
     const bool isInCutset = IsInput(variable) && current == OrvaVariable::NECESSARILY_TRUE;
     if (isInCutset) _cutset.Pop();

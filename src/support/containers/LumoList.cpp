@@ -45,12 +45,17 @@ LumoList::LumoList() { LumoMemoryManager::TraceNew(this, "LumoList"); }
 LumoList::LumoList(int count, ...) : LumoList() {
   std::va_list items;
   va_start(items, count);
-  for (int i = 0; i < count; ++i) InsertItemLast(va_arg(items, void*));
+  for (int i = 0; i < count; ++i) {
+    // The analyser misses va_start on some targets.
+    void* item = va_arg(items, void*);  // NOLINT(clang-analyzer-valist.Uninitialized)
+    InsertItemLast(item);
+  }
   va_end(items);
 }
 
 LumoList::~LumoList() {
-  while (_first != nullptr) RemoveCell(_first);
+  // RemoveCell moves _first on, which the analyser misses.
+  while (_first != nullptr) RemoveCell(_first);  // NOLINT(clang-analyzer-cplusplus.NewDelete)
   LumoMemoryManager::TraceDelete(this, "LumoList");
 }
 
@@ -83,6 +88,7 @@ void* LumoList::LookForItem(const LumoComparator* comparator, const void* key) c
 void* LumoList::RemoveItem(const void* item) { return RemoveCell(LookForCell(item)); }
 
 void LumoList::DeleteItems(Release release) {
+  // As in the destructor: NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete)
   while (_first != nullptr) release(RemoveCell(_first));
 }
 
