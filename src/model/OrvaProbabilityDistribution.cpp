@@ -317,9 +317,10 @@ int OrvaProbabilityDistribution::ComputeValueOfChildAsInt(int i, double t, int l
 // Whether a node with the property is reached through the nodes that hand it on. Every definition
 // is entered once, however many references lead to it.
 bool OrvaProbabilityDistribution::_DoesDepend(Dependence Functor::*property) const {
-  // Kept between calls: this is asked for every basic event at every point of a curve.
-  static thread_local std::vector<const OrvaProbabilityDistribution*> waiting;
-  static thread_local std::vector<OrvaParameter*> entered;
+  // Kept between calls: this is asked for every basic event at every point of a curve. The engine
+  // runs in one thread, and threads' variables would need an allocation that can't be caught.
+  static std::vector<const OrvaProbabilityDistribution*> waiting;
+  static std::vector<OrvaParameter*> entered;
   waiting.assign(1, this);
   entered.clear();
   bool isFound = false;

@@ -121,14 +121,17 @@ double LumoMeasure::ComputeNinetyFivePercentErrorFactor() const {
 }
 
 void LumoMeasure::CreateQuantilizer(int q) {
-  CreateQuantilizer(NUMBER_OF_BUFFERS, std::max(SMALLEST_BUFFER, VALUES_PER_QUANTILE * std::max(q, 0)));
+  CreateQuantilizer(NUMBER_OF_BUFFERS,
+                    std::max(SMALLEST_BUFFER, VALUES_PER_QUANTILE * std::max(q, 0)));
 }
 
 void LumoMeasure::CreateQuantilizer(int buffers, int size) {
   _quantilizer = std::make_unique<LumoQuantilizer>(buffers, size);
 }
 
-void LumoMeasure::CreateBinTable(int b) { CreateBinTable(ENTRIES_PER_BIN * std::max(b, 0), SHRINK_FACTOR); }
+void LumoMeasure::CreateBinTable(int b) {
+  CreateBinTable(ENTRIES_PER_BIN * std::max(b, 0), SHRINK_FACTOR);
+}
 
 void LumoMeasure::CreateBinTable(int targetSize, int shrinkFactor) {
   _binTable = std::make_unique<LumoBinTable>(targetSize, shrinkFactor);
