@@ -1,18 +1,145 @@
 #pragma once
 
+#include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <sstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "driver/OrvaInterpreter.h"
 #include "driver/OrvaOptionCenter.h"
+#include "model/OrvaGate.h"
 #include "model/OrvaModel.h"
 #include "model/OrvaParser.h"
+#include "support/containers/LumoRange.h"
 #include "support/text/LumoFileStream.h"
+#include "support/text/LumoRawString.h"
+#include "system/OrvaSystem.h"
 #include "xml/LumoXMLDocument.h"
+
+inline std::vector<std::string> OrvaSplit(const std::string& text) {
+  std::istringstream stream(text);
+  return {std::istream_iterator<std::string>(stream), std::istream_iterator<std::string>()};
+}
+
+// The names of a container's items, a blank apart.
+template <class Item = OrvaSymbol>
+std::string OrvaNamesOf(const LumoContainer& items) {
+  std::string names;
+  for (const Item* item : LumoItems<Item>(items)) {
+    names += (names.empty() ? "" : " ") + std::string(item->GetName());
+  }
+  return names;
+}
+
+// A new raw string as a text, "(null)" for null; the raw string is deleted.
+inline std::string OrvaTake(char* text) {
+  const std::string copy = text == nullptr ? "(null)" : text;
+  LumoRawString::DeleteIfAny(text);
+  return copy;
+}
+
+// A number as the engine prints it.
+inline std::string OrvaPrint(double x) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.6g", x);
+  return text;
+}
+
+// A model in short, as elements, and formulas of gates in the same form: "g = or(a, -h,
+// atleast2(a,b,c)); h = true" defines gates,
+// "#a = exponential(rate,time)" a basic event, "$rate = 0.02" a parameter.
+class OrvaShortModel {
+ public:
+  explicit OrvaShortModel(const std::string& text) : _text(text) {
+    const auto isBlank = [](char c) { return c == ' ' || c == '\n'; };
+    _text.erase(std::remove_if(_text.begin(), _text.end(), isBlank), _text.end());
+    for (; _i < _text.size(); ++_i) {
+      const char kind = _text[_i];
+      _isFormula = kind != '#' && kind != '$';
+      if (!_isFormula) ++_i;
+      const std::string element = kind == '#'   ? "define-basic-event"
+                                  : kind == '$' ? "define-parameter"
+                                                : "define-gate";
+      const std::string name = _ReadUntil("=");
+      ++_i;
+      _elements += "<" + element + " name=\"" + name + "\">" + _ReadTerm() + "</" + element + ">\n";
+    }
+  }
+  const std::string& GetElements() const { return _elements; }
+
+  static std::string Write(const OrvaGate* gate) {
+    if (gate == nullptr) return "undefined";
+    if (gate->IsConstant()) return gate->GetConstantValue() ? "true" : "false";
+    if (gate->IsEvent()) return gate->GetReferencedEvent()->GetName();
+    const OrvaGate::Type type = gate->GetType();
+    std::string text = OrvaGate::GetFunctor(type);
+    if (type == OrvaGate::ATLEAST || type == OrvaGate::CARDINALITY) {
+      text += std::to_string(gate->GetMin());
+    }
+    if (type == OrvaGate::CARDINALITY) text += "-";
+    if (type == OrvaGate::ATMOST || type == OrvaGate::CARDINALITY) {
+      text += std::to_string(gate->GetMax());
+    }
+    char separator = '(';
+    if (gate->GetNumberOfChildren() == 0) text += separator;
+    for (const OrvaGate* child = gate->GetFirstChild(); child != nullptr;
+         child = child->GetNextSibling()) {
+      EXPECT_EQ(child->GetParent(), gate);
+      text += std::exchange(separator, ',') + Write(child);
+    }
+    return text + ")";
+  }
+
+ private:
+  std::string _ReadUntil(const char* ends) {
+    const std::size_t start = _i;
+    _i = std::min(_text.find_first_of(ends, start), _text.size());
+    return _text.substr(start, _i - start);
+  }
+  std::string _ReadTerm() {
+    std::string word = _ReadUntil("(),;");
+    if (_i < _text.size() && _text[_i] == '(') return _ReadOperator(word);
+    const std::string value = " value=\"" + word + "\"/>";
+    if (word == "true" || word == "false") return (_isFormula ? "<constant" : "<bool") + value;
+    if (_isFormula && word[0] == '-') return "<not><event name=\"" + word.substr(1) + "\"/></not>";
+    if (_isFormula) return "<event name=\"" + word + "\"/>";
+    if (word == "time") return "<mission-time/>";
+    if (word.find_first_not_of("-.e0123456789") != std::string::npos) {
+      return "<parameter name=\"" + word + "\"/>";
+    }
+    return (word.find_first_of(".e") == std::string::npos ? "<int" : "<float") + value;
+  }
+  // Thresholds stand behind an operator: atleast2, atmost1, cardinality1-2.
+  std::string _ReadOperator(std::string name) {
+    std::string attributes, children;
+    const std::size_t digits = name.find_first_of("0123456789");
+    if (_isFormula && digits != std::string::npos) {
+      const std::string bounds = name.substr(digits);
+      name.resize(digits);
+      if (name != "atmost") attributes = " min=\"" + std::to_string(std::stoi(bounds)) + "\"";
+      if (name != "atleast") {
+        attributes += " max=\"" + bounds.substr(bounds.find('-') + 1) + "\"";
+      }
+    }
+    do {
+      ++_i;  // "(" or ","
+      if (_text[_i] != ')') children += _ReadTerm();
+    } while (_text[_i] == ',');
+    ++_i;
+    return "<" + name + attributes + ">" + children + "</" + name + ">";
+  }
+
+  std::string _text, _elements;
+  std::size_t _i = 0;
+  bool _isFormula = true;
+};
 
 // A text as an open file. The text must outlive it.
 class OrvaTextFile {
@@ -68,12 +195,29 @@ class OrvaTestEngine {
   int Load(const std::string& elements) { return _Evaluate("open-psa", elements); }
   int Run(const std::string& commands) { return _Evaluate("orva", commands); }
 
+  // Both must not fail.
+  void Define(const std::string& shortModel) {
+    EXPECT_EQ(Load(OrvaShortModel(shortModel).GetElements()), 0) << GetErrors() << shortModel;
+  }
+  void MustRun(const std::string& commands) { EXPECT_EQ(Run(commands), 0) << GetErrors(); }
+
   // What a file holds; empty when there is none.
   static std::string ReadFile(const std::string& name) {
     std::ifstream file(name);
     std::ostringstream text;
     text << file.rdbuf();
     return text.str();
+  }
+  // The fields of its rows, tabs apart.
+  static std::vector<std::vector<std::string>> ReadTable(const std::string& name) {
+    std::vector<std::vector<std::string>> rows;
+    std::istringstream lines(ReadFile(name));
+    for (std::string line; std::getline(lines, line);) {
+      std::istringstream fields(line);
+      rows.emplace_back();
+      for (std::string field; std::getline(fields, field, '\t');) rows.back().push_back(field);
+    }
+    return rows;
   }
 
  private:
@@ -88,4 +232,101 @@ class OrvaTestEngine {
 
   OrvaTextStream _errors;
   OrvaInterpreter _interpreter;
+};
+
+// Gives a system its variables, in the order given, and one equation per row "left k literals".
+inline void OrvaFillSystem(OrvaSystem& system, const std::string& names,
+                           const std::vector<std::string>& rows) {
+  int n = 0;
+  for (const std::string& name : OrvaSplit(names)) system.SetVariable(n++, name.c_str());
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    const std::vector<std::string> words = OrvaSplit(rows[i]);
+    OrvaEquation* equation = system.GetEquation(static_cast<int>(i));
+    equation->SetMin(std::stoi(words[1]));
+    equation->CreateFaninTable(static_cast<int>(words.size()) - 2);
+    for (std::size_t j = 2; j < words.size(); ++j) {
+      const bool isPositive = words[j][0] != '-';
+      equation->SetFanin(static_cast<int>(j) - 2,
+                         system.GetVariable(words[j].c_str() + (isPositive ? 0 : 1)), isPositive);
+    }
+    OrvaVariable* left = system.GetVariable(words[0].c_str());
+    equation->SetFanout(left);
+    left->SetDefinition(equation);
+  }
+  system.BuildListsOfOccurrences();
+}
+
+// The published generators of random deviates in their shortest form, over x' = a x mod m.
+class OrvaReferenceRandomizer {
+ public:
+  static constexpr long MODULUS = 2147483647;
+  static constexpr long MASK = 123459876;
+
+  explicit OrvaReferenceRandomizer(long seed = 12345, long multiplier = 16807)
+      : _state(seed ^ MASK), _multiplier(multiplier) {}
+
+  long Draw() { return (_state = _multiplier * _state % MODULUS) ^ MASK; }
+  double Uniform() { return static_cast<double>(Draw()) / static_cast<double>(MODULUS); }
+  double Uniform(double a, double b) { return a + (b - a) * Uniform(); }
+  // Ahrens and Dieter: how often a uniform number can be doubled, then the least of a number of
+  // uniform numbers that follows from q[k], the sums of (ln 2)^i / i! for i = 1 .. k + 1.
+  double Exponential() {
+    const double ln2 = std::log(2.0);
+    double u = 0.0;
+    while (u == 0.0) u = Uniform();
+    double a = 0.0;
+    for (u += u; u <= 1.0; u += u) a += ln2;
+    u -= 1.0;
+    if (u <= ln2) return a + u;
+    double least = Uniform(), term = ln2, q = ln2;
+    for (int i = 2;; ++i) {
+      least = std::min(least, Uniform());
+      term *= ln2 / i;
+      q = i > 15 ? 1.0 : q + term;
+      if (u <= q) return a + least * ln2;
+    }
+  }
+  // Marsaglia: a point in the unit circle gives two values.
+  double Normal() {
+    if (_waiting != 0.0) return std::exchange(_waiting, 0.0);
+    for (;;) {
+      const double x = 2.0 * Uniform() - 1.0;
+      const double y = 2.0 * Uniform() - 1.0;
+      const double s = x * x + y * y;
+      if (s >= 1.0 || s == 0.0) continue;
+      const double f = std::sqrt(-2.0 * std::log(s) / s);
+      _waiting = y * f;
+      return x * f;
+    }
+  }
+  double Normal(double mean, double deviation) { return mean + deviation * Normal(); }
+  double Lognormal(double mean, double errorFactor, double score) {
+    const double sigma = std::log(errorFactor) / score;
+    return std::exp(Normal(std::log(mean) - 0.5 * sigma * sigma, sigma));
+  }
+  // Marsaglia and Tsang.
+  double Gamma(double k, double theta) {
+    if (k < 1.0) {
+      const double u = Uniform();
+      return Gamma(1.0 + k, theta) * std::pow(u, 1.0 / k);
+    }
+    const double d = k - 1.0 / 3.0;
+    for (;;) {
+      const double x = Normal();
+      const double v = std::pow(1.0 + x / 3.0 / std::sqrt(d), 3);
+      if (v <= 0.0) continue;
+      const double u = Uniform();
+      if (u < 1.0 - 0.0331 * x * x * x * x) return theta * d * v;
+      if (std::log(u) < 0.5 * x * x + d * (1.0 - v + std::log(v))) return theta * d * v;
+    }
+  }
+  double Beta(double a, double b) {
+    const double x = Gamma(a, 1.0);
+    return x / (x + Gamma(b, 1.0));
+  }
+
+ private:
+  long _state;
+  long _multiplier;
+  double _waiting = 0.0;
 };

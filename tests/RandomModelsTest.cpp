@@ -3,8 +3,8 @@
 
 #include <algorithm>
 #include <bit>
-#include <cmath>
 #include <cstdint>
+#include <iomanip>
 #include <random>
 #include <set>
 #include <vector>
@@ -21,7 +21,8 @@ using Subset = std::uint32_t;  // of the basic events
 
 class RandomModel {
  public:
-  explicit RandomModel(std::mt19937& random) : _random(random) {
+  explicit RandomModel(std::mt19937& random, bool hasEighths = false)
+      : _random(random), _hasEighths(hasEighths) {
     do {
       _gates.clear();
       _probabilities.clear();
@@ -34,28 +35,27 @@ class RandomModel {
 
   int Draw(int n) { return std::uniform_int_distribution<int>(0, n - 1)(_random); }
 
+  std::size_t GetNumberOfEvents() const { return _probabilities.size(); }
+  double GetProbabilityOfEvent(std::size_t i) const { return _probabilities[i]; }
   // Events are named after their numbers, b0, b1, ... and g0, g1, ...; the top has the last gate.
   std::string GetTop() const { return "g" + std::to_string(_top); }
   std::string ToText() const {
-    std::string text;
-    char line[64];
+    std::ostringstream text;
     for (std::size_t i = 0; i < _gates.size(); ++i) {
-      const Gate& gate = _gates[i];
-      const std::string name = gate.min == OR ? "or" : gate.min == AND ? "and" : "atleast";
-      text += "<define-gate name=\"g" + std::to_string(i) + "\"><" + name;
-      if (name == "atleast") text += " min=\"" + std::to_string(gate.min) + "\"";
-      text += ">";
-      for (const Child& child : gate.children) {
-        text += child.isGate ? "<gate name=\"g" : "<basic-event name=\"b";
-        text += std::to_string(child.number) + "\"/>";
+      const int min = _gates[i].min;
+      text << 'g' << i << (min == OR ? "=or" : min == AND ? "=and" : "=atleast");
+      if (min > 0) text << min;
+      char separator = '(';
+      for (const Child& child : _gates[i].children) {
+        text << std::exchange(separator, ',') << (child.isGate ? 'g' : 'b') << child.number;
       }
-      text += "</" + name + "></define-gate>\n";
+      text << ");\n";
     }
     for (std::size_t i = 0; i < _probabilities.size(); ++i) {
-      std::snprintf(line, sizeof line, "\"><float value=\"%.17g\"/>", _probabilities[i]);
-      text += "<define-basic-event name=\"b" + std::to_string(i) + line + "</define-basic-event>\n";
+      text << "#b" << i << '=' << std::setprecision(17) << std::showpoint << _probabilities[i]
+           << ";\n";
     }
-    return text;
+    return text.str();
   }
 
   double GetProbability(Subset cutset) const {
@@ -136,7 +136,9 @@ class RandomModel {
     const int n = static_cast<int>(_probabilities.size());
     if (n == _maximumOfEvents || (isShared && n > 0)) return static_cast<std::size_t>(Draw(n));
     const double scale = Draw(3) == 0 ? 1e-3 : 1.0;
-    _probabilities.push_back(scale * (1 + Draw(1000)) / 1000.0);
+    // Small ones as a rule; among eighths, 0 and 1 happen.
+    const double eighth = (Draw(3) == 0 ? Draw(9) : Draw(3)) / 8.0;
+    _probabilities.push_back(_hasEighths ? eighth : scale * (1 + Draw(1000)) / 1000.0);
     return _probabilities.size() - 1;
   }
   // What is left of a child when gates with one child give way to it.
@@ -156,6 +158,7 @@ class RandomModel {
   }
 
   std::mt19937& _random;
+  const bool _hasEighths;
   int _maximumOfEvents;
   int _maximumOfGates;
   std::vector<Gate> _gates;  // each after those below it
@@ -164,24 +167,17 @@ class RandomModel {
 };
 
 // What the engine finds for a model. A cutset that is listed twice is a failure.
-struct Solution {
-  std::set<Subset> cutsets;
-  double sum = 0.0;
-  int numberOfModules = 0;
-};
-
-Solution Solve(const RandomModel& model, const std::string& limits) {
-  Solution solution;
+std::set<Subset> Solve(const RandomModel& model, const std::string& limits, double& sum,
+                       int& numberOfModules) {
   OrvaTestEngine engine;
-  EXPECT_EQ(engine.Load(model.ToText()), 0);
-  EXPECT_EQ(engine.Run("<build><minimal-cutsets top-event=\"" + model.GetTop() + "\" " + limits +
-                       "/></build>"),
-            0);
-  EXPECT_EQ(engine.GetErrors(), "");
+  engine.Define(model.ToText());
+  engine.MustRun("<build><minimal-cutsets top-event=\"" + model.GetTop() + "\" " + limits +
+                 "/></build>");
   const OrvaEvent* top = engine.GetEvent(model.GetTop().c_str());
   const OrvaMCSSet* set = top->GetHandle("MCS")->GetMCSSet();
-  solution.numberOfModules = top->GetHandle("system")->GetSystem()->GetNumberOfModules();
-  set->ComputeSumOfMinimalCutsetProbabilities(solution.sum);
+  numberOfModules = top->GetHandle("system")->GetSystem()->GetNumberOfModules();
+  set->ComputeSumOfMinimalCutsetProbabilities(sum);
+  std::set<Subset> cutsets;
   LumoList leaves;
   set->CollectMinimalCutsets(&leaves);
   for (const OrvaMCSNode* leaf : LumoItems<OrvaMCSNode>(leaves)) {
@@ -192,75 +188,120 @@ Solution Solve(const RandomModel& model, const std::string& limits) {
       EXPECT_EQ(event->GetName()[0], 'b');
       cutset |= 1u << std::atoi(event->GetName() + 1);
     }
-    EXPECT_TRUE(solution.cutsets.insert(cutset).second) << cutset << " is there twice";
+    EXPECT_TRUE(cutsets.insert(cutset).second) << cutset << " is there twice";
   }
-  return solution;
-}
-
-TEST(RandomModels, AllMinimalCutsetsAreFound) {
-  std::mt19937 random(1);
-  int withModules = 0;
-  std::size_t numberOfCutsets = 0;
-  for (int trial = 0; trial < 2000; ++trial) {
-    const RandomModel model(random);
-    const std::set<Subset> expected = model.FindMinimalCutsets();
-    const Solution solution = Solve(model, "");
-    ASSERT_EQ(solution.cutsets, expected) << "trial " << trial << "\n" << model.ToText();
-    double sum = 0.0;
-    for (const Subset cutset : expected) sum += model.GetProbability(cutset);
-    ASSERT_NEAR(solution.sum, sum, 1e-12 * sum) << "trial " << trial;
-    withModules += solution.numberOfModules > 0 ? 1 : 0;
-    numberOfCutsets += expected.size();
-  }
-  // The models are worth the trial.
-  EXPECT_GT(withModules, 500);
-  EXPECT_LT(withModules, 1900);
-  EXPECT_GT(numberOfCutsets, 6000u);
+  return cutsets;
 }
 
 // What is kept depends on the final cutset alone, whatever modules it passed through: its order
 // must not exceed the limit and its probability must reach it, since the order and the highest
 // probability of a module's cutsets bound those of what contains it. Rounding decides at the
-// limit itself.
-TEST(RandomModels, CutoffsKeepExactlyWhatReachesThem) {
+// limit itself. Two of three models have no limits.
+TEST(RandomModels, AllMinimalCutsetsWithinTheLimitsAreFound) {
   constexpr double TOLERANCE = 1e-9;
-  std::mt19937 random(2);
-  int kept = 0;
-  int refused = 0;
-  for (int trial = 0; trial < 1000; ++trial) {
+  std::mt19937 random(1);
+  int withModules = 0, kept = 0, refused = 0;
+  for (int trial = 0; trial < 3000; ++trial) {
     RandomModel model(random);
     const std::set<Subset> all = model.FindMinimalCutsets();
     // Limits of either kind or of both; probabilities often just that of one of the cutsets.
-    const int maximumOrder = trial % 3 == 1 ? 100 : model.Draw(6);
+    int maximumOrder = 100;
     double minimum = 0.0;
-    if (trial % 3 != 0) {
-      minimum = std::pow(10.0, -0.01 * model.Draw(600));
-      if (model.Draw(2) == 0) {
+    char limits[80] = "";
+    if (trial % 3 == 0) {
+      if (trial % 9 != 3) maximumOrder = model.Draw(6);
+      if (trial % 9 != 0) minimum = std::pow(10.0, -0.01 * model.Draw(600));
+      if (minimum > 0.0 && model.Draw(2) == 0) {
         minimum =
             model.GetProbability(*std::next(all.begin(), model.Draw(static_cast<int>(all.size()))));
       }
+      std::snprintf(limits, sizeof limits, "maximum-order=\"%d\" minimum-probability=\"%.17g\"",
+                    maximumOrder, minimum);
     }
-    char limits[80];
-    std::snprintf(limits, sizeof limits, "maximum-order=\"%d\" minimum-probability=\"%.17g\"",
-                  maximumOrder, minimum);
-    const Solution solution = Solve(model, limits);
-    double sum = 0.0;
+    double found = 0.0, sum = 0.0;
+    int numberOfModules = 0;
+    const std::set<Subset> cutsets = Solve(model, limits, found, numberOfModules);
     for (const Subset cutset : all) {
       const double p = model.GetProbability(cutset);
-      const bool isKept = solution.cutsets.count(cutset) != 0;
+      const bool isKept = cutsets.count(cutset) != 0;
       if (isKept) sum += p;
       ++(isKept ? kept : refused);
       const bool isShort = std::popcount(cutset) <= maximumOrder;
-      if (isShort && std::abs(p - minimum) <= TOLERANCE * minimum) continue;
+      if (isShort && minimum > 0.0 && std::abs(p - minimum) <= TOLERANCE * minimum) continue;
       ASSERT_EQ(isKept, isShort && p >= minimum)
           << "trial " << trial << ", cutset " << cutset << ", " << limits << "\n"
           << model.ToText();
     }
-    for (const Subset cutset : solution.cutsets) ASSERT_EQ(all.count(cutset), 1u) << model.ToText();
-    ASSERT_NEAR(solution.sum, sum, 1e-12 * (sum + 1e-300)) << "trial " << trial;
+    for (const Subset cutset : cutsets) ASSERT_EQ(all.count(cutset), 1u) << model.ToText();
+    ASSERT_NEAR(found, sum, 1e-12 * (sum + 1e-300)) << "trial " << trial;
+    withModules += numberOfModules > 0 ? 1 : 0;
   }
-  EXPECT_GT(kept, 1000);
+  // The models are worth the trial.
+  EXPECT_GT(withModules, 750);
+  EXPECT_LT(withModules, 2850);
+  EXPECT_GT(kept, 7000);
   EXPECT_GT(refused, 1000);
+}
+
+// Importance factors by their definitions, over the cutsets found by brute force. With eighths all
+// sums and products are exact, whatever their order.
+TEST(RandomModels, ImportanceFactorsAreThoseOfTheCutsets) {
+  std::mt19937 random(6);
+  int noProbability = 0, clamped = 0, noReduction = 0, negative = 0;
+  for (int trial = 0; trial < 300; ++trial) {
+    const RandomModel model(random, true);
+    const std::set<Subset> cutsets = model.FindMinimalCutsets();
+    OrvaTestEngine engine;
+    engine.Define(model.ToText());
+    engine.MustRun("<set><option name=\"top-event\" value=\"" + model.GetTop() +
+                   "\"/></set><build><minimal-cutsets/></build>"
+                   "<compute><importance-factors output=\"importance.txt\""
+                   " print-conditional-probability-1=\"on\" print-conditional-probability-0=\"on\""
+                   " print-Fussel-Vesely-importance-factor=\"on\"/></compute>");
+    const auto rows = OrvaTestEngine::ReadTable("importance.txt");
+    ASSERT_EQ(rows.size(), model.GetNumberOfEvents() + 3);  // in an order of their own
+    double sum = 0.0;
+    for (const Subset cutset : cutsets) sum += model.GetProbability(cutset);
+    const double top = std::min(sum, 1.0);
+    EXPECT_EQ(rows[1][2], OrvaPrint(top));
+    clamped += sum > 1.0 ? 1 : 0;
+    noProbability += top == 0.0 ? 1 : 0;
+    std::set<std::size_t> events;
+    for (auto row = rows.begin() + 3; row != rows.end(); ++row) {
+      const std::size_t event = std::stoul(row->at(0).substr(1));
+      EXPECT_TRUE(events.insert(event).second);
+      double occurrences = 0.0, mif = 0.0;
+      for (const Subset cutset : cutsets) {
+        if ((cutset >> event & 1) == 0) continue;
+        occurrences += 1.0;
+        mif += model.GetProbability(cutset & ~(1u << event));
+      }
+      const double p = model.GetProbabilityOfEvent(event);
+      const double with = top - p * mif + mif, without = top - p * mif;
+      const auto overTop = [&](double x) { return top == 0.0 ? 0.0 : x / top; };
+      const double rrw = without == 0.0 ? 0.0 : top / without;
+      const double expected[] = {occurrences,
+                                 p,
+                                 with,
+                                 without,
+                                 mif,
+                                 overTop(p * mif),
+                                 overTop(p * with),
+                                 overTop(with),
+                                 rrw,
+                                 overTop(p * with)};
+      for (std::size_t i = 0; i < std::size(expected); ++i) {
+        EXPECT_EQ(row->at(i + 1), OrvaPrint(expected[i])) << rows[2][i + 1] << model.ToText();
+      }
+      noReduction += top > 0.0 && without == 0.0 ? 1 : 0;
+      negative += without < 0.0 ? 1 : 0;
+    }
+  }
+  // The models are worth the trial.
+  EXPECT_GT(noProbability, 20);
+  EXPECT_GT(clamped, 20);
+  EXPECT_GT(noReduction, 20);
+  EXPECT_GT(negative, 0);
 }
 
 }  // namespace

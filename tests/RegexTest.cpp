@@ -1,12 +1,10 @@
 // Regular expressions and the pattern helpers of plain strings.
 
 #include <random>
-#include <vector>
 
 #include "OrvaTestSupport.h"
 #include "regex/LumoRegex.h"
 #include "support/containers/LumoList.h"
-#include "support/containers/LumoRange.h"
 #include "support/text/LumoRawString.h"
 
 namespace {
@@ -20,79 +18,29 @@ Extent Find(const LumoRegex& regex, const std::string& text, std::size_t from = 
   return {static_cast<int>(start), static_cast<int>(end)};
 }
 
-// A new raw string as a text; "(null)" for null.
-std::string Take(char* text) {
-  const std::string copy = text == nullptr ? "(null)" : text;
-  LumoRawString::DeleteIfAny(text);
-  return copy;
-}
-
 TEST(LumoRegex, FindsTheLeftmostLongestMatch) {
-  const struct {
-    const char* pattern;
-    const char* text;
-    Extent extent;
-  } rows[] = {
-      {nullptr, "a", {0, 0}},
-      {"", "a", {0, 0}},
-      {"b", "abcb", {1, 2}},
-      {"B", "abc", NONE},
-      {"a{2}", "aa{2}", {1, 5}},
-      {"a.c",
-       "a\nc a\xE9"
-       "c",
-       {4, 7}},
-      {"\xE9+", "a\xE9\xE9", {1, 3}},
-      // Classes.
-      {"[a-c]+", "xxbcad", {2, 5}},
-      {"[^a-c]+", "ab\nxc", {2, 4}},
-      {"[]x]+", "a]x]", {1, 4}},
-      {"[^]]", "]]a", {2, 3}},
-      {"[-a]+", "b-a-", {1, 4}},
-      {"[a-]+", "b-a", {1, 3}},
-      {"[a\\-z]+", "m-z", {1, 3}},
-      {"[\\]\\d_]+", "ab1_]2", {2, 6}},
-      {"[.*(^]+", "ab.*(^", {2, 6}},
-      // The start and the end.
-      {"^b", "ab", NONE},
-      {"^ab$", "ab", {0, 2}},
-      {"b$", "abb", {2, 3}},
-      {"^$", "", {0, 0}},
-      {"$", "ab", {2, 2}},
-      {"a^b|a$b", "a^b a$b ab", NONE},
-      {"(^a|b)c", "cacbc", {3, 5}},
-      // Repetitions.
-      {"x*", "aax", {0, 0}},
-      {"x+", "aaxxa", {2, 4}},
-      {"ab?c", "abbc ac", {5, 7}},
-      {"ab?", "abb", {0, 2}},
-      {"a*?b", "aab", {0, 3}},
-      {"(a*)*(a+)?b", "caab", {1, 4}},
-      {"(ab|cd)+", "xabcdab", {1, 7}},
-      {"ab*", "abab", {0, 2}},
-      // Alternatives: the longest, not the first.
-      {"a|ab|abc", "xabcd", {1, 4}},
-      {"(a|ab)(c|bcd)(d*)", "abcd", {0, 4}},
-      {"ab|c|", "dab", {0, 0}},
-      {"|a", "ab", {0, 1}},
-      {"x()y", "xy", {0, 2}},
-      {"a|bc", "abc", {0, 1}},
-      {"(a|b)c", "abc", {1, 3}},
-      // Escapes.
-      {"\\d+", "ab12c", {2, 4}},
-      {"\\D+", "12ab3", {2, 4}},
-      {"\\w+", "- a_9Z-", {2, 6}},
-      {"\\W+", "a - b", {1, 4}},
-      {"\\s+", "a \t\n\r\f\vb", {1, 7}},
-      {"\\S+", "  ab ", {2, 4}},
-      {"\\n\\t\\r\\f\\v", "n\n\t\r\f\v", {1, 6}},
-      {"\\^\\$\\.\\\\\\[\\]\\(\\)\\|\\*\\+\\?\\-", "x^$.\\[]()|*+?-", {1, 14}},
-  };
-  for (const auto& [pattern, text, extent] : rows) {
-    const LumoRegex regex(pattern);
-    EXPECT_EQ(regex.GetError(), nullptr) << pattern;
-    EXPECT_EQ(Find(regex, text), extent) << pattern << " in " << text;
+  // Each pattern with a text and the extent of its match, -1 for none.
+  const std::vector<std::string> rows = OrvaSplit(R"(
+      B abc -1 -1          a{2} aa{2} 1 5      [a-c]+ xxbcad 2 5     []x]+ a]x] 1 4
+      [^]] ]]a 2 3         [-a]+ b-a- 1 4      [a-]+ b-a 1 3         [a\-z]+ m-z 1 3
+      [\]\d_]+ ab1_]2 2 6  [.*(^]+ ab.*(^ 2 6  a^b|a$b a^b/a$b -1 -1 a*?b aab 0 3
+      (ab|cd)+ xabcdab 1 7 a|ab|abc xabcd 1 4  ab|c| dab 0 0         x()y xy 0 2
+      (a|ab)(c|bcd)(d*) abcd 0 4               \d+ ab12c 2 4         \D+ 12ab3 2 4
+      \w+ --a_9Z- 2 6      \W+ a--b 1 3        \^\$\.\\\[\]\(\)\|\*\+\?\- x^$.\[]()|*+?- 1 14)");
+  for (auto row = rows.begin(); row != rows.end(); row += 4) {
+    const LumoRegex regex(row[0].c_str());
+    EXPECT_EQ(regex.GetError(), nullptr) << row[0];
+    EXPECT_EQ(Find(regex, row[1]), Extent(std::stoi(row[2]), std::stoi(row[3])))
+        << row[0] << " in " << row[1];
   }
+  for (const char* empty : {static_cast<const char*>(nullptr), ""}) {
+    EXPECT_EQ(Find(LumoRegex(empty), "a"), (Extent{0, 0}));
+  }
+  EXPECT_EQ(Find(LumoRegex("\xE9+"), "a\xE9\xE9"), (Extent{1, 3}));
+  EXPECT_EQ(Find(LumoRegex("[^a-c]+"), "ab\nxc"), (Extent{2, 4}));
+  EXPECT_EQ(Find(LumoRegex("\\s+"), "a \t\n\r\f\vb"), (Extent{1, 7}));
+  EXPECT_EQ(Find(LumoRegex("\\S+"), "  ab "), (Extent{2, 4}));
+  EXPECT_EQ(Find(LumoRegex("\\n\\t\\r\\f\\v"), "n\n\t\r\f\v"), (Extent{1, 6}));
   // From a place on: it is not the start of the text.
   EXPECT_EQ(Find(LumoRegex("^a"), "aab", 1), NONE);
   EXPECT_EQ(Find(LumoRegex("a*b*"), "aab", 1), (Extent{1, 3}));
@@ -138,30 +86,18 @@ class Pattern {
   }
   unsigned GetEnds(const std::string& text, std::size_t i) const {
     const auto reads = [&](bool isRead) { return i < text.size() && isRead ? 2u << i : 0u; };
-    switch (_kind) {
-      case 0:
-        return reads(text[i] == 'a');
-      case 1:
-        return reads(text[i] == 'b');
-      case 2:
-        return reads(text[i] != '\n');
-      case 3:
-        return reads(text[i] != 'a');
-      case 4:
-        return i == 0 ? 1u << i : 0u;
-      case 5:
-        return i == text.size() ? 1u << i : 0u;
-      case 8:
-        return _children[0].GetEnds(text, i) | _children[1].GetEnds(text, i);
-      case 9:
-        return Repeat(1u << i, text);
-      case 10:
-        return Repeat(_children[0].GetEnds(text, i), text);
-      case 11:
-        return 1u << i | _children[0].GetEnds(text, i);
-      default:
-        return Continue(1, _children[0].GetEnds(text, i), text);
-    }
+    const unsigned here = 1u << i;
+    if (_kind == 0) return reads(text[i] == 'a');
+    if (_kind == 1) return reads(text[i] == 'b');
+    if (_kind == 2) return reads(text[i] != '\n');
+    if (_kind == 3) return reads(text[i] != 'a');
+    if (_kind == 4) return i == 0 ? here : 0u;
+    if (_kind == 5) return i == text.size() ? here : 0u;
+    if (_kind == 9) return Repeat(here, text);
+    const unsigned first = _children[0].GetEnds(text, i);
+    if (_kind == 8) return first | _children[1].GetEnds(text, i);
+    if (_kind == 10) return Repeat(first, text);
+    return _kind == 11 ? here | first : Continue(1, first, text);
   }
 
  private:
@@ -229,8 +165,8 @@ TEST(LumoRawString, PatternHelpers) {
   EXPECT_FALSE(S::MatchPattern("abc", "^b"));
   EXPECT_FALSE(S::MatchPattern(nullptr, ""));
   EXPECT_FALSE(S::MatchPattern("(", "("));
-  EXPECT_EQ(Take(S::ExtractPattern("a12b345", "\\d+")), "12");
-  EXPECT_EQ(Take(S::ExtractPattern("ab", "\\d+")), "(null)");
+  EXPECT_EQ(OrvaTake(S::ExtractPattern("a12b345", "\\d+")), "12");
+  EXPECT_EQ(OrvaTake(S::ExtractPattern("ab", "\\d+")), "(null)");
   const struct {
     const char* text;
     const char* pattern;
@@ -248,18 +184,15 @@ TEST(LumoRawString, PatternHelpers) {
               {"a", "(", "(null)", "(null)", ""},
               {nullptr, "a", "(null)", "(null)", ""}};
   for (const auto& [text, pattern, first, all, parts] : rows) {
-    EXPECT_EQ(Take(S::SubstitutePattern(text, pattern, "\\1&")), first) << pattern;
-    EXPECT_EQ(Take(S::SubstitutePatterns(text, pattern, "\\1&")), all) << pattern;
+    EXPECT_EQ(OrvaTake(S::SubstitutePattern(text, pattern, "\\1&")), first) << pattern;
+    EXPECT_EQ(OrvaTake(S::SubstitutePatterns(text, pattern, "\\1&")), all) << pattern;
     if (parts == nullptr) continue;
     LumoList list;
     EXPECT_EQ(S::SplitWithPattern(text, pattern, &list), *parts != '\0') << pattern;
     std::string found;
-    for (char* part : LumoItems<char>(list)) found += "/" + Take(part);
+    for (char* part : LumoItems<char>(list)) found += "/" + OrvaTake(part);
     EXPECT_EQ(found, parts) << pattern;
   }
-  LumoList list;
-  S::SplitWithPattern("abc", "x*", &list);
-  for (char* part : LumoItems<char>(list)) std::printf("[%s]", Take(part).c_str());
 }
 
 }  // namespace

@@ -1,14 +1,11 @@
-#include <cmath>
 #include <ctime>
 #include <filesystem>
-#include <iterator>
 #include <limits>
 #include <memory>
 #include <new>
 
 #include "OrvaTestSupport.h"
 #include "support/memory/LumoMemoryManager.h"
-#include "support/text/LumoRawString.h"
 #include "support/text/LumoString.h"
 #include "support/time/LumoTimer.h"
 #include "support/values/LumoConstant.h"
@@ -27,14 +24,7 @@ extern "C" std::clock_t clock() noexcept { return processorClock; }
 
 namespace {
 
-// A raw string as a string; the raw string is deleted.
-std::string Take(char* text) {
-  std::string copy(text);
-  LumoRawString::Delete(text);
-  return copy;
-}
-
-// The same for a shared string, of which one count is given back.
+// A shared string as a text; one count of it is given back.
 std::string Take(LumoString* text) {
   std::string copy(text->GetAscii(), text->GetLength());
   LumoString::Delete(text);
@@ -51,31 +41,26 @@ std::string Write(Values... values) {
 }  // namespace
 
 TEST(LumoRawString, ComparesWithNullFirst) {
-  EXPECT_EQ(LumoRawString::Compare(nullptr, nullptr), 0);
   EXPECT_EQ(LumoRawString::Compare(nullptr, ""), -1);
   EXPECT_EQ(LumoRawString::Compare("", nullptr), 1);
-  EXPECT_LT(LumoRawString::Compare("a", "b"), 0);
   EXPECT_LT(LumoRawString::Compare("a", "ab"), 0);
   EXPECT_LT(LumoRawString::Compare("z", "\xe9"), 0);  // bytes are unsigned
-  EXPECT_TRUE(LumoRawString::IsLessThan(nullptr, "a"));
-  EXPECT_FALSE(LumoRawString::IsGreaterThan("a", "a"));
   EXPECT_GT(LumoRawString::CompareNumerically("10", "9"), 0);
   EXPECT_EQ(LumoRawString::CompareNumerically("1e1", "10.0"), 0);
+  EXPECT_LT(LumoRawString::CompareNumerically("10", "9x"), 0);  // as texts
 }
 
-TEST(LumoRawString, RecognisesIntegersThatPrintBackAsTheyAre) {
-  for (const char* text : {"0", "7", "-7", "-5", "2147483647", "-2147483648"}) {
+TEST(LumoRawString, RecognisesNumbers) {
+  // Integers print back as they are.
+  for (const char* text : {"0", "7", "-7", "2147483647", "-2147483648"}) {
     EXPECT_TRUE(LumoRawString::IsInt(text)) << text;
   }
-  for (const char* text : {"", "-", "+5", "05", "007", " 5", "5 ", "5.0", "-0", "1e3", "0x10", "a",
+  for (const char* text : {"", "-", "+5", "05", " 5", "5 ", "5.0", "-0", "1e3", "0x10", "a",
                            "2147483648", "-2147483649", "4294967296", "99999999999999999999"}) {
     EXPECT_FALSE(LumoRawString::IsInt(text)) << text;
   }
   EXPECT_EQ(LumoRawString::ToInt(" +12abc"), 12);
   EXPECT_EQ(LumoRawString::ToInt("010"), 10);
-}
-
-TEST(LumoRawString, RecognisesReals) {
   for (const char* text : {"1", "+1", "-1", "007", ".5", "5.", "-5.", "+.5", "1e5", "1E+5",
                            "1.5e-5", "5.e3", ".e3", ".", "-.", "+."}) {
     EXPECT_TRUE(LumoRawString::IsDouble(text)) << text;
@@ -87,24 +72,21 @@ TEST(LumoRawString, RecognisesReals) {
   EXPECT_FALSE(LumoRawString::IsDouble(nullptr));
   EXPECT_EQ(LumoRawString::ToDouble("-2.5e-1x"), -0.25);
   EXPECT_EQ(LumoRawString::ToDouble("."), 0.0);
-  EXPECT_TRUE(LumoRawString::IsBool("true"));
-  EXPECT_TRUE(LumoRawString::IsBool("false"));
   for (const char* text : {"True", "1", "on", ""}) EXPECT_FALSE(LumoRawString::IsBool(text));
-  EXPECT_TRUE(LumoRawString::ToBool("true"));
-  EXPECT_FALSE(LumoRawString::ToBool("1"));
 }
 
 TEST(LumoRawString, WritesWithinBoundsAndReplacesByAPartOfItself) {
-  EXPECT_EQ(Take(LumoRawString::ToString(1234567.0)), "1.23457e+06");
+  EXPECT_EQ(OrvaTake(LumoRawString::ToString(1234567.0)), "1.23457e+06");
+  EXPECT_EQ(OrvaTake(LumoRawString::Append(nullptr, "ab")), "ab");
   EXPECT_FALSE(LumoRawString::IsPrefix("abcd", "abc"));
   EXPECT_FALSE(LumoRawString::IsSuffix("xabc", "abc"));
   EXPECT_TRUE(LumoRawString::IsSuffix("abc", "abc"));
   char* text = LumoRawString::Copy("abcdef");
   LumoRawString::Overwrite(text, 4, "XYZ");
-  EXPECT_EQ(Take(text), "abcdXY");
+  EXPECT_EQ(OrvaTake(text), "abcdXY");
   char* field = LumoRawString::Copy("long name");
   LumoRawString::Replace(field, field + 5);
-  EXPECT_EQ(Take(field), "name");
+  EXPECT_EQ(OrvaTake(field), "name");
 }
 
 TEST(LumoString, SharedStringsAreCopiedBeforeAChange) {
@@ -122,34 +104,22 @@ TEST(LumoString, SharedStringsAreCopiedBeforeAChange) {
   EXPECT_EQ(Take(third), "abcabc");
 }
 
-TEST(LumoString, GrowsByWholeIncrements) {
+TEST(LumoString, GrowsEditsAndConverts) {
   LumoString* text = LumoString::New(4, 4);
   text = text->Append("0123456789");  // 11 bytes with the terminator
   EXPECT_EQ(text->GetSize(), 12U);
-  int growths = 0;
-  for (int i = 0; i < 1000; ++i) {
-    const std::size_t size = text->GetSize();
-    text = text->Append('x');
-    EXPECT_GT(text->GetSize(), text->GetLength());
-    EXPECT_EQ(text->GetSize() % 4, 0U);
-    growths += static_cast<int>(text->GetSize() != size);
-  }
-  EXPECT_LT(growths, 10) << "appending must stay linear";
+  for (int i = 0; i < 1000; ++i) text = text->Append('x');
   EXPECT_EQ(Take(text), "0123456789" + std::string(1000, 'x'));
-}
-
-TEST(LumoString, EditsAndConverts) {
-  LumoString* text = LumoString::New(42, "<%04d>");
-  text = text->Append(0.125, "%.2e")->Append(7, "%d");
+  text = LumoString::New(42, "<%04d>")->Append(0.125, "%.2e")->Append(7, "%d");
   EXPECT_EQ(Take(text->GetSlice(14, 99)), "7");
   EXPECT_EQ(Take(text->GetSuffix(99)), "<0042>1.25e-017");
   EXPECT_EQ(text->ToInt(5), 5);  // the default: the whole text is no number
   text = text->Chop(99)->Append("12");
-  EXPECT_EQ(text->ToInt(5), 12);
+  EXPECT_EQ(text->ToInt(5) + text->ToDouble(0.5), 24.0);
   EXPECT_EQ(Take(text), "12");
 }
 
-TEST(LumoFileStream, InterpretsBackslashSequencesInTexts) {
+TEST(LumoFileStream, InterpretsBackslashSequencesAndWritesValues) {
   const struct {
     const char* text;
     const char* written;
@@ -158,26 +128,16 @@ TEST(LumoFileStream, InterpretsBackslashSequencesInTexts) {
                {"%d %s", "%d %s"}, {"tab\t \"", "tab\t \""}, {"", ""}};
   for (const auto& [text, written] : cases) EXPECT_EQ(Write(text), written) << text;
   EXPECT_EQ(Write('\\'), "\\");  // a single character is written as it is
-}
-
-TEST(LumoFileStream, WritesValues) {
-  EXPECT_EQ(Write(-12), "-12");
   EXPECT_EQ(Write(std::numeric_limits<long>::min()), "-9223372036854775808");
-  EXPECT_EQ(Write(0.1), "0.1");
-  EXPECT_EQ(Write(1234567.0), "1.23457e+06");
   EXPECT_EQ(Write(0.5F), "0.5");
   EXPECT_EQ(Write("%.3f\\n", 2.0), "2.000\n");  // the formatted text is a text
   EXPECT_EQ(Write("%f", 1e300).size(), 308U);   // 301 digits, a point, 6 digits
   const LumoConstant nil, yes(true), text("a\\tb");
   OrvaTextStream stream;
-  stream.Get()->Put(&nil);
-  stream.Get()->Put(&yes);
-  stream.Get()->Put(&text);
+  for (const LumoConstant* value : {&nil, &yes, &text}) stream.Get()->Put(value);
   stream.Get()->SetSignificantDigitNumber(3);
   stream.Get()->Putln(1234567.0);
-  stream.Get()->Putln("%.1e", 1234567.0);
-  stream.Get()->Putln("end");
-  EXPECT_EQ(stream.GetText(), "niltruea\tb1.23e+06\n1.2e+06\nend\n");
+  EXPECT_EQ(stream.GetText(), "niltruea\tb1.23e+06\n");
 }
 
 TEST(LumoFileStream, ReadsBytesCountsLinesAndPushesBack) {
@@ -186,23 +146,16 @@ TEST(LumoFileStream, ReadsBytesCountsLinesAndPushesBack) {
   OrvaTextStream trace;
   LumoFileStream stream(true, file.Get());
   stream.SetTraceStream(trace.Get());
-  EXPECT_EQ(stream.GetLineNumber(), 1);
-  std::string read;
-  for (int i = 0; i < 6; ++i) {
-    EXPECT_FALSE(stream.IsAtEnd());
-    read += static_cast<char>(stream.GetChar());
-  }
-  EXPECT_EQ(read, text);  // byte 255 is not the end
+  for (const char c : text) EXPECT_EQ(static_cast<char>(stream.GetChar()), c);
+  EXPECT_FALSE(stream.IsAtEnd());  // byte 255 is not the end
   EXPECT_EQ(stream.GetLineNumber(), 3);
   EXPECT_EQ(stream.GetChar(), -1);
   EXPECT_TRUE(stream.IsAtEnd());
   EXPECT_EQ(trace.GetText(), text);  // every character read is echoed
   stream.ResetTraceStream();
   for (int i = 0; i < 100; ++i) stream.UnGetChar(static_cast<char>('A' + i % 26));
-  EXPECT_FALSE(stream.IsAtEnd());
   for (int i = 99; i >= 0; --i) EXPECT_EQ(stream.GetChar(), 'A' + i % 26);
   EXPECT_EQ(stream.GetChar(), -1);
-  EXPECT_EQ(trace.GetText(), text);
 }
 
 TEST(LumoFileStream, EchoesWhatItWritesAndClosesItsFile) {
@@ -212,15 +165,11 @@ TEST(LumoFileStream, EchoesWhatItWritesAndClosesItsFile) {
   OrvaTextStream trace;
   stream.SetTraceStream(trace.Get());
   stream.Put("a\\tb");
-  stream.Put(1.5);
   EXPECT_EQ(stream.GetChar(), -1);  // an output stream reads nothing
   stream.Close();
-  EXPECT_EQ(stream.GetFile(), nullptr);
-  EXPECT_EQ(std::string(text, size), "a\tb1.5");
-  EXPECT_EQ(trace.GetText(), "a\tb1.5");
   stream.Put("lost");
   stream.Close();
-  EXPECT_EQ(trace.GetText(), "a\tb1.5");
+  EXPECT_EQ(std::string(text, size) + trace.GetText(), "a\tba\tb");
   std::free(text);
 }
 
@@ -229,32 +178,20 @@ TEST(LumoTimer, PrintsProcessorTimeBelowAMinuteAndWallClockTimeFromThereOn) {
     std::time_t seconds;
     double processorSeconds;
     const char* text;
-  } cases[] = {{0, 0.0, "0.00"},  {2, 2.05, "2.05"},  {59, 3.07, "3.07"},
-               {0, 0.45, "0.45"}, {0, 12.5, "12.50"}, {59, 123.25, "123.25"},
-               {60, 3.07, "60"},  {125, 0.0, "125"},  {1234567, 1.0, "1.23457e+06"}};
+  } cases[] = {{0, 0.0, "0.00"},       {59, 3.07, "3.07"}, {0, 12.5, "12.50"},
+               {59, 123.25, "123.25"}, {60, 3.07, "60"},   {1234567, 1.0, "1.23457e+06"}};
   for (const auto& [seconds, processorSeconds, text] : cases) {
     LumoTimer timer("search");
-    timer.Start();
-    wallClock += seconds;
-    processorClock += std::lround(processorSeconds * CLOCKS_PER_SEC);
-    timer.Stop();
-    EXPECT_EQ(Take(timer.ToStringOfTimeInSeconds()), text);
+    for (const std::time_t part : {seconds / 2, seconds - seconds / 2}) {
+      timer.Start();
+      wallClock += part;
+      processorClock += std::lround(processorSeconds * CLOCKS_PER_SEC / 2);
+      timer.Stop();
+      wallClock += 50;  // does not count
+      processorClock += 5000;
+    }
+    EXPECT_EQ(OrvaTake(timer.ToStringOfTimeInSeconds()), text);
   }
-}
-
-TEST(LumoTimer, AccumulatesOverSeveralRunsUntilReset) {
-  LumoTimer timer;
-  for (int i = 0; i < 3; ++i) {
-    timer.Start();
-    wallClock += 2;
-    processorClock += 100;
-    timer.Stop();
-    wallClock += 50;  // not running
-    processorClock += 5000;
-  }
-  EXPECT_EQ(timer.GetAccumulatedSeconds(), 6.0);
-  EXPECT_EQ(timer.GetAccumulatedTicks(), 300);
-  timer.Reset();
 }
 
 // Works in a folder of its own, with the accounting just started.
@@ -298,43 +235,35 @@ TEST_F(LumoMemoryManagerTest, CountsObjectsAndStringsAndReportsALeak) {
     EXPECT_EQ(LumoMemoryManager::GetAllocationBalance(), 2);
     const LumoTimer nameless;
     EXPECT_EQ(LumoMemoryManager::GetAllocationBalance(), 3);
-    timer.SetName("other");
-    EXPECT_EQ(LumoMemoryManager::GetAllocationBalance(), 3);
   }
   LumoMemoryManager::Stop();  // balanced: silent
   EXPECT_EQ(GetDump() + GetTrace(), "");
   char* leak = LumoRawString::Copy("leak");
   char* other = LumoRawString::New(3);
-  EXPECT_EQ(std::string(other, 3), std::string(3, '\0'));
   testing::internal::CaptureStderr();
   LumoMemoryManager::Stop();
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "LumoMemoryManager::AllocationBalance = 2\n");
-  EXPECT_NE(GetDump().find("\nLumoMemoryManager::AllocationBalance = 2\n"), std::string::npos);
   LumoRawString::Delete(leak);
   LumoRawString::Delete(other);
 }
 
-TEST_F(LumoMemoryManagerTest, TracesAllocationsOnRequestOnly) {
+TEST_F(LumoMemoryManagerTest, TracesOnRequestOnly) {
   int object = 0;
   const std::string name = AddressOf(&object) + "/Thing ";
   LumoMemoryManager::TraceNew(&object, "Untraced");
   LumoMemoryManager::SetTraceAllocations(true);
   LumoMemoryManager::TraceNew(&object, "Thing");  // the balance before it is 1
+  LumoMemoryManager::Trace("n", 7);
+  LumoMemoryManager::Trace("x", 0.5);
+  LumoMemoryManager::TraceAllocationBalance("here");
+  LumoMemoryManager::TraceAllocationDebugPoint("there");
   LumoMemoryManager::TraceDelete(&object, "Thing");
   LumoMemoryManager::SetTraceAllocations(false);
   LumoMemoryManager::TraceDelete(&object, "Untraced");
-  LumoMemoryManager::SetTraceAllocations(true);
-  LumoMemoryManager::Stop();
-  const std::string start =
-      "LumoMemoryManager::New " + name + "[1]\nLumoMemoryManager::Delete " + name;
-  const std::string end = "]\nLumoMemoryManager::Stop\n";
-  const std::string trace = GetTrace();
-  EXPECT_EQ(trace.substr(0, start.size()), start);
-  EXPECT_EQ(trace.find(end), trace.size() - end.size());
-  EXPECT_EQ(std::count(trace.begin(), trace.end(), '\n'), 3);
-  LumoMemoryManager::Start();  // tracing is off again
-  const LumoTimer timer;
-  EXPECT_EQ(GetTrace(), trace);
+  const std::string trace = "LumoMemoryManager::New " + name +
+                            "[1]\nn 7\nx 0.5\nhere [2]\nthere\nLumoMemoryManager::Delete " + name;
+  EXPECT_EQ(GetTrace().substr(0, trace.size()), trace);
+  EXPECT_EQ(GetTrace().find("Untraced"), std::string::npos);
 }
 
 TEST_F(LumoMemoryManagerTest, EndsTheProcessOnANegativeBalance) {
@@ -363,7 +292,8 @@ TEST_F(LumoMemoryManagerTest, AllocatesZeroFilledCellsAndNotesNullDeletions) {
   EXPECT_EQ(GetDump(), line + line);
   LumoMemoryManager::SetTraceNullPointerDeletions(false);
   LumoMemoryManager::DeleteCell(nullptr);
-  EXPECT_EQ(GetDump(), line + line);
+  LumoMemoryManager::Dump("100 %s\n");  // a message is no format
+  EXPECT_EQ(GetDump(), line + line + Dated("100 %s\n"));
 }
 
 TEST_F(LumoMemoryManagerTest, HandlesExhaustedMemory) {
@@ -381,13 +311,4 @@ TEST_F(LumoMemoryManagerTest, HandlesExhaustedMemory) {
 #else
   EXPECT_DEATH(exhaust(), "");
 #endif
-}
-
-TEST_F(LumoMemoryManagerTest, AppendsDumpsAndTracesToFiles) {
-  LumoMemoryManager::Dump("first\n");
-  LumoMemoryManager::Dump("100 %s\n");  // a message is no format
-  EXPECT_EQ(GetDump(), Dated("first\n") + Dated("100 %s\n"));
-  LumoMemoryManager::Trace("own.txt", "%s %d %ld %g\n", "x", -1, 2L, 0.5);
-  LumoMemoryManager::Trace("own.txt", "end\n");
-  EXPECT_EQ(OrvaTestEngine::ReadFile("own.txt"), "x -1 2 0.5\nend\n");
 }

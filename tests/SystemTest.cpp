@@ -1,46 +1,13 @@
-#include <algorithm>
 #include <random>
-#include <string>
-#include <vector>
 
 #include "OrvaTestSupport.h"
-#include "model/OrvaGate.h"
 #include "quantification/OrvaHandle.h"
 #include "system/OrvaRewriter.h"
-#include "system/OrvaSystem.h"
 #include "system/OrvaSystemBuilder.h"
 
 namespace {
 
 using Value = OrvaVariable::Value;
-
-struct Row {
-  const char* left;
-  int k;
-  const char* literals;  // "a -b c"
-};
-
-// Variables in the order given, one equation per row.
-void Fill(OrvaSystem& system, const std::vector<const char*>& names, const std::vector<Row>& rows) {
-  for (std::size_t i = 0; i < names.size(); ++i) system.SetVariable(static_cast<int>(i), names[i]);
-  for (std::size_t i = 0; i < rows.size(); ++i) {
-    OrvaEquation* equation = system.GetEquation(static_cast<int>(i));
-    std::istringstream text(rows[i].literals);
-    std::vector<std::string> words;
-    for (std::string word; text >> word;) words.push_back(word);
-    equation->CreateFaninTable(static_cast<int>(words.size()));
-    for (std::size_t j = 0; j < words.size(); ++j) {
-      const bool isPositive = words[j][0] != '-';
-      OrvaVariable* variable = system.GetVariable(words[j].c_str() + (isPositive ? 0 : 1));
-      equation->SetFanin(static_cast<int>(j), variable, isPositive);
-    }
-    equation->SetMin(rows[i].k);
-    OrvaVariable* left = system.GetVariable(rows[i].left);
-    equation->SetFanout(left);
-    left->SetDefinition(equation);
-  }
-  system.BuildListsOfOccurrences();
-}
 
 std::string Write(const OrvaEquation& equation) {
   std::string text =
@@ -70,20 +37,15 @@ int CompareNamesOfLiterals(const void* a, const void* b) {
 
 TEST(Equation, FaninTable) {
   OrvaSystem system(4, 1);
-  Fill(system, {"a", "b", "c", "g"}, {{"g", 2, "c -a b a -c"}});
+  OrvaFillSystem(system, "a b c g", {"g 2 c -a b a -c"});
   OrvaEquation& equation = *system.GetEquation(0);
-  OrvaVariable* variable = nullptr;
-  bool sign = true;
-  equation.GetFanin(1, variable, sign);
-  EXPECT_STREQ(variable->GetName(), "a");
-  EXPECT_FALSE(sign);
   for (const int outside : {-1, 5}) {
+    OrvaVariable* variable = system.GetVariable(0);
+    bool sign = false;
     equation.SetFanin(outside, variable, false);
-    sign = false;
     equation.GetFanin(outside, variable, sign);
     EXPECT_EQ(variable, nullptr);
     EXPECT_TRUE(sign);
-    variable = system.GetVariable(0);
   }
   equation.SwapFanins(0, 2);
   EXPECT_EQ(Write(equation), "g=2(b,-a,c,a,-c)");
@@ -91,44 +53,28 @@ TEST(Equation, FaninTable) {
   EXPECT_EQ(Write(equation), "g=2(-a,a,b,c,-c)");  // equal ones keep their order
 }
 
-// The value of the right member is fixed when all ways to fix the unfixed literals agree; otherwise
-// it is what the candidate values make it.
+// Values 0 and 1 are possibly, 2 and 3 necessarily false and true.
 TEST(Equation, RightMemberFollowsFromItsLiterals) {
   OrvaSystem system(4, 1);
-  Fill(system, {"a", "b", "c", "g"}, {{"g", 0, "a -b c"}});
+  OrvaFillSystem(system, "a b c g", {"g 0 a -b c"});
   OrvaEquation& equation = *system.GetEquation(0);
   for (int code = 0; code < 64; ++code) {
-    int values[3];
+    int fixed = 0, open = 0, candidates = 0;  // the literals that are true, may be, would be
     for (int i = 0; i < 3; ++i) {
-      values[i] = code >> (2 * i) & 3;
-      system.GetVariable(i)->SetCandidateValue(static_cast<Value>(values[i]));
+      const int value = code >> (2 * i) & 3;
+      system.GetVariable(i)->SetCandidateValue(static_cast<Value>(value));
+      const bool isTrue = (value % 2 == 1) != (i == 1);  // b is negative
+      fixed += value >= 2 && isTrue ? 1 : 0;
+      open += value < 2 ? 1 : 0;
+      candidates += isTrue ? 1 : 0;
     }
-    values[1] ^= 1;  // the negative literal
     for (int k = -1; k <= 5; ++k) {
       equation.SetMin(k);
       equation.ResetCandidateCounts();
-      bool canBeTrue = false;
-      bool canBeFalse = false;
-      bool candidate = false;
-      for (int world = 0; world < 8; ++world) {
-        int numberOfTrue = 0;
-        bool isCandidate = true;
-        bool isPossible = true;
-        for (int i = 0; i < 3; ++i) {
-          const bool isTrue = (world >> i & 1) != 0;
-          const bool taken = values[i] == 1 || values[i] == 3;
-          if (values[i] >= 2 && isTrue != taken) isPossible = false;
-          if (isTrue != taken) isCandidate = false;
-          numberOfTrue += isTrue ? 1 : 0;
-        }
-        if (!isPossible) continue;
-        (numberOfTrue >= k ? canBeTrue : canBeFalse) = true;
-        if (isCandidate) candidate = numberOfTrue >= k;
-      }
-      const Value expected = !canBeFalse  ? OrvaVariable::NECESSARILY_TRUE
-                             : !canBeTrue ? OrvaVariable::NECESSARILY_FALSE
-                             : candidate  ? OrvaVariable::POSSIBLY_TRUE
-                                          : OrvaVariable::POSSIBLY_FALSE;
+      const Value expected = fixed >= k         ? OrvaVariable::NECESSARILY_TRUE
+                             : fixed + open < k ? OrvaVariable::NECESSARILY_FALSE
+                             : candidates >= k  ? OrvaVariable::POSSIBLY_TRUE
+                                                : OrvaVariable::POSSIBLY_FALSE;
       ASSERT_EQ(equation.GetRightMemberCandidateValue(), expected) << code << ", k = " << k;
       system.GetVariable("g")->SetCandidateValue(OrvaVariable::NECESSARILY_FALSE);
       EXPECT_EQ(equation.IsResolved(), OrvaVariable::IsFixed(expected));
@@ -141,54 +87,36 @@ TEST(Equation, RightMemberFollowsFromItsLiterals) {
 TEST(System, DictionaryOccurrencesAndTop) {
   OrvaSystem system(6, 2);
   // f occurs nowhere and comes before top; b stands twice in one equation.
-  Fill(system, {"b", "f", "g", "a", "top", "c"}, {{"top", 2, "g a -b b b"}, {"g", 1, "-b a c"}});
+  OrvaFillSystem(system, "b f g a top c", {"top 2 g a -b b b", "g 1 -b a c"});
   EXPECT_STREQ(system.GetTopVariable()->GetName(), "top");
   OrvaVariable* b = system.GetVariable("b");
+  system.BuildListsOfOccurrences();  // afresh
   EXPECT_EQ(b->GetNumberOfOccurrences(true), 2);
   EXPECT_EQ(b->GetNumberOfOccurrences(false), 2);
-  EXPECT_EQ(b->GetPositiveOccurrence(1), system.GetEquation(0));
-  EXPECT_EQ(b->GetNegativeOccurrence(0), system.GetEquation(0));
   EXPECT_EQ(b->GetNegativeOccurrence(1), system.GetEquation(1));
-  EXPECT_TRUE(system.GetVariable("f")->IsInputVariable());
-  EXPECT_TRUE(system.GetVariable("f")->IsOutputVariable());
-  EXPECT_TRUE(system.GetVariable("g")->IsInternalVariable());
   EXPECT_EQ(system.GetNumberOfAtomicVariables(), 4);
-  EXPECT_EQ(system.GetNumberOfModules(), 0);
-  system.BuildListsOfOccurrences();  // afresh
-  EXPECT_EQ(b->GetNumberOfOccurrences(), 4);
-
   system.ChangeNameOfVariable(b, "z");
   EXPECT_EQ(system.GetVariable("b"), nullptr);
-  EXPECT_EQ(system.GetVariable("z"), b);
-  std::string names;
-  for (const OrvaVariable* variable : LumoItems<OrvaVariable>(system.GetDictionary())) {
-    names += variable->GetName() + std::string(" ");
-  }
-  EXPECT_EQ(names, "a c f g top z ");
+  EXPECT_EQ(OrvaNamesOf<OrvaVariable>(system.GetDictionary()), "a c f g top z");
 
   // Down from g: its inputs, and nothing above. Up from a: both gates.
-  system.GetVariable("g")->SetFlagsOfDescendants(1);
-  const auto flags = [&] {
+  const auto takeFlags = [&] {
     std::string text;
-    for (const OrvaVariable& variable : system.GetVariables()) {
+    for (OrvaVariable& variable : system.GetVariables()) {
       text += std::to_string(variable.GetFlag());
+      variable.SetFlag(0);
     }
     return text;
   };
-  EXPECT_EQ(flags(), "101101");
-  system.GetVariable("g")->SetFlagsOfDescendants(0);
+  system.GetVariable("g")->SetFlagsOfDescendants(1);
+  EXPECT_EQ(takeFlags(), "101101");
   system.GetVariable("a")->SetFlagsOfAncestors(1);
-  EXPECT_EQ(flags(), "001110");
-
-  OrvaSystem single(1, 0);  // a top that is a basic event
-  Fill(single, {"a"}, {});
-  EXPECT_STREQ(single.GetTopVariable()->GetName(), "a");
+  EXPECT_EQ(takeFlags(), "001110");
 }
 
 TEST(System, ResetKeepsCutsetValuesOfGates) {
   OrvaSystem system(5, 3);
-  Fill(system, {"a", "b", "g", "always", "top"},
-       {{"g", 1, "a"}, {"always", 0, "b"}, {"top", 2, "g -b always"}});
+  OrvaFillSystem(system, "a b g always top", {"g 1 a", "always 0 b", "top 2 g -b always"});
   system.ResetVariableValues();
   // An equation with k <= 0 is true from the start: top = not b and always.
   EXPECT_TRUE(system.GetVariable("always")->GetCutsetValue());
@@ -265,110 +193,51 @@ TEST(System, CutsetValuationAgreesWithRecomputation) {
   }
 }
 
-class BuilderTest : public testing::Test {
- protected:
-  // Defines a gate: "and", "or", "atleast2", "not" or "event" over "a -b c".
-  void Gate(const std::string& name, const std::string& type, const std::string& children) {
-    const bool isAtLeast = type.rfind("atleast", 0) == 0;
-    std::string text;
-    std::istringstream words(children);
-    for (std::string word; words >> word;) {
-      text += word[0] == '-' ? "<not><event name=\"" + word.substr(1) + "\"/></not>"
-                             : "<event name=\"" + word + "\"/>";
+TEST(SystemBuilder, OneVariablePerEventOneEquationPerGate) {
+  // Aliases have no variable, but for the top. The threshold of a definition that is no AND, OR or
+  // ATLEAST stays what it is in a new equation, so that the gate is always true: as it is defined.
+  // m is a module, though it is referenced twice; p is not cut out of it.
+  const char* const rows[][2] = {
+      {"top = and(x,-g,x,a); x = y; y = g; g = atleast2(a,-b,h); h = or(c,-a)",
+       "a b c h g top ; h=1(c,-a) g=2(a,-b,h) top=4(g,-g,g,a)"},
+      {"top = x; x = g; g = or(a,b)", "a b top ; top=1(a,b)"},
+      {"top = or(alias,negation); alias = a; negation = -a",
+       "a alias negation top ; alias=0() negation=0(a) top=1(alias,negation)"},
+      {"top = or(g,k,m); g = and(m,x); k = and(n,x); m = or(a,p); p = and(b,c); n = and(d,e)",
+       "m x g n k top ; g=2(m,x) k=2(n,x) top=1(g,k,m) / a b c p m ; p=2(b,c) m=1(a,p) /"
+       " d e n ; n=2(d,e)"}};
+  for (const auto& [text, expected] : rows) {
+    OrvaTestEngine engine;
+    engine.Define(text);
+    OrvaModel* model = engine.GetModel();
+    model->Complete();
+    OrvaEvent* top = engine.GetEvent("top");
+    engine->GetRewriter()->DetectModules(model, top);
+    OrvaHandle* handle = engine->GetSystemBuilder()->BuildSystem(model, top, "S", true);
+    EXPECT_EQ(handle, top->GetHandle("S"));
+    EXPECT_EQ(handle->GetSystem()->GetTopVariable()->GetEvent(), top);
+    std::string found = Write(handle->GetSystem());
+    for (const OrvaEvent* event : LumoItems<OrvaEvent>(model->GetEvents())) {
+      EXPECT_EQ(event->GetVariable(), nullptr);
+      EXPECT_EQ(event->GetFlag(), 0);
+      if (event == top || event->GetHandle("S") == nullptr) continue;
+      found += " / " + Write(event->GetHandle("S")->GetSystem());
     }
-    if (isAtLeast) text = "<atleast min=\"" + type.substr(7) + "\">" + text + "</atleast>";
-    if (!isAtLeast && type != "event") text = "<" + type + ">" + text + "</" + type + ">";
-    ASSERT_EQ(_engine.Load("<define-gate name=\"" + name + "\">" + text + "</define-gate>"), 0);
+    EXPECT_EQ(found, expected);
   }
-  OrvaSystem* Build(const char* top, bool cutsModules) {
-    _engine.GetModel()->Complete();
-    OrvaEvent* event = _engine.GetEvent(top);
-    OrvaHandle* handle =
-        _engine->GetSystemBuilder()->BuildSystem(_engine.GetModel(), event, "S", cutsModules);
-    EXPECT_EQ(handle, event->GetHandle("S"));
-    EXPECT_EQ(handle->GetType(), OrvaHandle::SYSTEM_HANDLE);
-    EXPECT_STREQ(handle->GetSystem()->GetName(), "S");
-    for (const OrvaEvent* any : LumoItems<OrvaEvent>(_engine.GetModel()->GetEvents())) {
-      EXPECT_EQ(any->GetVariable(), nullptr);
-      EXPECT_EQ(any->GetFlag(), 0);
-    }
-    return handle->GetSystem();
-  }
-
-  OrvaTestEngine _engine;
-};
-
-TEST_F(BuilderTest, OneVariablePerEventOneEquationPerGate) {
-  Gate("top", "and", "x -g x a");
-  Gate("x", "event", "y");  // aliases have no variable
-  Gate("y", "event", "g");
-  Gate("g", "atleast2", "a -b h");
-  Gate("h", "or", "c -a");
-  OrvaSystem* system = Build("top", false);
-  EXPECT_EQ(Write(system), "a b c h g top ; h=1(c,-a) g=2(a,-b,h) top=4(g,-g,g,a)");
-  EXPECT_STREQ(system->GetTopVariable()->GetName(), "top");
-  EXPECT_EQ(system->GetVariable("g")->GetEvent(), _engine.GetEvent("g"));
-  EXPECT_EQ(system->GetVariable("g")->GetDefinition(), system->GetEquation(1));
-  EXPECT_EQ(Write(Build("a", false)), "a ;");  // a basic event is its own top
 }
 
-TEST_F(BuilderTest, AliasedTopKeepsItsName) {
-  Gate("top", "event", "x");
-  Gate("x", "event", "g");
-  Gate("g", "or", "a b");
-  OrvaSystem* system = Build("top", true);
-  EXPECT_EQ(Write(system), "a b top ; top=1(a,b)");
-  EXPECT_EQ(system->GetTopVariable()->GetEvent(), _engine.GetEvent("top"));
-}
-
-// The threshold of a definition that is no AND, OR or ATLEAST stays what it is in a new equation,
-// so that the gate is always true: as it is defined.
-TEST_F(BuilderTest, OtherDefinitionsLeaveTheThreshold) {
-  Gate("top", "or", "alias negation");
-  Gate("alias", "event", "a");
-  Gate("negation", "not", "a");
-  EXPECT_EQ(Write(Build("top", false)),
-            "a alias negation top ; alias=0() negation=0(a) top=1(alias,negation)");
-}
-
-TEST_F(BuilderTest, ModulesBecomeSystemsOfTheirOwn) {
-  Gate("top", "or", "g k m");
-  Gate("g", "and", "m x");
-  Gate("k", "and", "n x");
-  Gate("m", "or", "a p");  // referenced twice, and still a module
-  Gate("p", "and", "b c");
-  Gate("n", "atleast2", "d e f");
-  ASSERT_EQ(
-      _engine.Load("<define-basic-event name=\"a\"><float value=\"0.25\"/>"
-                   "</define-basic-event><define-basic-event name=\"x\"><float value=\"0.5\"/>"
-                   "</define-basic-event>"),
-      0);
-  _engine->GetRewriter()->DetectModules(_engine.GetModel(), _engine.GetEvent("top"));
-  OrvaSystem* system = Build("top", true);
-  EXPECT_EQ(Write(system), "m x g n k top ; g=2(m,x) k=2(n,x) top=1(g,k,m)");
-  EXPECT_EQ(system->GetNumberOfModules(), 2);
-  EXPECT_EQ(system->GetNumberOfAtomicVariables(), 3);
-  ASSERT_NE(_engine.GetEvent("m")->GetHandle("S"), nullptr);
-  OrvaSystem* module = _engine.GetEvent("m")->GetHandle("S")->GetSystem();
-  EXPECT_EQ(Write(module), "a b c p m ; p=2(b,c) m=1(a,p)");  // p is not cut out of it
-  EXPECT_EQ(Write(_engine.GetEvent("n")->GetHandle("S")->GetSystem()), "d e f n ; n=2(d,e,f)");
-  EXPECT_EQ(_engine.GetEvent("p")->GetHandle("S"), nullptr);
-
-  // Probabilities go to basic events; modules keep theirs, variables without event get 1.
-  _engine.GetModel()->ComputeProbabilitiesOfBasicEvents(0.0);
-  system->GetVariable("m")->SetProbability(0.75);
-  system->GetVariable("m")->SetHighestCutsetProbability(0.125);
-  system->GetVariable("n")->SetEvent(nullptr);
-  system->GetVariable("n")->SetProbability(0.0);
-  _engine->GetSystemBuilder()->LoadProbabilities(_engine.GetModel(), system, 0.0);
-  EXPECT_EQ(system->GetVariable("x")->GetProbability(), 0.5);
-  EXPECT_EQ(system->GetVariable("x")->GetHighestCutsetProbability(), 0.5);
-  EXPECT_EQ(system->GetVariable("m")->GetProbability(), 0.75);
-  EXPECT_EQ(system->GetVariable("m")->GetHighestCutsetProbability(), 0.125);
-  EXPECT_EQ(system->GetVariable("n")->GetProbability(), 1.0);
-
-  // Without modules everything is in one system.
-  EXPECT_EQ(Build("top", false)->GetNumberOfEquations(), 6);
+TEST(SystemBuilder, ProbabilitiesGoToBasicEvents) {
+  OrvaTestEngine engine;
+  engine.Define("top = or(m,a,b); m = and(c,d); #a = 0.5; #b = 0.25");
+  engine.MustRun("<build><minimal-cutsets top-event=\"top\"/></build>");
+  OrvaSystem* system = engine.GetEvent("top")->GetHandle("system")->GetSystem();
+  for (OrvaVariable& variable : system->GetVariables()) variable.SetProbability(0.75);
+  system->GetVariable("b")->SetEvent(nullptr);
+  engine->GetSystemBuilder()->LoadProbabilities(engine.GetModel(), system, 0.0);
+  EXPECT_EQ(system->GetVariable("a")->GetHighestCutsetProbability(), 0.5);
+  EXPECT_EQ(system->GetVariable("m")->GetProbability(), 0.75);  // a module keeps its own
+  EXPECT_EQ(system->GetVariable("b")->GetProbability(), 1.0);   // without event
 }
 
 }  // namespace

@@ -1,10 +1,7 @@
 #include <memory>
-#include <string>
-#include <vector>
 
 #include "OrvaTestSupport.h"
 #include "mcs/OrvaWalker.h"
-#include "model/OrvaGate.h"
 #include "quantification/OrvaHandle.h"
 #include "system/OrvaModuleRecord.h"
 
@@ -15,30 +12,14 @@ class OrvaWalkerTest : public testing::Test {
   static constexpr int NO_LIMIT = 2147483647;
 
   void Build(const std::string& names, const std::vector<std::string>& rows) {
-    const std::vector<std::string> words = Split(names);
-    _system =
-        std::make_unique<OrvaSystem>(static_cast<int>(words.size()), static_cast<int>(rows.size()));
-    for (std::size_t i = 0; i < words.size(); ++i) {
-      OrvaVariable* variable = _system->GetVariable(static_cast<int>(i));
-      _system->SetVariable(static_cast<int>(i), words[i].c_str());
-      OrvaEvent* event = _model.LookForEvent(words[i].c_str());
-      if (event == nullptr) event = _model.AddEvent(words[i].c_str(), OrvaEvent::BASIC_EVENT);
-      variable->SetEvent(event);
+    _system = std::make_unique<OrvaSystem>(static_cast<int>(OrvaSplit(names).size()),
+                                           static_cast<int>(rows.size()));
+    OrvaFillSystem(*_system, names, rows);
+    for (OrvaVariable& variable : _system->GetVariables()) {
+      OrvaEvent* event = _model.LookForEvent(variable.GetName());
+      if (event == nullptr) event = _model.AddEvent(variable.GetName(), OrvaEvent::BASIC_EVENT);
+      variable.SetEvent(event);
     }
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-      const std::vector<std::string> row = Split(rows[i]);
-      OrvaEquation* equation = _system->GetEquation(static_cast<int>(i));
-      equation->SetFanout(Variable(row[0]));
-      Variable(row[0])->SetDefinition(equation);
-      equation->SetMin(std::atoi(row[1].c_str()));
-      equation->CreateFaninTable(static_cast<int>(row.size()) - 2);
-      for (std::size_t j = 2; j < row.size(); ++j) {
-        const bool isPositive = row[j][0] != '-';
-        equation->SetFanin(static_cast<int>(j) - 2, Variable(row[j].substr(isPositive ? 0 : 1)),
-                           isPositive);
-      }
-    }
-    _system->BuildListsOfOccurrences();
   }
   OrvaVariable* Variable(const std::string& name) { return _system->GetVariable(name.c_str()); }
   void SetProbability(const std::string& name, double p) {
@@ -46,8 +27,9 @@ class OrvaWalkerTest : public testing::Test {
     Variable(name)->SetHighestCutsetProbability(p);
   }
 
-  // Walks into a new set, or once more into the present one.
-  void Walk() {
+  // Walks into a new set, or once more into the present one; gives the counters, in the order of
+  // the printed table and with the one that is not printed, and the tree.
+  std::string Walk() {
     if (_set == nullptr)
       _set = std::make_unique<OrvaMCSSet>(&_manager, _manager.NewUndevelopedLeaf());
     _walker.BuildMinimalCutsetTree(_system.get(), &_cutoff, _set.get());
@@ -63,17 +45,13 @@ class OrvaWalkerTest : public testing::Test {
     }
     EXPECT_EQ(_walker.GetSystem(), nullptr);
     EXPECT_EQ(_walker.GetStack()->GetOrder() + _walker.GetCutset()->GetOrder(), 0);
-  }
-  // The counters in the order of the printed table, and the one that is not printed.
-  std::string Counters() {
     const OrvaWalkObserver* o = _walker.GetObserver();
     std::string text;
     for (const int n : {o->unit, o->branching, o->cutoff, o->deadEnds, o->cutoffs,
                         o->nonMinimalCutsets, o->minimalCutsets, o->knownMinimalCutsets}) {
       text += std::to_string(n) + " ";
     }
-    text.pop_back();
-    return text;
+    return text + Tree();
   }
   // "(event then else)", "M" for a minimal cutset, "." for an open path.
   std::string Tree() { return Tree(_set->GetRootNode()); }
@@ -99,24 +77,17 @@ class OrvaWalkerTest : public testing::Test {
   // The dumps of stack, unit stack, cutset, assignment and resolvant, one per line.
   std::string Dump() {
     OrvaTextStream stream;
-    _walker._DumpStack(stream.Get());
-    _walker._DumpUnitStack(stream.Get());
-    _walker._DumpCutset(stream.Get());
-    _walker._DumpAssignment(stream.Get());
-    _walker._DumpResolvant(stream.Get());
+    for (const auto dump :
+         {&OrvaWalker::_DumpStack, &OrvaWalker::_DumpUnitStack, &OrvaWalker::_DumpCutset,
+          &OrvaWalker::_DumpAssignment, &OrvaWalker::_DumpResolvant}) {
+      (_walker.*dump)(stream.Get());
+    }
     return stream.GetText();
   }
   std::string CheckAssignment() {
     testing::internal::CaptureStdout();
     _walker._CheckAssignment();
     return testing::internal::GetCapturedStdout();
-  }
-
-  static std::vector<std::string> Split(const std::string& text) {
-    std::istringstream stream(text);
-    std::vector<std::string> words;
-    for (std::string word; stream >> word;) words.push_back(word);
-    return words;
   }
 
   OrvaModel _model;
@@ -137,15 +108,10 @@ TEST_F(OrvaWalkerTest, Or) {
   // top=T waits. choose a=T: {a}. second a=F. choose b=T: {b}. second b=F implies c.
   // unit c=T: {c}.
   Build("a b c top", {"top 1 a b c"});
-  Walk();
-  EXPECT_EQ(Counters(), "1 2 0 0 0 0 3 0");
-  EXPECT_EQ(Tree(), "(a M (b M (c M .)))");
-  EXPECT_EQ(_set->GetRootNode()->GetType(), 47u);
+  EXPECT_EQ(Walk(), "1 2 0 0 0 0 3 0 (a M (b M (c M .)))");
   EXPECT_STREQ(_walker.GetBranchStatusString(), "COMPLETED");
   // Once more into the same set: every cutset is there already.
-  Walk();
-  EXPECT_EQ(Counters(), "1 2 0 0 0 0 0 3");
-  EXPECT_EQ(Tree(), "(a M (b M (c M .)))");
+  EXPECT_EQ(Walk(), "1 2 0 0 0 0 0 3 (a M (b M (c M .)))");
 }
 
 TEST_F(OrvaWalkerTest, SharedEvent) {
@@ -153,18 +119,14 @@ TEST_F(OrvaWalkerTest, SharedEvent) {
   // g2): {a,b} is not minimal. second b=F implies c. unit c=T: {a,c}. second a=F implies b.
   // unit b=T: {b}.
   Build("a b c g1 g2 top", {"g1 1 a b", "g2 1 b c", "top 2 g1 g2"});
-  Walk();
-  EXPECT_EQ(Counters(), "4 2 0 0 0 1 2 0");
-  EXPECT_EQ(Tree(), "(a (c M .) (b M .))");
+  EXPECT_EQ(Walk(), "4 2 0 0 0 1 2 0 (a (c M .) (b M .))");
 }
 
 TEST_F(OrvaWalkerTest, AtLeast) {
   // top=T waits. choose a=T. choose b=T: {a,b}. second b=F implies c. unit c=T: {a,c}. second a=F
   // implies b, c. unit c=T. unit b=T: {c,b}.
   Build("a b c top", {"top 2 a b c"});
-  Walk();
-  EXPECT_EQ(Counters(), "3 2 0 0 0 0 3 0");
-  EXPECT_EQ(Tree(), "(a (b M (c M .)) (c (b M .) .))");
+  EXPECT_EQ(Walk(), "3 2 0 0 0 0 3 0 (a (b M (c M .)) (c (b M .) .))");
 }
 
 TEST_F(OrvaWalkerTest, CutoffByOrder) {
@@ -173,14 +135,11 @@ TEST_F(OrvaWalkerTest, CutoffByOrder) {
   // refused.
   Build("a b c d g1 g2 top", {"g1 1 a b", "g2 1 c d", "top 2 g1 g2"});
   _cutoff.SetMaximumOrder(1);
-  Walk();
-  EXPECT_EQ(Counters(), "5 1 2 0 2 0 0 0");
-  EXPECT_EQ(Tree(), ".");
+  EXPECT_EQ(Walk(), "5 1 2 0 2 0 0 0 .");
   // With no order left nothing is chosen: a is refused, a=F implies b, unit b is refused.
   Build("a b top", {"top 1 a b"});
   _cutoff.SetMaximumOrder(0);
-  Walk();
-  EXPECT_EQ(Counters(), "1 0 1 0 1 0 0 0");
+  EXPECT_EQ(Walk(), "1 0 1 0 1 0 0 0 .");
 }
 
 TEST_F(OrvaWalkerTest, CutoffByProbability) {
@@ -191,9 +150,7 @@ TEST_F(OrvaWalkerTest, CutoffByProbability) {
   SetProbability("b", 0.1);
   SetProbability("c", 0.2);
   _cutoff.SetMinimumProbability(0.1);
-  Walk();
-  EXPECT_EQ(Counters(), "4 2 0 0 1 0 2 0");
-  EXPECT_EQ(Tree(), "(a (c M .) (b M .))");
+  EXPECT_EQ(Walk(), "4 2 0 0 1 0 2 0 (a (c M .) (b M .))");
   EXPECT_EQ(_manager.GetProbability(_model.LookForEvent("c")->GetMCSIndex()), 0.2);
 }
 
@@ -204,9 +161,7 @@ TEST_F(OrvaWalkerTest, SecondChoiceOfGateRequiresNothing) {
   // second g1=F implies g2 (and not a=F, b=F). unit g2=T implies b, c. unit c=T. unit b=T makes g1
   // true: dead end.
   Build("a b c g1 g2 top", {"g1 1 a b", "g2 2 b c", "top 1 g1 g2"});
-  Walk();
-  EXPECT_EQ(Counters(), "4 2 0 1 0 0 2 0");
-  EXPECT_EQ(Tree(), "(a M (b M .))");
+  EXPECT_EQ(Walk(), "4 2 0 1 0 0 2 0 (a M (b M .))");
 }
 
 // A branch starts PARTIAL even when the second choice before it ran into a conflict: as it is
@@ -215,9 +170,7 @@ TEST_F(OrvaWalkerTest, ConflictOfSecondChoiceIsForgotten) {
   // top=T waits. choose x=T: {x}. second x=F implies h=F, and h=T for the top: a conflict.
   // unit h=F makes the top false: dead end.
   Build("x y h top", {"h 2 x y", "top 1 x h"});
-  Walk();
-  EXPECT_EQ(Counters(), "1 1 0 1 0 0 1 0");
-  EXPECT_EQ(Tree(), "(x M .)");
+  EXPECT_EQ(Walk(), "1 1 0 1 0 0 1 0 (x M .)");
 }
 
 TEST_F(OrvaWalkerTest, NegativeLiterals) {
@@ -225,37 +178,31 @@ TEST_F(OrvaWalkerTest, NegativeLiterals) {
   // second g1=F implies g2. unit g2=T implies a, b. unit b=T. unit a=T: {b,a} is not minimal, for
   // without b it is g1 that holds.
   Build("a b g1 g2 top", {"g1 2 a -b", "g2 2 a b", "top 1 g1 g2"});
-  Walk();
-  EXPECT_EQ(Counters(), "6 1 0 0 0 1 1 0");
-  EXPECT_EQ(Tree(), "(a M .)");
+  EXPECT_EQ(Walk(), "6 1 0 0 0 1 1 0 (a M .)");
+}
+
+// A gate that must be false, and may be true yet: one of its literals is turned over.
+TEST_F(OrvaWalkerTest, GateThatMustBeFalse) {
+  // top=T implies h=F, c. unit c=T. unit h=F waits. choose a=T (for h): {c,a}. second a=F implies
+  // b. unit b=T: {c,b}.
+  Build("a b c h top", {"h 2 -a -b", "top 2 -h c"});
+  EXPECT_EQ(Walk(), "3 1 0 0 0 0 2 0 (c (a M (b M .)) .)");
 }
 
 TEST_F(OrvaWalkerTest, TopThatIsABasicEvent) {
   Build("a", {});
   SetProbability("a", 0.25);
   _cutoff.SetMinimumProbability(0.5);
-  Walk();
-  EXPECT_EQ(Counters(), "0 0 0 0 0 0 0 0");
-  EXPECT_EQ(Tree(), ".");
+  EXPECT_EQ(Walk(), "0 0 0 0 0 0 0 0 .");
   EXPECT_STREQ(_walker.GetBranchStatusString(), "PRUNED");
   _cutoff.SetMinimumProbability(0.25);
-  Walk();
-  EXPECT_EQ(Counters(), "0 0 0 0 0 0 1 0");
-  EXPECT_EQ(Tree(), "(a M .)");
+  EXPECT_EQ(Walk(), "0 0 0 0 0 0 1 0 (a M .)");
 }
 
 // A gate without literals and with threshold 0 is true: the empty cutset.
 TEST_F(OrvaWalkerTest, TopThatIsAlwaysTrue) {
   Build("top", {"top 0"});
-  Walk();
-  EXPECT_EQ(Counters(), "0 0 0 0 0 0 1 0");
-  EXPECT_EQ(Tree(), "M");
-  OrvaTestEngine engine;
-  ASSERT_EQ(engine.Load("<define-gate name=\"top\"><and><event name=\"a\"/></and></define-gate>"),
-            0);
-  ASSERT_EQ(engine.Run("<build><minimal-cutsets top-event=\"top\"/></build>"), 0);
-  EXPECT_EQ(engine.GetEvent("top")->GetHandle("MCS")->GetMCSSet()->UpdateTopEventProbability(),
-            1.0);
+  EXPECT_EQ(Walk(), "0 0 0 0 0 0 1 0 M");
 }
 
 TEST_F(OrvaWalkerTest, IndicesBelongToEvents) {
@@ -276,29 +223,8 @@ TEST_F(OrvaWalkerTest, MoreEventsThanTheTableOfEntries) {
   std::string names;
   for (int i = 0; i < 9000; ++i) names += "e" + std::to_string(i) + " ";
   Build(names + "top", {"top 1 " + names});
-  Walk();
-  EXPECT_EQ(Counters(), "1 8999 0 0 0 0 9000 0");
+  EXPECT_EQ(Walk().substr(0, 22), "1 8999 0 0 0 0 9000 0 ");
   EXPECT_EQ(_manager.GetIndexOfHighestEntry(), 9000);
-}
-
-TEST_F(OrvaWalkerTest, StatusesAndObserver) {
-  const char* const names[] = {"FALSIFIED", "SATISFIED", "PRUNED", "COMPLETED", "PARTIAL"};
-  for (int i = 0; i < 5; ++i) EXPECT_STREQ(OrvaWalker::GetBranchStatusString(i), names[i]);
-  EXPECT_EQ(OrvaWalker::GetBranchStatusString(5), nullptr);
-  EXPECT_EQ(OrvaWalker::GetBranchStatusString(-1), nullptr);
-  OrvaWalkObserver observer;
-  EXPECT_STREQ(observer.GetTopEventName(), "?");
-  observer.SetTopEventName("t");
-  observer.SetRunningTime("1.5");
-  observer.maximumOrder = 3;
-  observer.minimumProbability = 0.5;
-  observer.numberOfModules = observer.unit = observer.knownMinimalCutsets = 7;
-  observer.Reset();
-  EXPECT_STREQ(observer.GetTopEventName(), "?");
-  EXPECT_EQ(observer.GetRunningTime(), nullptr);
-  EXPECT_EQ(observer.maximumOrder, 2147483647);
-  EXPECT_EQ(observer.minimumProbability, 0.0);
-  EXPECT_EQ(observer.numberOfModules + observer.unit + observer.knownMinimalCutsets, 0);
 }
 
 TEST_F(OrvaWalkerTest, Dumps) {
@@ -316,6 +242,37 @@ TEST_F(OrvaWalkerTest, Dumps) {
   // The cutset valuation has not been brought to this cutset yet, but for a.
   Variable("a")->SatisfyInCutset();
   EXPECT_EQ(CheckAssignment(), "ALERT: b []T []F\nALERT: g2 []T []F\nALERT: top []T []F\n");
+}
+
+// The highest contribution of the sum so far is a threshold too; it does not fall with the sum.
+TEST(Cutoff, DynamicThresholdRisesOnly) {
+  OrvaCutoff cutoff;
+  cutoff.SetMinimumProbability(1e-6);
+  cutoff.SetMinimumContribution(1e-3);
+  EXPECT_TRUE(cutoff.Check(1, 1e-6));
+  for (const double p : {0.5, -0.25}) {
+    cutoff.RecordProduct(1, p);
+    EXPECT_TRUE(cutoff.Check(1, 5.1e-4));
+    EXPECT_FALSE(cutoff.Check(1, 4.9e-4));
+  }
+  EXPECT_EQ(cutoff.GetCurrentSumOfProductProbabilities(), 0.25);
+  cutoff.ResetCurrentSumOfProductProbabilities();
+  EXPECT_TRUE(cutoff.Check(1, 1e-6));
+}
+
+// Pushing checks nothing, so a walk must find room for all variables, whatever the shape.
+TEST(WalkStacks, WalksFindRoom) {
+  OrvaSystem wide(5000, 1), deep(5000, 5000);
+  OrvaUnitStack stack(4);
+  stack.InitializeWalk(&wide);
+  for (OrvaVariable& variable : wide.GetVariables()) {
+    EXPECT_FALSE(stack.Push(&variable, OrvaVariable::NECESSARILY_TRUE));
+  }
+  stack.Flush();
+  OrvaResolvant resolvant(4);
+  resolvant.InitializeWalk(&deep);
+  for (OrvaVariable& variable : deep.GetVariables()) resolvant.Push(&variable);
+  EXPECT_EQ(resolvant.GetOrder(), 5000);
 }
 
 // top = or(and(m, c), and(n, d)) over its own tree, with hand-made trees of the modules m and n.
@@ -349,14 +306,12 @@ class ExpansionTest : public OrvaWalkerTest {
     return _manager.NewInternalNode(Event(name.c_str())->GetMCSIndex(), thenSon, elseSon);
   }
   void MakeModule(const char* name, const std::string& tree) {
-    // A gate with a record that says so.
     Event(name)->SetDefinition(OrvaGate::NewOr(&_model, nullptr));
     OrvaModuleRecord* record = OrvaModuleRecord::FindOrAttach(Event(name));
     record->SetFirstDate(1);
     record->SetSecondDate(2);
     record->SetLowestDate(1);
     record->SetHighestDate(2);
-    ASSERT_TRUE(Event(name)->IsModule());
     Event(name)->NewHandle("M", new OrvaMCSSet(&_manager, Read(tree)));
   }
   std::string Expand(const std::string& tree, int maximumOrder, double minimumProbability) {

@@ -1,9 +1,5 @@
-#include <memory>
-#include <vector>
-
 #include "OrvaTestSupport.h"
 #include "support/containers/LumoFunction.h"
-#include "support/memory/LumoMemoryManager.h"
 #include "support/values/LumoConstant.h"
 #include "xml/LumoXMLParser.h"
 #include "xml/LumoXMLParserMessenger.h"
@@ -53,8 +49,6 @@ class ForeignMessenger : public LumoXMLParserMessenger {
 
 TEST(LumoXMLNode, KeepsItsChildrenInOrder) {
   LumoXMLNode node(LumoXMLNode::NODE);
-  EXPECT_FALSE(node.HasChild());
-  EXPECT_EQ(node.GetChild(1), nullptr);
   LumoXMLNode* b = LumoXMLNode::NewNode("b");
   LumoXMLNode* text = LumoXMLNode::NewText("abc");
   node.InsertChildInPosition(b, 7);
@@ -67,110 +61,63 @@ TEST(LumoXMLNode, KeepsItsChildrenInOrder) {
   LumoXMLNode* stranger = LumoXMLNode::NewNode("abc");
   node.InsertChildBefore(stranger, nullptr);
   node.InsertChildBefore(stranger, &node);  // no child of this node: nothing happens
-  const std::vector<std::string> names = {"first", "-- a --", "third", "b", "data", "abc", "b"};
+  std::string names;
   int n = 0;
   const LumoXMLNode* previous = nullptr;
   for (const LumoXMLNode* child = node.GetFirstChild(); child != nullptr;
        previous = child, child = child->GetNextSibling()) {
-    ASSERT_LT(n, 7);
-    EXPECT_EQ(child->GetName(), names[static_cast<std::size_t>(n)]);
+    names += child->GetName() + std::string("|");
     EXPECT_EQ(child->GetParent(), &node);
     EXPECT_EQ(child->GetPreviousSibling(), previous);
     EXPECT_EQ(node.GetChild(++n), child);
   }
-  EXPECT_EQ(n, 7);
+  EXPECT_EQ(names, "first|-- a --|third|b|data|abc|b|");
   EXPECT_EQ(node.GetLastChild(), previous);
   for (const int outside : {-3, 0, 8}) EXPECT_EQ(node.GetChild(outside), nullptr);
-  EXPECT_EQ(node.GetNumberOfChildNodes(), 4);
-  EXPECT_EQ(node.GetNumberOfChildNodesOfName("b"), 2);
   EXPECT_EQ(node.GetNumberOfChildNodesOfName("abc"), 0);  // a text is no element
-  EXPECT_EQ(node.GetChildNode(3), b);
-  EXPECT_EQ(node.GetChild(1, LumoXMLNode::TEXT), text);
-  EXPECT_EQ(node.GetChild(2, LumoXMLNode::TEXT), nullptr);
-  EXPECT_EQ(node.FindChild("b"), b);
-  EXPECT_EQ(node.FindChild("abc"), text);  // found by what it says
-  EXPECT_FALSE(node.HasChild("B"));
+  EXPECT_EQ(node.GetChild(1, LumoXMLNode::TEXT), node.FindChild("abc"));
   EXPECT_EQ(node.CountChildren(LumoXMLNode::CompareName, "b"), 2);
-  LumoList chosen;
-  node.CollectChildren(LumoXMLNode::CompareName, "b", &chosen);
-  EXPECT_EQ(chosen.GetFirstItem(), b);
-  EXPECT_EQ(chosen.GetNumberOfItems(), 2);
-  EXPECT_EQ(b->GetText(), nullptr);
-  EXPECT_STREQ(text->GetText(), "abc");
-  EXPECT_FALSE(text->IsNodeOfName("abc"));
-  EXPECT_TRUE(stranger->IsNodeOfName("abc"));
-  EXPECT_EQ(stranger->CompareNames(text), 0);
   node.DeleteDescendants();
   node.AddChild(stranger);
   EXPECT_EQ(node.GetFirstChild(), stranger);
-  stranger->SetName("renamed");
-  EXPECT_STREQ(stranger->GetName(), "renamed");
 }
 
 TEST(LumoXMLNode, ReadsAttributesByName) {
-  const std::unique_ptr<LumoXMLNode> node(LumoXMLNode::NewNode("a"));
-  EXPECT_FALSE(node->HasAttribute());
-  node->AddAttribute("x", "yes");
-  node->AddAttribute("x", "true");
-  node->AddAttribute("n", -12);
-  node->AddAttribute("r", 1234567.0);
-  node->AddAttribute("b", true);
-  EXPECT_STREQ(node->GetAttributeValue("x"), "yes");  // the first of two
-  EXPECT_EQ(node->GetAttributeValue("X"), nullptr);
-  EXPECT_FALSE(node->GetAttributeValueAsBool("x", true));
-  EXPECT_TRUE(node->GetAttributeValueAsBool("absent", true));
-  EXPECT_TRUE(node->GetAttributeValueAsBool("b", false));
-  EXPECT_EQ(node->GetAttributeValueAsInt("n", 5), -12);
-  EXPECT_EQ(node->GetAttributeValueAsInt("x", 5), 0);
-  EXPECT_EQ(node->GetAttributeValueAsInt("absent", 5), 5);
-  EXPECT_STREQ(node->GetAttributeValue("r"), "1.23457e+06");
-  EXPECT_EQ(node->GetAttributeValueAsDouble("r", 0.5), 1234570.0);
-  EXPECT_EQ(node->GetAttributeValueAsDouble("absent", 0.5), 0.5);
-
+  LumoXMLNode node(LumoXMLNode::NODE);
+  node.AddAttribute("x", "yes");
+  node.AddAttribute("x", "true");
+  node.AddAttribute("n", -12);
+  node.AddAttribute("r", 1234567.0);
+  EXPECT_STREQ(node.GetAttributeValue("x"), "yes");  // the first of two
+  EXPECT_FALSE(node.GetAttributeValueAsBool("x", true));
+  EXPECT_TRUE(node.GetAttributeValueAsBool("absent", true));
+  EXPECT_EQ(node.GetAttributeValueAsInt("n", 5), -12);
+  EXPECT_EQ(node.GetAttributeValueAsInt("absent", 5), 5);
+  EXPECT_EQ(node.GetAttributeValueAsDouble("r", 0.5), 1234570.0);
   LumoXMLAttribute attribute("name", 0.1);
-  EXPECT_TRUE(attribute.HasValue("0.1"));
   attribute.SetValueAsDouble(1e-20);
-  EXPECT_TRUE(attribute.HasValue("1e-20"));
-  EXPECT_TRUE(attribute.IsDouble());
-  EXPECT_FALSE(attribute.IsInt());
-  attribute.SetValueAsInt(-7);
-  EXPECT_TRUE(attribute.IsInt());
+  EXPECT_TRUE(attribute.HasValue("1e-20") && attribute.IsDouble() && !attribute.IsInt());
   attribute.SetValueAsBool(false);
-  EXPECT_TRUE(attribute.HasValue("false"));
-  EXPECT_TRUE(attribute.IsBool());
-  attribute.SetValue("True");
-  EXPECT_FALSE(attribute.IsBool() || attribute.GetValueAsBool());
+  EXPECT_TRUE(attribute.IsBool() && !attribute.GetValueAsBool());
   attribute.SetValue(attribute.GetName());
   EXPECT_EQ(attribute.CompareValue("name"), 0);
-  EXPECT_GT(attribute.CompareName("nam"), 0);
 }
 
 TEST_F(XmlTest, ReadsElementsAndAttributes) {
   const LumoXMLNode* a = Read("<a-1.x:y_z  p = \"1\"q=\"&lt; 'x'\n>\"\n/>\n\n<b></ b >\n");
   EXPECT_STREQ(a->GetName(), "a-1.x:y_z");
-  EXPECT_EQ(a->GetAttributes().GetNumberOfItems(), 2);
-  EXPECT_STREQ(a->GetAttributeValue("p"), "1");
   EXPECT_STREQ(a->GetAttributeValue("q"), "&lt; 'x'\n>");  // as it is
   EXPECT_EQ(a->GetLineNumber(), 2);
   const LumoXMLNode* b = _document.GetLastRoot();  // a second root
   EXPECT_EQ(b->GetPreviousSibling(), a);
   EXPECT_EQ(b->GetLineNumber(), 6);
-  EXPECT_FALSE(b->HasChild());
   // A second parse replaces the first and counts lines anew.
   a = Read("<a><b/>\n<c x=\"\"><d/></c>  <e/></a>");
-  EXPECT_EQ(_document.GetNumberOfChildren(), 1);
   EXPECT_EQ(Print(), HEADER + "<a >\n  <b />\n  <c x=\"\" >\n    <d />\n  </c>\n  <e />\n</a>\n");
   EXPECT_EQ(a->GetChild(2)->GetLineNumber(), 3);
   // The header may hold anything up to its "?>", other question marks included.
-  EXPECT_EQ(Parse("<? a > ? b\n?"
-                  "?"
-                  "?><a/>"),
-            0);
+  EXPECT_EQ(Parse("<? a > ? b\n?\?\?><a/>"), 0);
   EXPECT_EQ(_document.GetFirstRoot()->GetLineNumber(), 2);
-  EXPECT_EQ(Parse("<?"
-                  "?>"),
-            0);
-  EXPECT_EQ(_document.GetFirstRoot(), nullptr);
 }
 
 TEST_F(XmlTest, StoresTextsCommentsAndSections) {
@@ -180,12 +127,9 @@ TEST_F(XmlTest, StoresTextsCommentsAndSections) {
     const char* stored;
   } cases[] = {{"x &amp; y", LumoXMLNode::TEXT, "x &amp; y"},
                {"\n  one\n  two\n", LumoXMLNode::TEXT, "one two "},
-               {"a  b \n", LumoXMLNode::TEXT, "a b "},
                {"\ta\v\f\r\n b > \"c\"", LumoXMLNode::TEXT, "a b > \"c\""},
-               {"\xc3\xa9 \xa0\x85", LumoXMLNode::TEXT, "\xc3\xa9 \xa0\x85"},
                {" \xff\xff", LumoXMLNode::TEXT, "\xff\xff"},  // byte 255 is not the end
                {"<!-- a -->", LumoXMLNode::COMMENT, "-- a --"},
-               {"<!---->", LumoXMLNode::COMMENT, "----"},
                {"<!-- a ---> - b\n-- <c> -->", LumoXMLNode::COMMENT, "-- a ---> - b\n-- <c> --"},
                {"<!--\xff-->", LumoXMLNode::COMMENT, "--\xff--"},
                {"<!DOCTYPE x>", LumoXMLNode::COMMENT, "DOCTYPE x"},
@@ -221,112 +165,28 @@ TEST_F(XmlTest, RefusesNullCharacters) {
   EXPECT_EQ(Parse("\0"s), 1);
 }
 
-TEST_F(XmlTest, ReportsSyntaxErrors) {
-  const char* const end = "Unexpected end of file";
-  const char* const illFormedTag = "Ill formed attribute name";
-  const struct {
-    const char* text;  // behind the header
-    int line;
-    const char* message;
-  } cases[] = {{"<a/>\n\nx\n", 5, end},
-               {"<a", 2, end},
-               {"<a x", 2, end},
-               {"<a x y=\"1\"/>", 2, end},  // no "=" after a name
-               {"<a x=\"1\n\n", 4, end},
-               {"<a>text\n", 3, end},
-               {"<!-- --", 2, end},
-               {"<!DOCTYPE", 2, end},
-               {"<![CDATA[]]", 2, end},
-               {"<a></1>", 2, "A char was expected"},
-               {"<a></>", 2, "A char was expected"},
-               {"<a x='1'/>", 2, "A '\"' was expected"},
-               {"<a x=\n1/>", 3, "A '\"' was expected"},
-               {"<!-x-->", 2, "A '-' was expected"},
-               {"<![DATA[x]]>", 2, "Ill formed CDATA section"},
-               {"<![CDATA x]]>", 2, "Ill formed CDATA section"},
-               {"<a b=\"1\"/ >", 2, illFormedTag},
-               {"<a 1=\"x\"/>", 2, illFormedTag},
-               {"<a x=\"1\"\n=/>", 3, illFormedTag},
-               {"<a></a b>", 2, illFormedTag},
-               {"</a>", 2, "No opening tag"},
-               {"<a/>\n</a>", 3, "No opening tag"},
-               {"<a></b>", 2, "Open and close tags do not correspond"},
-               {"<a>\n<b></B></a>", 3, "Open and close tags do not correspond"},
-               {"<a><b></a></b>", 2, "Open and close tags do not correspond"},
-               {"<1a/>", 2, "Ill formed tag name"},
-               {"<a>< b/></a>", 2, "Ill formed tag name"},
-               {"<a><?x?></a>", 2, "Ill formed tag name"},
-               {"<a><b></b>\n\n", 4, "Non closed tag(s)"}};
-  for (const auto& [text, line, message] : cases) {
-    OrvaTextStream errors;
-    _parser.SetErrorStream(errors.Get());
+TEST_F(XmlTest, StartsAnewAfterASyntaxError) {
+  for (const char* text : {"<a/>\n</a>", "<a>\n<b></B></a>", "<a>\n<?x?></a>", "<a>\n< b/>"}) {
     EXPECT_EQ(Parse(HEADER + "<before/>" + text), 1) << text;
-    EXPECT_EQ(errors.GetText(), SyntaxError(line, message)) << text;
     EXPECT_FALSE(_document.HasChild()) << text;
-    EXPECT_TRUE(_parser.GetParseError());
-    EXPECT_EQ(Parse(HEADER + "<a/>"), 0);  // the next parse starts anew
+    EXPECT_EQ(Parse(HEADER + "<a/>"), 0);
   }
-  _parser.SetErrorStream(_errors.Get());
-  EXPECT_EQ(Parse(HEADER + "<a x "), 1);  // the end after an attribute's name: two reports
-  EXPECT_EQ(Parse("\n" + HEADER), 1);
-  EXPECT_EQ(Parse(""), 1);
-  EXPECT_EQ(Parse("<a/>"), 1);
-  EXPECT_EQ(Parse("<?xml\n?"), 1);
-  _parser.SetInputFileName("model.xml");
-  EXPECT_EQ(Parse(HEADER + "</a>"), 1);
-  EXPECT_EQ(_errors.GetText(), SyntaxError(2, "A '=' was expected") + SyntaxError(2, end) +
-                                   SyntaxError(2, "Ill formed header") +
-                                   SyntaxError(1, "Ill formed header") +
-                                   SyntaxError(1, "Ill formed header") + SyntaxError(2, end) +
-                                   "SYNTAX ERROR [model.xml, line 2]:\nNo opening tag\n\n");
-}
-
-TEST_F(XmlTest, RefusesMoreThan1024OpenElements) {
-  const auto nest = [](int depth) {
-    std::string open = HEADER, close;
-    for (int i = 0; i < depth; ++i) open += "<a>", close += "</a>";
-    return open + close;
-  };
-  EXPECT_EQ(Parse(nest(1024)), 0);
-  EXPECT_EQ(Parse(nest(1025)), 1);
-  EXPECT_EQ(_errors.GetText(), SyntaxError(2, "Too many open elements"));
-  EXPECT_FALSE(_document.HasChild());
-}
-
-// Cut at any byte, a file is refused, but for cuts between two roots; nothing leaks.
-TEST_F(XmlTest, SurvivesFilesCutAnywhere) {
-  const std::string roots[] = {"<?x?>", "<!-- c -->", "<![CDATA[x]]>",
-                               "<a p=\"1\" q=\"2\">text<b/> <c>\n<!--d--></c ><![CDATA[]x]]></a>"};
-  std::string text;
-  std::vector<std::size_t> ends;
-  for (const std::string& root : roots) ends.push_back((text += root).size());
-  _parser.SetErrorFile(nullptr);
-  _parser.SetErrorStream(nullptr);
-  Parse("<?x?></a>");  // makes the messenger, if it is to be made; nowhere to report to
-  const auto balance = LumoMemoryManager::GetAllocationBalance();
-  for (std::size_t size = 0; size <= text.size(); ++size) {
-    const bool isBetweenRoots = std::find(ends.begin(), ends.end(), size) != ends.end();
-    EXPECT_EQ(Parse(text.substr(0, size)), isBetweenRoots ? 0 : 1) << size;
-    if (isBetweenRoots) continue;
-    EXPECT_EQ(LumoMemoryManager::GetAllocationBalance(), balance) << size;
-  }
-  EXPECT_EQ(_document.GetNumberOfChildren(), 3);
+  EXPECT_EQ(_errors.GetText(), SyntaxError(3, "No opening tag") +
+                                   SyntaxError(3, "Open and close tags do not correspond") +
+                                   SyntaxError(3, "Ill formed tag name") +
+                                   SyntaxError(3, "Ill formed tag name"));
 }
 
 TEST_F(XmlTest, LoadsIntoADocumentAndReportsOnStandardError) {
   _document.SetDocumentType("kept");
-  const std::string wrong = HEADER + "<a>\n</b>";
-  const OrvaTextFile file(wrong);
+  const std::string wrong = HEADER + "<a>\n</b>", right = HEADER + "<!-- c --><a/>";
   testing::internal::CaptureStderr();
-  _document.Load(file.Get());
+  _document.Load(OrvaTextFile(wrong).Get());
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             SyntaxError(3, "Open and close tags do not correspond"));
   EXPECT_EQ(_document.GetFirstRoot(), nullptr);
-  const std::string right = HEADER + "<!-- c --><a/>";
-  const OrvaTextFile other(right);
-  _document.Load(other.Get());
+  _document.Load(OrvaTextFile(right).Get());
   EXPECT_EQ(_document.FindRoot("a"), _document.GetLastRoot());
-  EXPECT_STREQ(_document.GetDocumentType(), "kept");
   EXPECT_EQ(Print(), HEADER + "<!DOCTYPE kept>\n<!-- c -->\n<a />\n");
 }
 
@@ -366,7 +226,6 @@ TEST(LumoXMLPrinter, WritesPieceByPiece) {
   const LumoXMLAttribute attribute("own", "1 < \\\"2\\\"");
   printer.SetDepth(3);
   printer.PrintDocumentHeader("orva", stream);
-  EXPECT_EQ(printer.GetDepth(), 0);
   printer.PrintOpenTag("a", stream);
   printer.PrintOpenTagOpening("b", stream);
   printer.PrintAttribute("t", true, stream);
@@ -374,7 +233,6 @@ TEST(LumoXMLPrinter, WritesPieceByPiece) {
   printer.PrintAttribute("r", 1234567.0, stream);
   printer.PrintAttribute("s", "<\"&", stream);  // nothing is escaped
   printer.PrintOpenTagClosing(stream);
-  EXPECT_EQ(printer.GetDepth(), 2);
   printer.PrintText("text", stream);
   printer.PrintCData("data", stream);
   printer.PrintComment("-- c --", stream);
@@ -387,39 +245,27 @@ TEST(LumoXMLPrinter, WritesPieceByPiece) {
   printer.PrintCloseTag("b", stream);
   printer.SetIndentation("\t");
   printer.PrintTag("d", stream);
-  printer.SetIndentation(0);
-  printer.PrintTag("e", stream);
   printer.PrintCloseTag("a", stream);
-  EXPECT_EQ(printer.GetDepth(), 0);
-  printer.PrintDocumentHeader(nullptr, stream);
-  EXPECT_EQ(
-      text.GetText(),
-      HEADER +
-          "<!DOCTYPE orva>\n"
-          "<a >\n"
-          "  <b t=\"true\" i=\"-3\" r=\"1.23457e+06\" s=\"<\"&\" >\n"
-          "text\n"
-          "<![CDATA\ndata]]>\n"
-          "    <!-- c -->\n"
-          "    <c k=\"nil\" k=\"true\" k=\"7\" k=\"0.5\" k=\"s\" k=\"nil\" own=\"1 < \"2\"\" />\n"
-          "  </b>\n"
-          "\t<d />\n"
-          "<e />\n"
-          "</a>\n" +
-          HEADER);
+  EXPECT_EQ(text.GetText(), HEADER + R"(<!DOCTYPE orva>
+<a >
+  <b t="true" i="-3" r="1.23457e+06" s="<"&" >
+text
+<![CDATA
+data]]>
+    <!-- c -->
+    <c k="nil" k="true" k="7" k="0.5" k="s" k="nil" own="1 < "2"" />
+  </b>
+)" + "\t<d />\n</a>\n");
 }
 
 TEST_F(XmlTest, PrintsWholeTrees) {
-  Read("<a><b/>text</a>");
-  EXPECT_EQ(Print(), HEADER + "<a >\n  <b />\ntext\n</a>\n");
   LumoXMLPrinter printer;
   OrvaTextStream text;
-  printer.SetDepth(1);  // kept by a document
-  printer.PrintDocument(&_document, text.Get());
+  const LumoXMLNode* a = Read("<a><b/>text<!-- c --><![CDATA[x]]></a>");
+  const std::string printed = "<a >\n  <b />\ntext\n  <!-- c -->\n<![CDATA\nx]]>\n</a>\n";
+  EXPECT_EQ(Print(), HEADER + printed);
   printer.PrintTerm(&_document, text.Get());  // nothing
-  const LumoXMLNode* a = Read("<a><!-- c --><![CDATA[x]]></a>");
-  printer.SetDepth(0);
   printer.PrintTerm(a, text.Get());
-  EXPECT_EQ(text.GetText(), HEADER + "  <a >\n    <b />\ntext\n  </a>\n" +
-                                "<a >\n  <!-- c -->\n<![CDATA\nx]]>\n</a>\n");
+  printer.PrintDocument(&_document, text.Get());
+  EXPECT_EQ(text.GetText(), printed + HEADER + printed);
 }
