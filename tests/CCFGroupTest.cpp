@@ -127,11 +127,9 @@ TEST(CCFGroup, OwnsFactorsAndLinksMembers) {
   group->SetMember(0, b);
   EXPECT_EQ(a->GetCCFGroup(), nullptr);
   EXPECT_EQ(b->GetCCFGroup(), group);
-  const auto number = [&](double x) { return Expression::NewFloat(&model, x); };
-  group->AddFactor(number(0.0));
-  group->AddFactor(number(1.0));
-  group->SetFactor(20, number(20.0));  // beyond the first capacity
-  group->SetFactor(1, number(1.5));
+  for (const double x : {0.0, 1.0}) group->AddFactor(Expression::NewFloat(&model, x));
+  group->SetFactor(20, Expression::NewFloat(&model, 20.0));  // beyond the first capacity
+  group->SetFactor(1, Expression::NewFloat(&model, 1.5));
   group->MoveFactor(2, 1);  // nothing there to move
   group->MoveFactor(0, 20);
   EXPECT_EQ(group->GetFactor(0), nullptr);

@@ -381,6 +381,8 @@ TEST(Expression, FailureIntensities) {
       {"switch(case(true,P))", 5, 0},
       // Without a case it takes the last child's rate; its value is that child's first, here λ.
       {"switch(exponential(0.1,time))", 5, 0.1 * (1 - 0.1)},
+      {"switch(exponential(0.1,time)," + fast + ")", 5, 0.2 * (1 - 0.1)},
+      {"mul(P,undefined)", 5, 0},
       {"periodic-test(0.05,8,5,time)", 6, 0.05 * std::exp(-0.05)}};
   for (const auto& [text, t, intensity] : rows) {
     EXPECT_NEAR(IntensityOf(text, t), intensity, 1e-11) << text;

@@ -100,6 +100,7 @@ TEST(Handle, GuardsOfTheSum) {
   // Without expression an event is certain.
   set("b", number(0.0));
   EXPECT_EQ(set("a", nullptr), 1.0);
+  handle->ComputeTopEventProbability(10.0);
   EXPECT_EQ(engine.GetEvent("a")->GetProbability(), 1.0);
   EXPECT_TRUE(std::isnan(set("a", number(std::numeric_limits<double>::quiet_NaN()))));
 

@@ -136,9 +136,7 @@ TEST(LumoBinTable, MergesIntoBinsOfEqualWeight) {
       // Bins of weight 1.5: 1 and half of 2; the other half and 3; and so on.
       {{6, 1, 3, 5, 2, 4}, 4, {{4 / 3.0, 1.5}, {8 / 3.0, 1.5}, {13 / 3.0, 1.5}, {17 / 3.0, 1.5}}},
       {{6, 1, 3, 5, 2, 4}, 1, {{3.5, 6}}},
-      {{6, 1, 3, 5, 2, 4}, 6, {{1, 1}, {2, 1}, {3, 1}, {4, 1}, {5, 1}, {6, 1}}},
       {{6, 1, 3}, 7, {{6, 1}, {1, 1}, {3, 1}}},  // beyond the capacity: nothing happens
-      {{6, 1, 3}, 0, {{6, 1}, {1, 1}, {3, 1}}},
       // More bins than entries, w = 0.5: 1 closes a bin and leaves 0.5, at 2 that rest closes one
       // by itself and 2 is carried whole; at 3 a weight of 1 - 0.5 is given back, (2 - 0.5 × 3) /
       // 0.5 = 1, and 1.5 × 3 stays for the last bin.

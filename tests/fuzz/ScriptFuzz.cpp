@@ -67,9 +67,10 @@ class Work {
     for (const LumoXMLNode* node = &document; node != nullptr; node = _GetNext(node)) _Add(node);
   }
   bool IsLittle() const {
-    return _references <= 24.0 && _order <= HIGHEST_ORDER && _tries <= 1000.0 &&
-           _latestDate <= (_ratio < 0.01 || _hasTests ? 0.0 : 10000.0) &&
-           _latestDate - _firstDate <= 1000.0 * _step;
+    const double length = _lastDate - _firstDate;  // of the longest curve
+    const double limit = _hasTests || _smoothingRatio < 0.01 ? 0.0 : 10000.0;
+    return _references <= 24 && _order <= HIGHEST_ORDER && _tries <= 1000.0 && length <= limit &&
+           length <= 1000.0 * _step;
   }
   static constexpr int HIGHEST_ORDER = 6;
 
@@ -95,18 +96,18 @@ class Work {
     if (is(OrvaOptionCenter::MAXIMUM_ORDER)) _order = std::max(_order, x);
     if (is(OrvaOptionCenter::NUMBER_OF_TRIES)) _tries = std::max(_tries, x);
     if (is(OrvaOptionCenter::FIRST_DATE)) _firstDate = std::min(_firstDate, x);
-    if (is(OrvaOptionCenter::LAST_DATE)) _latestDate = std::max(_latestDate, x);
+    if (is(OrvaOptionCenter::LAST_DATE)) _lastDate = std::max(_lastDate, x);
     if (is(OrvaOptionCenter::STEP) && x > 0.0) _step = std::min(_step, x);
-    if (is(OrvaOptionCenter::SMOOTHING_RATIO)) _ratio = std::min(_ratio, x);
+    if (is(OrvaOptionCenter::SMOOTHING_RATIO)) _smoothingRatio = std::min(_smoothingRatio, x);
   }
 
-  double _references = 0.0;
+  int _references = 0;
   double _order = 0.0;
   double _tries = 0.0;
   double _firstDate = 0.0;
-  double _latestDate = 0.0;
+  double _lastDate = 0.0;
   double _step = std::numeric_limits<double>::infinity();
-  double _ratio = 1.0;
+  double _smoothingRatio = 1.0;
   bool _hasTests = false;
 };
 
