@@ -1,12 +1,14 @@
-// Random sequences of commands over small models: no crash, no leak, a message for every error and
-// only then, and the same tables wherever results must agree.
+// Sequences of commands over small models: no crash, no leak, a message for every error and only
+// then, and the same tables wherever results must agree.
 //
-//   CommandSequences MODELS [--seed N] [--first N] [--count N]
+//   CommandSequences MODELS [--seed N] [--first N] [--count N]    random ones
+//   CommandSequences MODELS --every LENGTH                        all that are so long
 //
-// MODELS is the folder of the models. Sequence number i of a seed is always the same one. What
-// fails is shrunk and written as a script. Most is found in a build with the sanitizers.
+// MODELS is the folder of the models. Sequence number i of a seed or length is always the same one.
+// What fails is shrunk and written as a script. Most is found in a build with the sanitizers.
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <random>
 #include <vector>
@@ -222,6 +224,26 @@ std::string Resolve(const Sequence& sequence, std::size_t i, const std::string& 
   return name == "handle" ? "MCS" : name == "system-handle" ? "system" : "none";
 }
 
+const CommandKind* FindKind(const char* family, const char* element) {
+  for (const CommandKind& kind : KINDS) {
+    if (Is({&kind, {}, ""}, family, element)) return &kind;
+  }
+  return nullptr;
+}
+
+Command SetOption(const char* name, const char* value) {
+  return {FindKind("set", "option"), {{"name", name, false}, {"value", value, false}}, ""};
+}
+
+Command LoadModel(const char* input) {
+  return {FindKind("load", "model"), {{"input", input, false}}, ""};
+}
+
+const Sequence ALLOW_REDEFINITIONS = {SetOption("check-event-redefinition", "off"),
+                                      SetOption("check-parameter-redefinition", "off"),
+                                      SetOption("check-CCF-group-redefinition", "off")};
+
+// Draws a sequence at random.
 class Drawer {
  public:
   Drawer(long seed, long number) : _random(static_cast<std::uint32_t>(seed * 1000003 + number)) {}
@@ -231,12 +253,12 @@ class Drawer {
     Sequence sequence;
     if (!_IsOneIn(20)) sequence.push_back(_Draw("load", "model"));
     while (_IsOneIn(6)) {
-      sequence.push_back(_Set("check-event-redefinition", "off"));
-      sequence.push_back(_Set("check-parameter-redefinition", "off"));
-      if (!_IsOneIn(3)) sequence.push_back(_Set("check-CCF-group-redefinition", "off"));
+      const int numberOfOptions = _IsOneIn(3) ? 2 : 3;
+      sequence.insert(sequence.end(), ALLOW_REDEFINITIONS.begin(),
+                      ALLOW_REDEFINITIONS.begin() + numberOfOptions);
       sequence.push_back(_Draw("load", "model"));
     }
-    if (!_IsOneIn(8)) sequence.push_back(_Set("top-event", _IsOneIn(3) ? "T2" : "T1"));
+    if (!_IsOneIn(8)) sequence.push_back(SetOption("top-event", _IsOneIn(3) ? "T2" : "T1"));
     if (!_IsOneIn(3)) sequence.push_back(_Draw("build", "minimal-cutsets"));
     const int length = 1 + _Below(_IsOneIn(3) ? 8 : 4);
     for (int i = 0; i < length; ++i) sequence.push_back(_Draw(_DrawKind()));
@@ -268,18 +290,9 @@ class Drawer {
     return _DrawFrom(_IsOneIn(oneInOdd) ? option.odd : option.good);
   }
 
-  Command _Set(const char* name, const char* value) {
-    return {_Find("set", "option"), {{"name", name, false}, {"value", value, false}}, ""};
+  Command _Draw(const char* family, const char* element) {
+    return _Draw(*FindKind(family, element));
   }
-
-  static const CommandKind* _Find(const char* family, const char* element) {
-    for (const CommandKind& kind : KINDS) {
-      if (Is({&kind, {}, ""}, family, element)) return &kind;
-    }
-    return nullptr;
-  }
-
-  Command _Draw(const char* family, const char* element) { return _Draw(*_Find(family, element)); }
 
   Command _Draw(const CommandKind& kind) {
     Command command{&kind, {}, ""};
@@ -328,9 +341,71 @@ class Drawer {
   std::mt19937 _random;
 };
 
+// All sequences of so many commands that are drawn often, each behind each of some models. Their
+// numbers have a digit per command, the first command's highest, and above them one for the model.
+class Enumeration {
+ public:
+  explicit Enumeration(long length) : _length(length) {
+    for (const CommandKind& kind : KINDS) {
+      const bool isListed = &kind == FindKind(kind.family.c_str(), kind.element.c_str());
+      const bool isInput = kind.role == LOAD || kind.role == SET;
+      if (isListed && !isInput && kind.weight > 3) _commands.push_back({&kind, {}, ""});
+    }
+  }
+
+  long GetNumberOfSequences() const {
+    return static_cast<long>(MODELS_BEFORE.size()) * _GetPlace(-1);
+  }
+
+  Sequence GetSequence(long number) const {
+    Sequence sequence = _settings;
+    sequence.push_back(LoadModel(MODELS_BEFORE[static_cast<std::size_t>(number / _GetPlace(-1))]));
+    for (long i = 0; i < _length; ++i) {
+      const long digit = number / _GetPlace(i) % _GetBase();
+      sequence.push_back(_commands[static_cast<std::size_t>(digit)]);
+      if (Has(sequence.back().kind->options, "mode")) {
+        sequence.back().output = std::to_string(i) + ".txt";
+      }
+    }
+    return sequence;
+  }
+
+  // The next number whose sequence doesn't begin with the same commands as this one, when only so
+  // many of them have gone well.
+  long GetNext(long number, std::size_t successes) const {
+    const long last = static_cast<long>(successes - _settings.size()) - 1;
+    const long place = _GetPlace(std::min(last, _length - 1));
+    return (number / place + 1) * place;
+  }
+
+ private:
+  long _GetBase() const { return static_cast<long>(_commands.size()); }
+  // What digit number i counts.
+  long _GetPlace(long i) const {
+    long place = 1;
+    while (++i < _length) place *= _GetBase();
+    return place;
+  }
+
+  inline static const Values MODELS_BEFORE = {"models/modules.xml", "models/shared.xml",
+                                              "models/house.xml"};
+
+  long _length;
+  Sequence _settings = {ALLOW_REDEFINITIONS[0],
+                        ALLOW_REDEFINITIONS[1],
+                        ALLOW_REDEFINITIONS[2],
+                        SetOption("top-event", "T1"),
+                        SetOption("last-date", "100"),
+                        SetOption("step", "50"),
+                        SetOption("number-of-tries", "20")};
+  Sequence _commands = {LoadModel("models/changes.xml"), LoadModel("models/groups.xml"),
+                        SetOption("handle", "A"), SetOption("top-event", "T2")};
+};
+
 // ---- Running ------------------------------------------------------------------------------------
 
 struct Counts {
+  long sequences;
   long commands;
   long successes;
   long readsLeftOut;
@@ -507,7 +582,8 @@ void CheckWithoutOtherBuilds(const Sequence& sequence, std::size_t last, const R
   CheckReduced(run, reduced, "the other builds");
 }
 
-void Check(const Sequence& sequence) {
+// Returns how many commands have gone well.
+std::size_t Check(const Sequence& sequence) {
   alarm(SECONDS_PER_SEQUENCE);
   const Run run = Execute(sequence);
   CheckRepetition(sequence, run);
@@ -516,6 +592,7 @@ void Check(const Sequence& sequence) {
     CheckWithoutReads(sequence, i, run);
     CheckWithoutOtherBuilds(sequence, i, run);
   }
+  return run.successes;
 }
 
 // ---- What fails ---------------------------------------------------------------------------------
@@ -551,17 +628,39 @@ void Report(long number, const Sequence& sequence, int status) {
   std::printf("to repeat: cd %s && orva %s\n\n", fs::current_path().c_str(), script.c_str());
 }
 
+// Where sequences come from: the one of a number, and the number to try next when so many of its
+// commands have gone well.
+struct Source {
+  std::function<Sequence(long number)> get;
+  std::function<long(long number, std::size_t successes)> getNext;
+};
+
+Source GetRandomSource(long seed) {
+  return {[=](long number) { return Drawer(seed, number).DrawSequence(); },
+          [](long number, std::size_t) { return number + 1; }};
+}
+
+Source GetSource(const Enumeration& enumeration) {
+  return {
+      [&](long number) { return enumeration.GetSequence(number); },
+      [&](long number, std::size_t successes) { return enumeration.GetNext(number, successes); }};
+}
+
 // Returns the number of findings.
-int CheckBatch(long seed, long first, long end) {
+int CheckBatch(const Source& source, long first, long end) {
   const int status = RunInChild([&] {
-    for (long i = first; i < end; ++i) Check(Drawer(seed, i).DrawSequence());
+    for (long i = first; i < end;) {
+      const std::size_t successes = Check(source.get(i));
+      ++counts->sequences;
+      i = source.getNext(i, successes);
+    }
   });
   if (status == 0) return 0;
   const std::string messages = ReadMessages().substr(0, MAXIMUM_SHOWN);
   TakeOutputFiles();
   int findings = 0;
   for (long i = first; i < end && findings < MAXIMUM_OF_FINDINGS; ++i) {
-    const Sequence sequence = Drawer(seed, i).DrawSequence();
+    const Sequence sequence = source.get(i);
     const int alone = CheckAlone(sequence);
     if (alone == 0) continue;
     ++findings;
@@ -573,27 +672,39 @@ int CheckBatch(long seed, long first, long end) {
   return 1;
 }
 
+// Returns the number of findings.
+int CheckSequences(const Source& source, long first, long end) {
+  int findings = 0;
+  for (long i = first; i < end && findings < MAXIMUM_OF_FINDINGS; i += BATCH) {
+    findings += CheckBatch(source, i, std::min(i + BATCH, end));
+  }
+  return findings;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   if (argc < 2) {
-    std::puts("usage: CommandSequences MODELS [--seed N] [--first N] [--count N]");
+    std::puts("usage: CommandSequences MODELS [--seed N] [--first N] [--count N] [--every LENGTH]");
     return 2;
   }
   const fs::path models = fs::absolute(argv[1]);
   const long seed = GetNumber(argc, argv, "--seed", 1);
   const long first = GetNumber(argc, argv, "--first", 0);
   const long count = GetNumber(argc, argv, "--count", 2000);
+  const long length = GetNumber(argc, argv, "--every", 0);
   counts = NewSharedCounts<Counts>();
-  EnterNewFolder("sequences-" + std::to_string(seed) + "-" + std::to_string(first));
+  EnterNewFolder("sequences-" + std::to_string(length) + "-" + std::to_string(seed) + "-" +
+                 std::to_string(first));
   fs::copy(models, "models");
-  int findings = 0;
-  for (long i = first; i < first + count && findings < MAXIMUM_OF_FINDINGS; i += BATCH) {
-    findings += CheckBatch(seed, i, std::min(i + BATCH, first + count));
-  }
+  const Enumeration every(length);
+  const int findings = length > 0
+                           ? CheckSequences(GetSource(every), 0, every.GetNumberOfSequences())
+                           : CheckSequences(GetRandomSource(seed), first, first + count);
   std::printf(
       "%ld sequences; %ld commands run, %ld without error; %ld tables compared without the "
       "reads before them, %ld without other builds\n",
-      count, counts->commands, counts->successes, counts->readsLeftOut, counts->buildsLeftOut);
+      counts->sequences, counts->commands, counts->successes, counts->readsLeftOut,
+      counts->buildsLeftOut);
   return findings == 0 ? 0 : 1;
 }
