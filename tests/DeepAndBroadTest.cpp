@@ -162,6 +162,36 @@ TEST_F(DeepAndBroad, FormulasThatGrowTooLarge) {
   EXPECT_EQ(engine.GetErrors(), "ERROR :\nThe formulas below g0 grow too large\n\n");
 }
 
+// 20 upper gates find the same 21 events below each of 20 lower gates, which share 20 of them: 820
+// copies are made, 8,800 children looked at.
+TEST_F(DeepAndBroad, FormulasThatTakeTooLong) {
+  constexpr int N = 20;
+  std::string uppers;
+  std::string lowers;
+  std::string model = DefineGate(2 * N + 1, "or", Events(1, N));
+  for (int i = 1; i <= N; ++i) lowers += Gate(N + i);
+  for (int i = 1; i <= N; ++i) {
+    uppers += Gate(i);
+    model += DefineGate(i, "or", lowers) + DefineGate(N + i, "or", Event(0) + Gate(2 * N + 1));
+  }
+  for (const int maximum : {880, 879}) {
+    OrvaTestEngine fresh;
+    ASSERT_EQ(fresh.Load(model + DefineGate(0, "and", uppers)), 0);
+    fresh->GetRewriter()->SetMaximumNumberOfCopies(maximum);
+    EXPECT_EQ(fresh.Run("<normalize top-event=\"g0\"/>"), maximum == 880 ? 0 : 1);
+  }
+}
+
+TEST_F(DeepAndBroad, ManyScripts) {
+  constexpr int N = OrvaInterpreter::MAXIMUM_NUMBER_OF_SCRIPTS;
+  std::ofstream("empty.xml") << "<?xml version=\"1.0\"?><orva></orva>";
+  std::string commands;
+  for (int i = 0; i < N; ++i) commands += "<script input=\"empty.xml\"/>";
+  EXPECT_EQ(engine.Run("<load>" + commands + "</load>"), 0);
+  EXPECT_EQ(engine.Run("<load><script input=\"empty.xml\"/></load>"), 1);
+  EXPECT_EQ(engine.GetErrors(), "ERROR :\nToo many scripts are loaded: empty.xml\n\n");
+}
+
 TEST_F(DeepAndBroad, MoreBasicEventsThanTheStoreHasIndices) {
   ASSERT_EQ(engine.Load(DefineGate(0, "or", Events(0, 1)) + DefineEvents(2, "0.5")), 0);
   OrvaMCSManager* manager = engine->GetMCSManager();

@@ -1,5 +1,6 @@
 // Numbers at the edges: what they lead to ends, and says so.
 
+#include <cfloat>
 #include <cmath>
 #include <limits>
 
@@ -51,15 +52,33 @@ TEST(ExtremeNumbers, PeriodicTestsOfManyCycles) {
 }
 
 TEST(ExtremeNumbers, StandbyOfManyUnits) {
-  const auto standby = [](const char* n) {
-    return Evaluate(std::string("<standby><int value=\"") + n + "\"/>" +
-                        Numbers({"1", "1", "0.5", "0", "1"}) + "</standby>",
-                    0.0);
+  const auto standby = [](const char* n, const std::vector<const char*>& others) {
+    return Evaluate(
+        std::string("<standby><int value=\"") + n + "\"/>" + Numbers(others) + "</standby>", 0.0);
   };
   // The weights of 0 .. n failed units are powers of 1/2; all have failed.
-  EXPECT_EQ(standby("2"), 0.25 / 1.75);
-  EXPECT_EQ(standby("1000000"), 0.0);
-  EXPECT_TRUE(std::isnan(standby("2000000000")));
+  const std::vector<const char*> halves = {"1", "1", "0.5", "0", "1"};
+  EXPECT_EQ(standby("2", halves), 0.25 / 1.75);
+  EXPECT_EQ(standby("1000000", halves), 0.0);
+  EXPECT_TRUE(std::isnan(standby("2000000000", halves)));
+  // Weights that grow beyond all numbers. Failures of all 400 units are 100 times as probable as of
+  // 399, these 200 times as of 398, ...: the others are exp(0.01) - 1 of them together.
+  EXPECT_NEAR(standby("400", {"1", "1", "0.01", "0.01", "1e-4"}), std::exp(-0.01), 1e-14);
+  // Without repair divisors are the machine epsilon.
+  EXPECT_NEAR(standby("30", {"1", "0", "0.001", "0.001", "0"}), 1.0 - DBL_EPSILON / 0.001, 1e-15);
+}
+
+// Probabilities that are no numbers must be seen.
+TEST(ExtremeNumbers, CutsetsOfUnknownProbability) {
+  OrvaTestEngine engine;
+  engine.Define("T = or(a, b); #a = standby(2000000000, 1, 1, 0.5, 0.0, 1.0); #b = 0.25");
+  for (const std::string limit : {"0", "0.5"}) {
+    const std::string options = "top-event=\"T\" handle=\"" + limit + "\"";
+    engine.MustRun("<build><minimal-cutsets minimum-probability=\"" + limit + "\" " + options +
+                   "/></build><compute><probability output=\"unknown.txt\" " + options +
+                   "/></compute>");
+    EXPECT_EQ(OrvaTestEngine::ReadTable("unknown.txt")[1][2], "nan") << limit;
+  }
 }
 
 TEST(ExtremeNumbers, FailureRatesThroughSharedParameters) {

@@ -64,6 +64,19 @@ TEST_F(RewriterTest, ConstantsLeaveEveryOperator) {
       not(true) > false                           | not(false) > true | not(a) > not(a) )");
 }
 
+TEST_F(RewriterTest, ThresholdsEndAtTheSmallestInteger) {
+  for (const std::string kind : {"atleast", "atmost"}) {
+    ShortModel model;
+    const std::string bound = (kind == "atleast" ? "min" : "max") + std::string("=\"-2147483648\"");
+    ASSERT_EQ(model.Load("<define-gate name=\"top\"><" + kind + " " + bound +
+                         "><constant value=\"true\"/><event name=\"a\"/><event name=\"b\"/></" +
+                         kind + "></define-gate>"),
+              0);
+    model.Apply(&OrvaRewriter::PropagateConstants);
+    EXPECT_EQ(model.Formula("top"), kind == "atleast" ? "true" : "false");
+  }
+}
+
 TEST_F(RewriterTest, OneChildTakesThePlaceOfItsGate) {
   // Without negation: as it is defined.
   Check(&OrvaRewriter::PropagateConstants,

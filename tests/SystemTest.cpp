@@ -1,3 +1,4 @@
+#include <climits>
 #include <random>
 
 #include "OrvaTestSupport.h"
@@ -68,7 +69,7 @@ TEST(Equation, RightMemberFollowsFromItsLiterals) {
       open += value < 2 ? 1 : 0;
       candidates += isTrue ? 1 : 0;
     }
-    for (int k = -1; k <= 5; ++k) {
+    for (const int k : {INT_MIN, -1, 0, 1, 2, 3, 4, 5, INT_MAX}) {
       equation.SetMin(k);
       equation.ResetCandidateCounts();
       const Value expected = fixed >= k         ? OrvaVariable::NECESSARILY_TRUE

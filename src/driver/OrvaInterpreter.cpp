@@ -29,6 +29,7 @@ constexpr const char* NO_FILE_NAME = "No file name\n";
 constexpr const char* UNABLE_TO_OPEN_FILE = "Unable to open file %s\n";
 constexpr const char* SCRIPTS_NEST_TOO_DEEP =
     "Scripts that load each other are nested too deep: %s\n";
+constexpr const char* TOO_MANY_SCRIPTS = "Too many scripts are loaded: %s\n";
 
 bool IsBannerArgument(const char* argument) {
   for (const char* bannerArgument : BANNER_ARGUMENTS) {
@@ -100,6 +101,9 @@ void OrvaInterpreter::DownloadCommandScript(int& error, const char* fileName) {
   if (fileName == nullptr) return _Report(error, NO_FILE_NAME, nullptr);
   if (_scriptDepth == MAXIMUM_SCRIPT_DEPTH) {
     return _Report(error, SCRIPTS_NEST_TOO_DEEP, fileName, nullptr);
+  }
+  if (_numberOfScripts++ == MAXIMUM_NUMBER_OF_SCRIPTS) {
+    return _Report(error, TOO_MANY_SCRIPTS, fileName, nullptr);
   }
   LumoXMLDocument document;
   if (!document.Load(fileName)) return _Report(error, UNABLE_TO_OPEN_FILE, fileName, nullptr);

@@ -61,6 +61,8 @@ class OrvaInterpreter {
 
   // How many scripts may be open inside each other.
   static constexpr int MAXIMUM_SCRIPT_DEPTH = 64;
+  // How many scripts may be loaded in one run.
+  static constexpr int MAXIMUM_NUMBER_OF_SCRIPTS = 10000;
   // How many quantiles and how many bins a sample may be asked for.
   static constexpr int MAXIMUM_NUMBER_OF_STATISTICS = 10000;
 
@@ -208,6 +210,7 @@ class OrvaInterpreter {
   void _Report(int& error, const char* format, const char* argument, const LumoXMLNode* node);
 
   int _scriptDepth = 0;
+  int _numberOfScripts = 0;
   std::string _outputFileName;  // of the open output stream
   // In the order of their construction; the destructor has an order of its own.
   std::unique_ptr<OrvaModel> _model;

@@ -31,15 +31,16 @@ class OrvaCutset {
   OrvaVariable* GetVariable(int i) const;
   double GetProbability(int i) const;
 
-  // Whether the cutset with one more variable, or as it stands, respects the cutoff.
+  // Whether the cutset with one more variable, or as it stands, respects the cutoff. A probability
+  // that is no number does: what is unknown must not disappear from the results.
   bool CheckCutoffAhead(const OrvaVariable* variable) const {
     if (_order + 1 > _cutoff->GetMaximumOrder()) return false;
-    return variable->GetHighestCutsetProbability() * _entries[_order].product >=
-           _cutoff->GetMinimumProbability();
+    return !(variable->GetHighestCutsetProbability() * _entries[_order].product <
+             _cutoff->GetMinimumProbability());
   }
   bool CheckCutoff() const {
     return _order <= _cutoff->GetMaximumOrder() &&
-           _entries[_order].product >= _cutoff->GetMinimumProbability();
+           !(_entries[_order].product < _cutoff->GetMinimumProbability());
   }
 
   // Whether no variable can be left out without making the top variable false. Brings the cutset

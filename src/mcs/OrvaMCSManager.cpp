@@ -1,6 +1,7 @@
 #include "mcs/OrvaMCSManager.h"
 
 #include <algorithm>
+#include <climits>
 #include <numeric>
 
 #include "mcs/OrvaMCSTreeWalk.h"
@@ -139,7 +140,8 @@ void OrvaMCSManager::ComputeNumberOfOccurrencesOfVariablesInMinimalCutsets(OrvaM
   AddNumbersOfOccurrences(root, counts);
   numbers = new int[counts.size()];
   std::copy(counts.begin(), counts.end(), numbers);
-  total = std::accumulate(counts.begin(), counts.end(), 0);
+  const long sum = std::accumulate(counts.begin(), counts.end(), 0L);
+  total = static_cast<int>(std::min(sum, static_cast<long>(INT_MAX)));
 }
 
 void OrvaMCSManager::ComputeSumOfMinimalCutsetProbabilities(OrvaMCSNode* root, double& sum) const {

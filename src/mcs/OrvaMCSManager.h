@@ -75,7 +75,7 @@ class OrvaMCSManager {
   void ComputeOrdersOfMinimalCutsets(OrvaMCSNode* root, int*& numbers, int& highestOrder,
                                      int& total) const;
   // A new array, the caller's, of the numbers of cutsets that contain each index,
-  // 0 .. the highest entry index; their total.
+  // 0 .. the highest entry index; their total, at most the largest integer.
   void ComputeNumberOfOccurrencesOfVariablesInMinimalCutsets(OrvaMCSNode* root, int*& numbers,
                                                              int& highestIndex, int& total) const;
   // The sum over the cutsets of the products of the probabilities of their events, and the

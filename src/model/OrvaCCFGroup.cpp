@@ -65,6 +65,12 @@ std::string OrvaCCFGroup::GetNameOfMemberGate(int i) const {
   return std::string(_name) + "-" + GetMember(i)->GetName();
 }
 
+void OrvaCCFGroup::AddMember(OrvaEvent* member) {
+  const int n = GetNumberOfMembers();
+  if (n == _members.GetSize()) _members.Expand(2 * n);
+  SetMember(n, member);
+}
+
 void OrvaCCFGroup::SetMember(int i, OrvaEvent* member) {
   if (OrvaEvent* former = GetMember(i)) _Unlink(former);
   _members.SetItem(i, member);
@@ -116,10 +122,11 @@ void OrvaCCFGroup::Expand() {
   if (_isExpanded) return;
   const int n = GetNumberOfMembers();
   Subset subset(static_cast<std::size_t>(n), '1');
+  OrvaEvent* common = nullptr;
   for (int i = 0; i < n; ++i) {
     switch (_type) {
       case BETA_FACTOR:
-        _ExpandMemberForBetaFactor(subset, i);
+        _ExpandMemberForBetaFactor(subset, i, common);
         break;
       case MGL:
       case ALPHA_FACTOR:
@@ -159,9 +166,9 @@ void OrvaCCFGroup::_ExpandMember(Subset& subset, int i, LumoList* children, int 
   }
 }
 
-void OrvaCCFGroup::_ExpandMemberForBetaFactor(const Subset& subset, int i) {
+void OrvaCCFGroup::_ExpandMemberForBetaFactor(const Subset& subset, int i, OrvaEvent*& common) {
   OrvaEvent* member = _ReplaceMemberByIndependentEvent(i);
-  OrvaEvent* common = _FindOrAddBasicEvent(subset);
+  if (common == nullptr) common = _FindOrAddBasicEvent(subset);
   _AssociateProbabilityDistributionToBasicEvent(common, GetNumberOfMembers());
   LumoList children;
   children.InsertItemLast(OrvaGate::NewEvent(_model, GetMember(i)));

@@ -51,7 +51,7 @@ class OrvaCCFGroup : public LumoAttributeAccess<OrvaCCFGroup> {
   // The name, "group-member", of the gate that member i becomes.
   std::string GetNameOfMemberGate(int i) const;
   void SetMember(int i, OrvaEvent* member);
-  void AddMember(OrvaEvent* member) { SetMember(GetNumberOfMembers(), member); }
+  void AddMember(OrvaEvent* member);
 
   // Factors by level, from 0. Owned; setting one deletes the factor that it replaces.
   int GetNumberOfFactors() const { return _factors.GetNumberOfItems(); }
@@ -87,7 +87,8 @@ class OrvaCCFGroup : public LumoAttributeAccess<OrvaCCFGroup> {
   void _Unlink(OrvaEvent* member);
   void _ExpandMember(Subset& subset, int i);
   void _ExpandMember(Subset& subset, int i, LumoList* children, int k);
-  void _ExpandMemberForBetaFactor(const Subset& subset, int i);
+  // The failure of all members is made for the first one.
+  void _ExpandMemberForBetaFactor(const Subset& subset, int i, OrvaEvent*& common);
   OrvaEvent* _ReplaceMemberByIndependentEvent(int i);
   void _DefineMember(OrvaEvent* member, const LumoList* children);
   OrvaEvent* _FindOrAddBasicEvent(const Subset& subset);

@@ -156,20 +156,28 @@ struct Standby {
 };
 
 // A birth-death chain over the number i of failed units out of n, of which k must work and r can
-// be repaired at a time. Calls visit with the weight of each state i relative to state 0. Once a
-// weight is 0, so are the others.
-template <class Visit>
-void VisitStatesOfStandby(const Standby& units, Visit visit) {
+// be repaired at a time. Sums getTerm(i, weight) over the states i, with the weight of each
+// relative to state 0. Once a weight is 0, so are the others. Weights that grow too large are
+// scaled down together with the sum so far, by a power of two, which rounds nothing: the terms must
+// be proportional to the weights.
+template <class GetTerm>
+double SumOverStatesOfStandby(const Standby& units, GetTerm getTerm) {
+  constexpr double LARGE = 0x1p500;
   const auto& [n, k, r, lambda, lambdaStandby, mu] = units;
   double weight = 1.0;
-  visit(0, weight);
+  double sum = getTerm(0, weight);
   for (long i = 1; i <= n && weight != 0.0; ++i) {
     const double rate = i > n - k + 1 ? lambda * static_cast<double>(n - i + 1)
                                       : lambda * static_cast<double>(k) +
                                             lambdaStandby * static_cast<double>(n - k - i + 1);
     weight = rate * weight / OrvaNonZero(mu * static_cast<double>(std::min(r, i)));
-    visit(i, weight);
+    if (weight > LARGE) {
+      weight /= LARGE;
+      sum /= LARGE;
+    }
+    sum += getTerm(i, weight);
   }
+  return sum;
 }
 
 }  // namespace
@@ -180,12 +188,10 @@ void OrvaProbabilityDistribution::_EvaluateStandby(double t) {
   const long r = ComputeValueOfChildAsInt(3, t, 0, static_cast<int>(n));
   const Standby units = {n, k, r, _GetRate(4, t), _GetRate(5, t), _GetRate(6, t)};
   if (n > MAXIMUM_NUMBER_OF_STANDBY_UNITS) return _value.Set(std::nan(""));
-  double sum = 0.0;
-  VisitStatesOfStandby(units, [&](long /*i*/, double weight) { sum += weight; });
-  double value = 0.0;
-  VisitStatesOfStandby(units, [&](long i, double weight) {
-    if (i > n - k) value += weight / sum;
-  });
+  const double sum =
+      SumOverStatesOfStandby(units, [](long /*i*/, double weight) { return weight; });
+  const double value = SumOverStatesOfStandby(
+      units, [&](long i, double weight) { return i > n - k ? weight / sum : 0.0; });
   _value.Set(ClampToProbability(value));
 }
 

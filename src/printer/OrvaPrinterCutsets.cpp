@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <numeric>
 #include <vector>
 
 #include "mcs/OrvaMCSSet.h"
@@ -105,7 +106,8 @@ void OrvaPrinter::PrintNumberOfOccurrencesOfVariablesInMinimalCutsets(const Orva
     const OrvaEvent* event = set->GetManager()->GetEvent(i);
     if (event != nullptr) OrvaPutRow(stream, event->GetName(), numbers[i]);
   }
-  OrvaPutRow(stream, "total", total);
+  // Not the total above, which ends at the largest integer.
+  OrvaPutRow(stream, "total", std::accumulate(numbers, numbers + highestIndex + 1, 0L));
 }
 
 void OrvaPrinter::PrintWalkObserver(const OrvaWalkObserver* observer, LumoStream* stream) {

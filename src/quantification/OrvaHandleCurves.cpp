@@ -30,7 +30,7 @@ struct TestArguments {
 constexpr TestArguments TEST_ARGUMENTS[] = {{4, 2, 3, 0}, {5, 3, 4, 0}, {11, 4, 5, 7}};
 
 // So many steps to the first test in range are taken singly.
-constexpr double LARGEST_NUMBER_OF_STEPS = 1e7;
+constexpr double LARGEST_NUMBER_OF_STEPS = 1e5;
 
 bool IsFull(const LumoCurve* curve) {
   return curve->GetNumberOfPoints() >= OrvaHandle::MAXIMUM_NUMBER_OF_POINTS;

@@ -12,7 +12,7 @@ void OrvaHandle::PerformSensitivityAnalysisOnTopEventProbability(
   if (parameters) ResetSensitivityMeasuresOfParameters();
   if (basicEvents) ResetSensitivityMeasuresOfBasicEvents();
   ResetSensitivityMeasureOfTopEvent(numberOfQuantiles, numberOfBins);
-  for (int i = 1; i <= numberOfTries; ++i) {
+  for (int i = 0; i < numberOfTries; ++i) {
     DrawRandomDeviatesOfBasicEvents(randomizer);
     ComputeTopEventProbability(missionTime);
     if (parameters) AddCurrentValuesOfParametersToTheirSensitivityMeasures();

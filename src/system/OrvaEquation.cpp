@@ -1,13 +1,19 @@
 #include "system/OrvaEquation.h"
 
 #include <algorithm>
+#include <climits>
 #include <utility>
 
 #include "support/memory/LumoMemoryManager.h"
 
 namespace {
+
 constexpr int ALL_ATTRIBUTES = ~0;
-}
+
+// A threshold that can be subtracted from sizes. So far out, thresholds are all alike.
+int GetBoundedThreshold(int min) { return std::clamp(min, INT_MIN / 2, INT_MAX / 2); }
+
+}  // namespace
 
 OrvaEquation::OrvaEquation() { LumoMemoryManager::TraceNew(this, "OrvaEquation"); }
 
@@ -63,12 +69,12 @@ void OrvaEquation::ResetCandidateCounts() {
     if (literal.GetVariable() == nullptr) continue;
     ++_candidateCounts[static_cast<unsigned>(literal.GetCandidateValue())];
   }
-  _needTrue = _min;
-  _needFalse = _size + 1 - _min;
+  _needTrue = GetBoundedThreshold(_min);
+  _needFalse = _size + 1 - _needTrue;
 }
 
 void OrvaEquation::ResetCutsetCount() {
-  _cutsetCount = _min;
+  _cutsetCount = GetBoundedThreshold(_min);
   for (const OrvaLiteral& literal : GetFanins()) {
     if (literal.GetVariable() == nullptr) continue;
     if (literal.GetSign() == literal.GetVariable()->GetCutsetValue()) --_cutsetCount;

@@ -2,6 +2,8 @@
 
 #include "system/OrvaRewriter.h"
 
+#include <algorithm>
+#include <climits>
 #include <string>
 
 #include "model/OrvaModel.h"
@@ -67,10 +69,12 @@ void OrvaRewriter::NormalizeModel(int& error, OrvaModel* model, OrvaEvent* top) 
   LumoList events;
   _CollectDefinedEvents(top, &events);
   _ApplyToDefinitions(events, [&](OrvaGate* gate) { _PropagateConstants(gate); });
+  _deadEnds.clear();
   _ApplyToDefinitions(events, [&](OrvaGate* gate) { _DereferenceVariables(gate); });
   _numberOfCopies = 0;
+  _numberOfVisits = 0;
   _ApplyToDefinitions(events, [&](OrvaGate* gate) { _CoalesceGate(model, gate); });
-  if (_numberOfCopies > _maximumNumberOfCopies) error = 1;
+  if (_IsCoalescingTooLong()) error = 1;
   _ApplyToDefinitions(events, [&](OrvaGate* gate) { _RemoveDuplicatedChildren(model, gate); });
 }
 
@@ -83,6 +87,7 @@ void OrvaRewriter::PropagateConstants(int& /*error*/, OrvaModel* /*model*/, Orva
 void OrvaRewriter::DereferenceVariables(int& /*error*/, OrvaModel* /*model*/, OrvaEvent* top) {
   LumoList events;
   _CollectDefinedEvents(top, &events);
+  _deadEnds.clear();
   _ApplyToDefinitions(events, [&](OrvaGate* gate) { _DereferenceVariables(gate); });
 }
 
@@ -90,6 +95,7 @@ void OrvaRewriter::CoalesceGates(int& /*error*/, OrvaModel* model, OrvaEvent* to
   LumoList events;
   _CollectDefinedEvents(top, &events);
   _numberOfCopies = 0;
+  _numberOfVisits = 0;
   _ApplyToDefinitions(events, [&](OrvaGate* gate) { _CoalesceGate(model, gate); });
 }
 
@@ -180,9 +186,12 @@ void OrvaRewriter::_PropagateConstantsInOperator(OrvaGate* gate,
 void OrvaRewriter::_PropagateConstantsInThreshold(OrvaGate* gate,
                                                   const ConstantChildren& constants) {
   const OrvaGate::Type type = gate->GetType();
-  const int t = constants.numberOfTrue;
-  if (type != OrvaGate::ATMOST) gate->SetAttribute(OrvaGate::MIN, gate->GetMin() - t);
-  if (type != OrvaGate::ATLEAST) gate->SetAttribute(OrvaGate::MAX, gate->GetMax() - t);
+  const auto lower = [&](int threshold) {
+    return static_cast<int>(std::max(threshold - static_cast<long>(constants.numberOfTrue),
+                                     static_cast<long>(INT_MIN)));
+  };
+  if (type != OrvaGate::ATMOST) gate->SetAttribute(OrvaGate::MIN, lower(gate->GetMin()));
+  if (type != OrvaGate::ATLEAST) gate->SetAttribute(OrvaGate::MAX, lower(gate->GetMax()));
   const int n = gate->GetNumberOfChildren();
   const int min = gate->GetMin();
   const int max = gate->GetMax();
@@ -241,13 +250,19 @@ void OrvaRewriter::_ReplaceDoubleNegation(OrvaGate* gate) {
 }
 
 // Follows the chain of aliases and negations from an event. False, with nothing found, when the
-// chain runs into the negation of something that is no event.
+// chain runs into the negation of something that is no event. Such chains keep their length while
+// others come down to one step: to stop at the event after the first keeps all of them short.
 bool OrvaRewriter::_DereferenceEvent(OrvaEvent*& event, bool& isPositive) {
+  const OrvaEvent* first = event;
   for (;;) {
     const OrvaGate* definition = event->GetDefinition();
     if (definition == nullptr) return true;
+    const bool isNegationOfFormula = definition->IsNegation() && !definition->IsLiteral();
+    if (isNegationOfFormula || (!_deadEnds.empty() && _deadEnds.count(event) != 0)) {
+      _deadEnds.insert(first);
+      return false;
+    }
     if (definition->IsNegation()) {
-      if (!definition->IsLiteral()) return false;
       definition = definition->GetFirstChild();
       isPositive = !isPositive;
     } else if (!definition->IsEvent()) {
@@ -274,8 +289,14 @@ void OrvaRewriter::_UnmarkChildren(OrvaGate* gate) {
   }
 }
 
+bool OrvaRewriter::_IsCoalescingTooLong() const {
+  constexpr long VISITS_PER_COPY = 10;
+  return _numberOfCopies > _maximumNumberOfCopies ||
+         _numberOfVisits > VISITS_PER_COPY * _maximumNumberOfCopies;
+}
+
 void OrvaRewriter::_CoalesceGate(OrvaModel* model, OrvaGate* gate) {
-  if (!IsAndOrOr(gate) || _numberOfCopies > _maximumNumberOfCopies) return;
+  if (!IsAndOrOr(gate) || _IsCoalescingTooLong()) return;
   LumoListCursor* cursor = gate->NewCursorOnChildren();
   cursor->ResetOnFirstItem();
   while (!cursor->IsAfterLastItem()) {
@@ -300,6 +321,7 @@ void OrvaRewriter::_InsertNewChildrenBefore(OrvaModel* model, OrvaGate* gate,
                                             LumoListCursor* cursor, const OrvaGate* definition) {
   for (const OrvaGate* child = definition->GetFirstChild(); child != nullptr;
        child = child->GetNextSibling()) {
+    ++_numberOfVisits;
     if (child->IsEvent() && _IsMarked(child)) continue;
     OrvaGate* copy = OrvaGate::Copy(model, child);
     ++_numberOfCopies;

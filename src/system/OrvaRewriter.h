@@ -1,5 +1,7 @@
 #pragma once
 
+#include <unordered_set>
+
 #include "model/OrvaEvent.h"
 #include "model/OrvaGate.h"
 
@@ -23,8 +25,9 @@ class OrvaRewriter {
 
   // Expands the common-cause failure groups of the model, then runs the four steps below, each
   // over all definitions below the top before the next. The definitions must be free of cycles.
-  // When coalescing would make more than the maximum number of copies, it stops and `error` is set
-  // to 1: a chain of n gates of one operator takes n²/2 of them, of some 200 bytes each.
+  // When coalescing would make more than the maximum number of copies, or look at ten times as many
+  // children, it stops and `error` is set to 1: a chain of n gates of one operator takes n²/2
+  // copies, of some 200 bytes each.
   void NormalizeModel(int& error, OrvaModel* model, OrvaEvent* top);
 
   // Each step visits the definitions below `top`, every gate after the gates that it references.
@@ -83,6 +86,7 @@ class OrvaRewriter {
   void _ReplaceDoubleNegation(OrvaGate* gate);
   bool _DereferenceEvent(OrvaEvent*& event, bool& isPositive);
 
+  bool _IsCoalescingTooLong() const;
   void _CoalesceGate(OrvaModel* model, OrvaGate* gate);
   void _InsertNewChildrenBefore(OrvaModel* model, OrvaGate* gate, LumoListCursor* cursor,
                                 const OrvaGate* definition);
@@ -103,5 +107,8 @@ class OrvaRewriter {
   char* _generatedGatePrefix;
   int _generatedGateNumber = 0;
   int _numberOfCopies = 0;
+  long _numberOfVisits = 0;
   int _maximumNumberOfCopies = 10000000;
+  // In a pass of dereferencing: events whose chains lead to no event.
+  std::unordered_set<const OrvaEvent*> _deadEnds;
 };

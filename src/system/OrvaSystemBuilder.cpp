@@ -16,6 +16,10 @@ bool IsAlias(const OrvaEvent* event) {
   return definition != nullptr && definition->IsGate();
 }
 
+OrvaEvent* GetAliased(const OrvaEvent* event) {
+  return event->GetDefinition()->GetReferencedEvent();
+}
+
 }  // namespace
 
 OrvaSystemBuilder::OrvaSystemBuilder(OrvaInterpreter* interpreter) : _interpreter(interpreter) {
@@ -27,8 +31,13 @@ OrvaSystemBuilder::~OrvaSystemBuilder() {
 }
 
 OrvaEvent* OrvaSystemBuilder::_GetDereferencedEvent(OrvaEvent* event) {
-  while (IsAlias(event)) event = event->GetDefinition()->GetReferencedEvent();
-  return event;
+  OrvaEvent* end = event;
+  while (IsAlias(end)) {
+    const auto known = _endsOfAliases.find(end);
+    end = known == _endsOfAliases.end() ? GetAliased(end) : known->second;
+  }
+  while (event != end && _endsOfAliases.emplace(event, end).second) event = GetAliased(event);
+  return end;
 }
 
 bool OrvaSystemBuilder::_IsAtomicEvent(const OrvaEvent* event, bool cutsModules) const {
@@ -74,6 +83,7 @@ void OrvaSystemBuilder::_CollectEvents(OrvaEvent* top, LumoList* events, bool cu
 
 OrvaHandle* OrvaSystemBuilder::BuildSystem(OrvaModel* model, OrvaEvent* top, const char* handleName,
                                            bool cutsModules) {
+  _endsOfAliases = {};
   _SetTop(top);
   LumoList events;
   _CollectEvents(_dereferencedTop, &events, cutsModules);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <unordered_map>
+
 #include "model/OrvaEvent.h"
 
 class OrvaEquation;
@@ -35,7 +37,7 @@ class OrvaSystemBuilder {
 
  private:
   void _SetTop(OrvaEvent* top);
-  static OrvaEvent* _GetDereferencedEvent(OrvaEvent* event);
+  OrvaEvent* _GetDereferencedEvent(OrvaEvent* event);
   bool _IsAtomicEvent(const OrvaEvent* event, bool cutsModules) const;
   void _CollectEvents(OrvaEvent* top, LumoList* events, bool cutsModules);
   void _BuildModules(OrvaModel* model, const LumoList& events, const char* handleName);
@@ -48,4 +50,6 @@ class OrvaSystemBuilder {
   // During a build: the top as given, and at the end of its chain of aliases.
   OrvaEvent* _top = nullptr;
   OrvaEvent* _dereferencedTop = nullptr;
+  // During a build: where the chains of aliases end that were followed, so that none is twice.
+  std::unordered_map<const OrvaEvent*, OrvaEvent*> _endsOfAliases;
 };

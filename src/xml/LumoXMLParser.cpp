@@ -100,7 +100,7 @@ LumoXMLPrinter* LumoXMLParser::GetPrinter() {
 int LumoXMLParser::_GetChar() {
   const int c = getc_unlocked(_file);
   _isAtEndOfFile = c == EOF;
-  if (c == '\n') ++_lineNumber;
+  if (c == '\n') IncrementLineNumber();
   return c;
 }
 

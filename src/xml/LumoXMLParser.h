@@ -1,5 +1,6 @@
 #pragma once
 
+#include <climits>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -50,7 +51,8 @@ class LumoXMLParser {
   bool GetParseError() const { return _parseError; }
   void ResetParseError() { _parseError = false; }
   int GetLineNumber() const { return _lineNumber; }
-  void IncrementLineNumber() { ++_lineNumber; }
+  // Lines beyond the range of integers are not counted.
+  void IncrementLineNumber() { _lineNumber += static_cast<int>(_lineNumber < INT_MAX); }
   void DecrementLineNumber() { --_lineNumber; }
   void ResetLineNumber() { _lineNumber = 1; }
 
