@@ -37,9 +37,9 @@ std::string PeriodicTest(const std::vector<const char*>& arguments) {
 
 TEST(ExtremeNumbers, PeriodicTestsOfManyCycles) {
   // Nothing is ever detected: each cycle loses a share gamma in the test and the rest at the rate
-  // lambda. Three million cycles don't settle.
+  // lambda. Half a million cycles don't settle.
   const std::string slow = PeriodicTest({"1e-9", "1e-9", "0.02", "1", "0", "1e-9", "0", "0", "0"});
-  for (const double cycles : {5e5, 3e6, 2e9}) {
+  for (const double cycles : {5e3, 5e5, 2e9}) {
     EXPECT_NEAR(Evaluate(slow, cycles), -std::expm1(cycles * (std::log1p(-1e-9) - 1e-9)), 1e-8);
   }
   // Intervals at the resolution of dates, dates without end, no date at all.

@@ -16,7 +16,7 @@ namespace {
 constexpr long MAXIMUM_NUMBER_OF_STANDBY_UNITS = 1000000;
 
 // After so many cycles of a periodic test that have not settled, the rest is not followed singly.
-constexpr int MAXIMUM_NUMBER_OF_CYCLES = 1000000;
+constexpr int MAXIMUM_NUMBER_OF_CYCLES = 10000;
 
 double ClampToProbability(double x) {
   if (x < 0.0) return 0.0;
