@@ -47,8 +47,8 @@ class OrvaWalkerTest : public testing::Test {
     EXPECT_EQ(_walker.GetStack()->GetOrder() + _walker.GetCutset()->GetOrder(), 0);
     const OrvaWalkObserver* o = _walker.GetObserver();
     std::string text;
-    for (const int n : {o->unit, o->branching, o->cutoff, o->deadEnds, o->cutoffs,
-                        o->nonMinimalCutsets, o->minimalCutsets, o->knownMinimalCutsets}) {
+    for (const long n : {o->unit, o->branching, o->cutoff, o->deadEnds, o->cutoffs,
+                         o->nonMinimalCutsets, o->minimalCutsets, o->knownMinimalCutsets}) {
       text += std::to_string(n) + " ";
     }
     return text + Tree();

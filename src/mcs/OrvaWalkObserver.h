@@ -19,17 +19,18 @@ class OrvaWalkObserver {
   // The cutoff.
   int maximumOrder = INT_MAX;
   double minimumProbability = 0.0;
-  // Choices: implied values, chosen values, basic events refused by the cutoff when chosen.
-  int unit = 0;
-  int branching = 0;
-  int cutoff = 0;
+  // Choices: implied values, chosen values, basic events refused by the cutoff when chosen. A walk
+  // of a minute or two makes more than an int can count.
+  long unit = 0;
+  long branching = 0;
+  long cutoff = 0;
   // Ends of branches: conflicts, implied basic events refused by the cutoff, cutsets that contain
   // a smaller one, new minimal cutsets, and minimal cutsets found again (never printed).
-  int deadEnds = 0;
-  int cutoffs = 0;
-  int nonMinimalCutsets = 0;
-  int minimalCutsets = 0;
-  int knownMinimalCutsets = 0;
+  long deadEnds = 0;
+  long cutoffs = 0;
+  long nonMinimalCutsets = 0;
+  long minimalCutsets = 0;
+  long knownMinimalCutsets = 0;
 
   // "?" when unset. Setting copies.
   const char* GetTopEventName() const;
