@@ -188,8 +188,12 @@ TEST_F(DeepAndBroad, ManyScripts) {
   std::string commands;
   for (int i = 0; i < N; ++i) commands += "<script input=\"empty.xml\"/>";
   EXPECT_EQ(engine.Run("<load>" + commands + "</load>"), 0);
-  EXPECT_EQ(engine.Run("<load><script input=\"empty.xml\"/></load>"), 1);
-  EXPECT_EQ(engine.GetErrors(), "ERROR :\nToo many scripts are loaded: empty.xml\n\n");
+  std::string errors;
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(engine.Run("<load><script input=\"empty.xml\"/></load>"), 1);
+    errors += "ERROR :\nToo many scripts are loaded: empty.xml\n\n";
+    EXPECT_EQ(engine.GetErrors(), errors);
+  }
 }
 
 TEST_F(DeepAndBroad, MoreBasicEventsThanTheStoreHasIndices) {

@@ -102,9 +102,10 @@ void OrvaInterpreter::DownloadCommandScript(int& error, const char* fileName) {
   if (_scriptDepth == MAXIMUM_SCRIPT_DEPTH) {
     return _Report(error, SCRIPTS_NEST_TOO_DEEP, fileName, nullptr);
   }
-  if (_numberOfScripts++ == MAXIMUM_NUMBER_OF_SCRIPTS) {
+  if (_numberOfScripts == MAXIMUM_NUMBER_OF_SCRIPTS) {
     return _Report(error, TOO_MANY_SCRIPTS, fileName, nullptr);
   }
+  ++_numberOfScripts;
   LumoXMLDocument document;
   if (!document.Load(fileName)) return _Report(error, UNABLE_TO_OPEN_FILE, fileName, nullptr);
   ++_scriptDepth;

@@ -61,7 +61,7 @@ class OrvaInterpreter {
 
   // How many scripts may be open inside each other.
   static constexpr int MAXIMUM_SCRIPT_DEPTH = 64;
-  // How many scripts may be loaded in one run.
+  // How many scripts one interpreter loads in all.
   static constexpr int MAXIMUM_NUMBER_OF_SCRIPTS = 10000;
   // How many quantiles and how many bins a sample may be asked for.
   static constexpr int MAXIMUM_NUMBER_OF_STATISTICS = 10000;

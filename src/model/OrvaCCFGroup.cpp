@@ -65,6 +65,7 @@ std::string OrvaCCFGroup::GetNameOfMemberGate(int i) const {
   return std::string(_name) + "-" + GetMember(i)->GetName();
 }
 
+// The array grows by its increment, which would copy a large group once for every eight members.
 void OrvaCCFGroup::AddMember(OrvaEvent* member) {
   const int n = GetNumberOfMembers();
   if (n == _members.GetSize()) _members.Expand(2 * n);
