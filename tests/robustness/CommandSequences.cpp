@@ -349,7 +349,10 @@ class Enumeration {
     for (const CommandKind& kind : KINDS) {
       const bool isListed = &kind == FindKind(kind.family.c_str(), kind.element.c_str());
       const bool isInput = kind.role == LOAD || kind.role == SET;
-      if (isListed && !isInput && kind.weight > 3) _commands.push_back({&kind, {}, ""});
+      if (!isListed || isInput || kind.weight <= 3) continue;
+      _commands.push_back({&kind, {}, ""});
+      const bool readsSystem = Has(kind.options, "format");
+      if (readsSystem) _commands.back().options.push_back({"handle", "system", false});
     }
   }
 
