@@ -1,5 +1,5 @@
 #include "OrvaTestSupport.h"
-#include "model/OrvaChecker.h"
+#include "reader/OrvaChecker.h"
 
 namespace {
 

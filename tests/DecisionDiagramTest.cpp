@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "OrvaTestSupport.h"
-#include "mcs/OrvaMCSSet.h"
 #include "quantification/OrvaHandle.h"
+#include "store/OrvaMCSSet.h"
 #include "support/containers/LumoList.h"
 #include "system/OrvaSystem.h"
 

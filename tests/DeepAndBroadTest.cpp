@@ -6,8 +6,8 @@
 #include <set>
 
 #include "OrvaTestSupport.h"
-#include "mcs/OrvaMCSManager.h"
 #include "model/OrvaGate.h"
+#include "store/OrvaMCSManager.h"
 #include "system/OrvaRewriter.h"
 
 namespace {

@@ -3,9 +3,9 @@
 #include <limits>
 
 #include "OrvaTestSupport.h"
-#include "mcs/OrvaMCSSet.h"
 #include "model/OrvaProbabilityDistribution.h"
 #include "quantification/OrvaHandle.h"
+#include "store/OrvaMCSSet.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <random>
 
 #include "OrvaTestSupport.h"
-#include "mcs/OrvaMCSSet.h"
+#include "store/OrvaMCSSet.h"
 #include "support/containers/LumoList.h"
 
 namespace {

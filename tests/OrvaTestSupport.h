@@ -16,7 +16,7 @@
 #include "driver/OrvaOptionCenter.h"
 #include "model/OrvaGate.h"
 #include "model/OrvaModel.h"
-#include "model/OrvaParser.h"
+#include "reader/OrvaParser.h"
 #include "support/containers/LumoRange.h"
 #include "support/text/LumoFileStream.h"
 #include "support/text/LumoRawString.h"

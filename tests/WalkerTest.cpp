@@ -1,8 +1,8 @@
 #include <memory>
 
 #include "OrvaTestSupport.h"
-#include "mcs/OrvaWalker.h"
 #include "quantification/OrvaHandle.h"
+#include "search/OrvaWalker.h"
 #include "system/OrvaModuleRecord.h"
 
 // A system written as rows "left k literals", over variables in a given order, and its walk. A

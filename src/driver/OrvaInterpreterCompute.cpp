@@ -6,9 +6,9 @@
 #include "driver/OrvaInterpreterCommands.h"
 #include "driver/OrvaInterpreterSwitches.h"
 #include "driver/OrvaOptionCenter.h"
-#include "mcs/OrvaMCSSet.h"
 #include "model/OrvaModel.h"
 #include "printer/OrvaPrinter.h"
+#include "store/OrvaMCSSet.h"
 #include "support/statistics/LumoCurve.h"
 #include "xml/LumoXMLNode.h"
 

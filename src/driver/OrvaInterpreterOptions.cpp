@@ -2,8 +2,8 @@
 
 #include "driver/OrvaInterpreter.h"
 #include "driver/OrvaOptionCenter.h"
-#include "mcs/OrvaCutoff.h"
 #include "model/OrvaModel.h"
+#include "search/OrvaCutoff.h"
 #include "support/text/LumoFileStream.h"
 #include "support/text/LumoRawString.h"
 #include "xml/LumoXMLNode.h"

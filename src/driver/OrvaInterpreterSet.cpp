@@ -4,7 +4,7 @@
 #include "driver/OrvaInterpreterCommands.h"
 #include "driver/OrvaOptionCenter.h"
 #include "model/OrvaModel.h"
-#include "model/OrvaParser.h"
+#include "reader/OrvaParser.h"
 #include "xml/LumoXMLNode.h"
 
 namespace {

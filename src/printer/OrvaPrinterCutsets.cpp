@@ -5,12 +5,12 @@
 #include <numeric>
 #include <vector>
 
-#include "mcs/OrvaMCSSet.h"
-#include "mcs/OrvaMCSTreeWalk.h"
-#include "mcs/OrvaWalkObserver.h"
 #include "model/OrvaEvent.h"
 #include "printer/OrvaPrinter.h"
 #include "printer/OrvaPrinterRows.h"
+#include "search/OrvaWalkObserver.h"
+#include "store/OrvaMCSSet.h"
+#include "store/OrvaMCSTreeWalk.h"
 #include "support/containers/LumoAVLTree.h"
 
 namespace {

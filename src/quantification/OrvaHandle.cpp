@@ -1,9 +1,9 @@
 #include "quantification/OrvaHandle.h"
 
-#include "mcs/OrvaMCSSet.h"
 #include "model/OrvaModel.h"
 #include "model/OrvaParameter.h"
 #include "model/OrvaProbabilityDistribution.h"
+#include "store/OrvaMCSSet.h"
 #include "support/memory/LumoMemoryManager.h"
 #include "support/text/LumoRawString.h"
 #include "system/OrvaSystem.h"

@@ -6,10 +6,10 @@
 
 #include "OrvaFuzzSupport.h"
 #include "driver/OrvaInterpreter.h"
-#include "model/OrvaChecker.h"
 #include "model/OrvaModel.h"
-#include "model/OrvaParser.h"
 #include "printer/OrvaPrinter.h"
+#include "reader/OrvaChecker.h"
+#include "reader/OrvaParser.h"
 #include "xml/LumoXMLDocument.h"
 
 namespace {

@@ -1,0 +1,450 @@
+#include "search/OrvaWalker.h"
+
+#include <algorithm>
+#include <iterator>
+#include <span>
+
+#include "model/OrvaEvent.h"
+#include "support/memory/LumoMemoryManager.h"
+
+using Value = OrvaVariable::Value;
+
+namespace {
+
+constexpr int STACK_CAPACITY = 4096;
+constexpr int SMALL_STACK_CAPACITY = 1024;
+constexpr int LONG_SCAN = 32;
+
+constexpr const char* BRANCH_STATUS_STRINGS[] = {"FALSIFIED", "SATISFIED", "PRUNED", "COMPLETED",
+                                                 "PARTIAL"};
+
+bool IsInput(const OrvaVariable* variable) { return variable->IsInputVariable(); }
+
+}  // namespace
+
+OrvaWalker::OrvaWalker(OrvaMCSManager* manager)
+    : _manager(manager),
+      _stack(STACK_CAPACITY),
+      _resolvant(SMALL_STACK_CAPACITY),
+      _unitStack(SMALL_STACK_CAPACITY),
+      _cutset(SMALL_STACK_CAPACITY) {
+  LumoMemoryManager::TraceNew(this, "OrvaWalker");
+}
+
+OrvaWalker::~OrvaWalker() { LumoMemoryManager::TraceDelete(this, "OrvaWalker"); }
+
+const char* OrvaWalker::GetBranchStatusString(int status) {
+  const bool isKnown = status >= 0 && status < static_cast<int>(std::size(BRANCH_STATUS_STRINGS));
+  return isKnown ? BRANCH_STATUS_STRINGS[status] : nullptr;
+}
+
+// Start and end of a walk.
+
+void OrvaWalker::BuildMinimalCutsetTree(OrvaSystem* system, const OrvaCutoff* cutoff,
+                                        OrvaMCSSet* set) {
+  _InitializeWalk(system, cutoff, set);
+  _status = PARTIAL;
+  // A top event that is a basic event refused by the cutoff yields nothing and counts nothing.
+  if (IsInput(_topVariable) && !_cutset.CheckCutoffAhead(_topVariable)) {
+    _status = PRUNED;
+  } else {
+    _WalkFromTop();
+  }
+  _TerminateWalk();
+}
+
+void OrvaWalker::_InitializeWalk(OrvaSystem* system, const OrvaCutoff* cutoff, OrvaMCSSet* set) {
+  _system = system;
+  _cutoff = cutoff;
+  _root = set->GetRootNode();
+  _topVariable = system->GetTopVariable();
+  _LoadVariablesInMinimalCutsetManager();
+  _stack.InitializeWalk(system, cutoff);
+  _resolvant.InitializeWalk(system);
+  _unitStack.InitializeWalk(system);
+  _cutset.InitializeWalk(system, cutoff);
+  _observer.Reset();
+  _ResetVariableValues();
+  _path.Start(_root);
+}
+
+// Gives the events of the input variables their indices in the store. An event keeps its index
+// across systems and walks.
+void OrvaWalker::_LoadVariablesInMinimalCutsetManager() {
+  for (OrvaVariable* variable : LumoItems<OrvaVariable>(_system->GetDictionary())) {
+    if (!IsInput(variable)) continue;
+    OrvaEvent* event = variable->GetEvent();
+    if (event->GetMCSIndex() == 0) {
+      const int next = _manager->GetIndexOfHighestEntry() + 1;
+      const int size = _manager->GetSizeOfEntryTable();
+      if (next >= size) _manager->SetSizeOfEntryTable(2 * size);
+      event->SetMCSIndex(next);
+      _manager->SetEvent(next, event);
+    }
+    variable->SetMCSIndex(event->GetMCSIndex());
+    _manager->SetVariable(variable->GetMCSIndex(), variable);
+    _manager->SetProbability(variable->GetMCSIndex(), variable->GetProbability());
+  }
+}
+
+// A system may be gone when the next walk meets the same tree: no entry keeps a variable.
+void OrvaWalker::_UnloadVariablesFromMinimalCutsetManager() {
+  for (const OrvaVariable& variable : _system->GetVariables()) {
+    if (IsInput(&variable)) _manager->SetVariable(variable.GetMCSIndex(), nullptr);
+  }
+}
+
+void OrvaWalker::_ResetVariableValues() { _system->ResetVariableValues(); }
+
+void OrvaWalker::_WalkFromTop() {
+  const Value old = _topVariable->GetCandidateValue();
+  _stack.Push(_topVariable, old, 0, OrvaStack::UNIT);
+  if (IsInput(_topVariable)) _cutset.Push(_topVariable);
+  _SetCandidateValueOfVariable(_topVariable, OrvaVariable::NECESSARILY_TRUE);
+  _stack.SetLastChoicePoint(1);
+  _BuildMinimalCutsetTree();
+  _Backtrack();
+  if (IsInput(_topVariable)) _cutset.Pop();
+  _ResetCandidateValueOfVariable(_topVariable, old);
+}
+
+void OrvaWalker::_TerminateWalk() {
+  _UnloadVariablesFromMinimalCutsetManager();
+  _cutset.TerminateWalk();
+  _unitStack.TerminateWalk();
+  _resolvant.TerminateWalk();
+  _stack.TerminateWalk();
+  _path.Clear();
+  _scans.clear();
+  _system = nullptr;
+  _cutoff = nullptr;
+  _root = nullptr;
+  _topVariable = nullptr;
+}
+
+// The walk: branch after branch, until the stack is back where it started.
+
+void OrvaWalker::_BuildMinimalCutsetTree() {
+  const int lastChoicePoint = _stack.GetLastChoicePoint();
+  _stack.SetLastChoicePoint(_stack.GetOrder());
+  while (_status != COMPLETED) {
+    _CompleteBranch();
+    _CloseBranch();
+    _Backtrack();
+  }
+  _stack.SetLastChoicePoint(lastChoicePoint);
+}
+
+void OrvaWalker::_CloseBranch() {
+  switch (_status) {
+    case SATISFIED:
+      if (!_cutset.CheckMinimality()) {
+        ++_observer.nonMinimalCutsets;
+      } else if (_StoreMinimalCutset()) {
+        ++_observer.minimalCutsets;
+      } else {
+        ++_observer.knownMinimalCutsets;
+      }
+      break;
+    case PRUNED:
+      ++_observer.cutoffs;
+      break;
+    case FALSIFIED:
+      ++_observer.deadEnds;
+      break;
+    default:
+      break;
+  }
+}
+
+// The status starts afresh, whatever a second choice made of it: as it is defined.
+void OrvaWalker::_CompleteBranch() {
+  _status = PARTIAL;
+  while (_status == PARTIAL) {
+    _UnitPropagate();
+    if (_status != PARTIAL) break;
+    OrvaVariable* variable;
+    Value value;
+    if (_SelectVariable(variable, value)) {
+      _Choose(variable, value);
+    } else {
+      _status = SATISFIED;
+    }
+  }
+  _EndPropagation();
+}
+
+// Sets what is implied, the last implied first.
+void OrvaWalker::_UnitPropagate() {
+  while (!_unitStack.IsEmpty() && _status == PARTIAL) {
+    OrvaVariable* variable;
+    Value value;
+    ++_observer.unit;
+    _unitStack.Pop(variable, value);
+    const bool entersCutset = IsInput(variable) && value == OrvaVariable::NECESSARILY_TRUE;
+    if (entersCutset && !_cutset.CheckCutoffAhead(variable)) {
+      _status = PRUNED;
+      break;
+    }
+    _stack.Push(variable, variable->GetCandidateValue(), _resolvant.GetOrder(), OrvaStack::UNIT);
+    if (entersCutset) _cutset.Push(variable);
+    _SetCandidateValueOfVariable(variable, value);
+  }
+  _EndPropagation();
+}
+
+// Sets a chosen variable. The cutoff is looked at for every basic event, whatever its value; one
+// that it refuses becomes false, whatever was chosen.
+void OrvaWalker::_Choose(OrvaVariable* variable, Value value) {
+  const Value old = variable->GetCandidateValue();
+  if (IsInput(variable) && !_cutset.CheckCutoffAhead(variable)) {
+    ++_observer.cutoff;
+    _stack.Push(variable, old, _resolvant.GetOrder(), OrvaStack::CUTOFF);
+    return _SetCandidateValueOfVariable(variable, OrvaVariable::NECESSARILY_FALSE);
+  }
+  ++_observer.branching;
+  _stack.Push(variable, old, _resolvant.GetOrder(), OrvaStack::FIRST_CHOICE);
+  if (IsInput(variable) && value == OrvaVariable::NECESSARILY_TRUE) _cutset.Push(variable);
+  _SetCandidateValueOfVariable(variable, value);
+}
+
+// Looks, from the last required gate to the first, for one whose formula does not have its value
+// yet, and picks the first literal that stands in its way. False when every gate is justified.
+bool OrvaWalker::_SelectVariable(OrvaVariable*& variable, Value& value) {
+  for (int i = _resolvant.GetOrder() - 1; i >= 0; --i) {
+    OrvaVariable* gate = _resolvant.GetVariable(i);
+    const Value right = gate->GetDefinition()->GetRightMemberCandidateValue();
+    if (gate->GetCandidateValue() == OrvaVariable::NECESSARILY_TRUE) {
+      if (right == OrvaVariable::POSSIBLY_FALSE) {
+        return _SelectFanin(gate, OrvaVariable::POSSIBLY_FALSE, OrvaVariable::NECESSARILY_TRUE,
+                            variable, value);
+      }
+    } else if (right == OrvaVariable::POSSIBLY_TRUE) {
+      return _SelectFanin(gate, OrvaVariable::POSSIBLY_TRUE, OrvaVariable::NECESSARILY_FALSE,
+                          variable, value);
+    }
+  }
+  return false;
+}
+
+// The first literal of the given value, and the value that turns it over: the given one for a
+// positive literal, the opposite for a negative one. The walk word of the gate says how many
+// literals need not be looked at again.
+bool OrvaWalker::_SelectFanin(OrvaVariable* gate, Value literalValue, Value valueOfPositive,
+                              OrvaVariable*& variable, Value& value) {
+  const std::span<const OrvaLiteral> fanins = gate->GetDefinition()->GetFanins();
+  const auto start = fanins.begin() + gate->GetWalkWord();
+  const auto found = std::find_if(start, fanins.end(), [&](const OrvaLiteral& literal) {
+    return literal.GetCandidateValue() == literalValue;
+  });
+  if (found == fanins.end()) return false;
+  variable = found->GetVariable();
+  value = found->GetSign() ? valueOfPositive : OrvaVariable::GetOpposite(valueOfPositive);
+  if (found - start >= LONG_SCAN) _NoteScan(gate, static_cast<int>(found - fanins.begin()));
+  return true;
+}
+
+// The literals that a scan has passed over are fixed, or never have the value that it looks for.
+// While what is on the stack now stays there, so do they, and the next scan can start behind them.
+void OrvaWalker::_NoteScan(OrvaVariable* gate, int position) {
+  _scans.push_back({_stack.GetOrder(), gate, gate->GetWalkWord()});
+  gate->SetWalkWord(position);
+}
+
+void OrvaWalker::_UndoScans() {
+  while (!_scans.empty() && _scans.back().stackOrder > _stack.GetOrder()) {
+    _scans.back().gate->SetWalkWord(_scans.back().position);
+    _scans.pop_back();
+  }
+}
+
+// Undoes the branch up to the last choice that has another side, and takes that side. No cutoff
+// is looked at then, and nothing is required of a gate, since the status is not PARTIAL: both are
+// the defined behaviour.
+void OrvaWalker::_Backtrack() {
+  while (!_stack.IsAtLastChoicePoint()) {
+    OrvaVariable* variable;
+    Value old;
+    int resolvantOrder;
+    OrvaStack::Branching branching;
+    _stack.Pop(variable, old, resolvantOrder, branching);
+    _resolvant.Pop(resolvantOrder);
+    // Above the last choice point the stack is not empty, which the analyser can't know:
+    // NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage)
+    const Value current = variable->GetCandidateValue();
+    const bool isInCutset = IsInput(variable) && current == OrvaVariable::NECESSARILY_TRUE;
+    if (isInCutset) _cutset.Pop();
+    if (branching == OrvaStack::FIRST_CHOICE) {
+      _UndoScans();
+      _stack.Push(variable, old, resolvantOrder, OrvaStack::SECOND_CHOICE);
+      if (IsInput(variable) && !isInCutset) _cutset.Push(variable);
+      return _SetCandidateValueOfVariable(variable, OrvaVariable::GetOpposite(current));
+    }
+    _ResetCandidateValueOfVariable(variable, old);
+  }
+  _UndoScans();
+  _status = COMPLETED;
+}
+
+// Values and what follows from them.
+
+// Moves the counters of the equations around the variable, and looks at each.
+void OrvaWalker::_SetCandidateValueOfVariable(OrvaVariable* variable, Value value) {
+  const Value old = variable->GetCandidateValue();
+  variable->SetCandidateValue(value);
+  for (OrvaEquation* equation : variable->GetPositiveOccurrences()) {
+    equation->MoveCandidate(old, value);
+    _UpdateStatusOfLeftMemberOfEquation(equation);
+  }
+  const Value oldOpposite = OrvaVariable::GetOpposite(old);
+  const Value opposite = OrvaVariable::GetOpposite(value);
+  for (OrvaEquation* equation : variable->GetNegativeOccurrences()) {
+    equation->MoveCandidate(oldOpposite, opposite);
+    _UpdateStatusOfLeftMemberOfEquation(equation);
+  }
+  if (_status == PARTIAL && !IsInput(variable)) _RequireValueOfGate(variable);
+}
+
+// A gate was given a fixed value. Its formula may contradict it, have it, be forced to have it, or
+// have to be given it later on.
+void OrvaWalker::_RequireValueOfGate(OrvaVariable* gate) {
+  OrvaEquation* equation = gate->GetDefinition();
+  const int n = equation->GetSize();
+  const int possiblyFalse = equation->GetCandidateCount(OrvaVariable::POSSIBLY_FALSE);
+  const int possiblyTrue = equation->GetCandidateCount(OrvaVariable::POSSIBLY_TRUE);
+  const int surelyFalse = equation->GetCandidateCount(OrvaVariable::NECESSARILY_FALSE);
+  const int surelyTrue = equation->GetCandidateCount(OrvaVariable::NECESSARILY_TRUE);
+  const int needTrue = equation->GetNumberOfLiteralsForTrue();
+  const int needFalse = equation->GetNumberOfLiteralsForFalse();
+  if (gate->GetCandidateValue() != OrvaVariable::NECESSARILY_FALSE) {
+    if (surelyFalse >= needFalse) {
+      _status = FALSIFIED;
+    } else if (surelyTrue >= needTrue) {
+      return;
+    } else if (needTrue == n - surelyFalse) {
+      _PushFaninsOntoUnitStack(equation);
+    } else if (needTrue > surelyTrue + possiblyTrue) {
+      _resolvant.Push(gate);
+    }
+  } else {
+    if (surelyTrue >= needTrue) {
+      _status = FALSIFIED;
+    } else if (surelyFalse >= needFalse) {
+      return;
+    } else if (needFalse == n - surelyTrue) {
+      _PushFaninsOntoUnitStack(equation);
+    } else if (needFalse > surelyFalse + possiblyFalse) {
+      _resolvant.Push(gate);
+    }
+  }
+}
+
+// Moves the counters back, and nothing else.
+void OrvaWalker::_ResetCandidateValueOfVariable(OrvaVariable* variable, Value value) {
+  const Value current = variable->GetCandidateValue();
+  for (OrvaEquation* equation : variable->GetPositiveOccurrences()) {
+    equation->MoveCandidate(current, value);
+  }
+  const Value currentOpposite = OrvaVariable::GetOpposite(current);
+  const Value opposite = OrvaVariable::GetOpposite(value);
+  for (OrvaEquation* equation : variable->GetNegativeOccurrences()) {
+    equation->MoveCandidate(currentOpposite, opposite);
+  }
+  variable->SetCandidateValue(value);
+}
+
+// The counters of an equation have moved. With a fixed left member they may contradict it or force
+// what is left of the formula; otherwise they may force the left member.
+inline void OrvaWalker::_UpdateStatusOfLeftMemberOfEquation(OrvaEquation* equation) {
+  OrvaVariable* left = equation->GetFanout();
+  const int n = equation->GetSize();
+  const int surelyFalse = equation->GetCandidateCount(OrvaVariable::NECESSARILY_FALSE);
+  const int surelyTrue = equation->GetCandidateCount(OrvaVariable::NECESSARILY_TRUE);
+  const int needTrue = equation->GetNumberOfLiteralsForTrue();
+  const int needFalse = equation->GetNumberOfLiteralsForFalse();
+  switch (left->GetCandidateValue()) {
+    case OrvaVariable::NECESSARILY_FALSE:
+      if (surelyTrue >= needTrue) {
+        _status = FALSIFIED;
+      } else if (surelyFalse < needFalse && needFalse == n - surelyTrue) {
+        _PushFaninsOntoUnitStack(equation);
+      }
+      break;
+    case OrvaVariable::NECESSARILY_TRUE:
+      if (surelyFalse >= needFalse) {
+        _status = FALSIFIED;
+      } else if (surelyTrue < needTrue && needTrue == n - surelyFalse) {
+        _PushFaninsOntoUnitStack(equation);
+      }
+      break;
+    default:
+      if (surelyFalse == needFalse) {
+        _PushOntoUnitStack(left, OrvaVariable::NECESSARILY_FALSE);
+      } else if (surelyTrue == needTrue) {
+        _PushOntoUnitStack(left, OrvaVariable::NECESSARILY_TRUE);
+      }
+  }
+}
+
+inline void OrvaWalker::_PushOntoUnitStack(OrvaVariable* variable, Value value) {
+  if (_unitStack.Push(variable, value)) _status = FALSIFIED;
+}
+
+void OrvaWalker::_EndPropagation() {
+  _unitStack.Flush();
+  ++_propagation;
+}
+
+// Every unfixed literal must take the value of the left member. The first conflict ends it. Until
+// the propagation ends, the literals are fixed or wait on the unit stack, and pushing them again
+// would change nothing: it would take n² steps to set the n literals one by one.
+void OrvaWalker::_PushFaninsOntoUnitStack(OrvaEquation* equation) {
+  if (equation->GetPropagation() == _propagation) return;
+  equation->SetPropagation(_propagation);
+  const Value value = equation->GetFanout()->GetCandidateValue();
+  const Value opposite = OrvaVariable::GetOpposite(value);
+  for (const OrvaLiteral& literal : equation->GetFanins()) {
+    OrvaVariable* variable = literal.GetVariable();
+    if (variable->IsFixed()) continue;
+    if (_unitStack.Push(variable, literal.GetSign() ? value : opposite)) {
+      _status = FALSIFIED;
+      return;
+    }
+  }
+}
+
+// Storing.
+
+// Follows the current cutset down the tree. At an undeveloped leaf the rest of it is laid down;
+// any other leaf means that the cutset is there already.
+bool OrvaWalker::_StoreMinimalCutset() {
+  OrvaMCSNode* node = _path.GoBackTo(_cutset.TakeLowestChangedWalkWord());
+  while (node->IsInternal()) {
+    OrvaVariable* variable = _manager->GetVariable(node->GetIndex());
+    _path.Push(node, variable);
+    const bool isInCutset = variable != nullptr && variable->GetCutsetValue();
+    node = isInCutset ? node->GetThenSon() : node->GetElseSon();
+  }
+  _path.SetEnd(node);
+  const bool isNew = node->IsUndeveloped();
+  if (isNew) _StoreMinimalCutset(1, node);
+  return isNew;
+}
+
+// Lays the events of the cutset from a position on down a then-chain, in the order in which they
+// entered the cutset, skipping those tested above the leaf; then folds the chain from below.
+void OrvaWalker::_StoreMinimalCutset(int position, OrvaMCSNode* leaf) {
+  OrvaMCSNode* const parentOfChain = leaf->GetParent();
+  for (int i = position; i <= _cutset.GetOrder(); ++i) {
+    const OrvaVariable* variable = _cutset.GetVariable(i);
+    if (!variable->GetCutsetValue() || variable->GetWalkWord() != 0) continue;
+    OrvaMCSNode* thenLeaf;
+    OrvaMCSNode* elseLeaf;
+    _manager->ExpandLeaf(leaf, variable->GetMCSIndex(), thenLeaf, elseLeaf);
+    leaf = thenLeaf;
+  }
+  _manager->MuteLeaf(leaf, OrvaMCSNode::MINIMAL_CUTSET);
+  for (OrvaMCSNode* node = leaf->GetParent(); node != parentOfChain; node = node->GetParent()) {
+    _manager->FoldInternalNode(node, _foldMask);
+  }
+}

@@ -1,0 +1,225 @@
+#include "store/OrvaMCSManager.h"
+
+#include <algorithm>
+#include <climits>
+#include <numeric>
+
+#include "store/OrvaMCSTreeWalk.h"
+#include "support/memory/LumoMemoryManager.h"
+
+namespace {
+
+template <class Value>
+Value Pop(std::vector<Value>& stack) {
+  const Value value = stack.back();
+  stack.pop_back();
+  return value;
+}
+
+// Calls back on each minimal cutset leaf with its order.
+template <class OnCutset>
+struct OrderVisitor : OrvaMCSTreeVisitor {
+  explicit OrderVisitor(OnCutset function) : onCutset(function) {}
+  void Enter(OrvaMCSNode* /*node*/) { ++order; }
+  void Cross(OrvaMCSNode* /*node*/) { --order; }
+  void VisitLeaf(OrvaMCSNode* leaf) {
+    if (leaf->IsMinimalCutset()) onCutset(order);
+  }
+  OnCutset onCutset;
+  int order = 0;
+};
+
+// Combines values upward: 1 from a minimal cutset, 0 from any other leaf, and from an internal
+// node what `combine` makes of it and of the values of its sons.
+template <class Combine>
+struct ValueVisitor : OrvaMCSTreeVisitor {
+  ValueVisitor(std::vector<double>& stack, Combine function) : values(stack), combine(function) {
+    values.clear();
+  }
+  void VisitLeaf(OrvaMCSNode* leaf) { values.push_back(leaf->IsMinimalCutset() ? 1.0 : 0.0); }
+  void Leave(OrvaMCSNode* node) {
+    const double elseValue = Pop(values);
+    values.back() = combine(node->GetIndex(), values.back(), elseValue);
+  }
+  double GetResult() const { return values.empty() ? 0.0 : values.back(); }
+  std::vector<double>& values;
+  Combine combine;
+};
+
+// Hands weights downward and writes them into the leaves.
+template <class ThenWeight, class ElseWeight>
+struct WeightVisitor : OrvaMCSTreeVisitor {
+  WeightVisitor(std::vector<double>& stack, double start, ThenWeight onThen, ElseWeight onElse)
+      : weights(stack), weight(start), thenWeight(onThen), elseWeight(onElse) {
+    weights.clear();
+  }
+  void Enter(OrvaMCSNode* node) {
+    weights.push_back(weight);
+    weight = thenWeight(weight, node->GetIndex());
+  }
+  void Cross(OrvaMCSNode* node) { weight = elseWeight(Pop(weights), node->GetIndex()); }
+  void VisitLeaf(OrvaMCSNode* leaf) { leaf->SetWeight(weight); }
+  std::vector<double>& weights;
+  double weight;
+  ThenWeight thenWeight;
+  ElseWeight elseWeight;
+};
+
+}  // namespace
+
+OrvaMCSManager::OrvaMCSManager() : _nodes(this), _entries(this) {
+  LumoMemoryManager::TraceNew(this, "OrvaMCSManager");
+}
+
+OrvaMCSManager::~OrvaMCSManager() { LumoMemoryManager::TraceDelete(this, "OrvaMCSManager"); }
+
+void OrvaMCSManager::Reset() {
+  _entries.Reset();
+  _nodes.Reset();
+}
+
+void OrvaMCSManager::ComputeSizeOfTree(OrvaMCSNode* root, int& size) const {
+  struct Counter : OrvaMCSTreeVisitor {
+    void Leave(OrvaMCSNode* /*node*/) { ++count; }
+    void VisitLeaf(OrvaMCSNode* /*leaf*/) { ++count; }
+    int count = 0;
+  };
+  Counter counter;
+  OrvaWalkMCSTree(root, counter);
+  size = counter.count;
+}
+
+void OrvaMCSManager::ComputeNumberOfMinimalCutsets(OrvaMCSNode* root, int& number) const {
+  number = 0;
+  OrderVisitor visitor([&](int /*order*/) { ++number; });
+  OrvaWalkMCSTree(root, visitor);
+}
+
+void OrvaMCSManager::ComputeHighestOrderOfMinimalCutsets(OrvaMCSNode* root, int& order) const {
+  order = -1;
+  OrderVisitor visitor([&](int cutsetOrder) { order = std::max(order, cutsetOrder); });
+  OrvaWalkMCSTree(root, visitor);
+}
+
+void OrvaMCSManager::ComputeOrdersOfMinimalCutsets(OrvaMCSNode* root, int*& numbers,
+                                                   int& highestOrder, int& total) const {
+  ComputeHighestOrderOfMinimalCutsets(root, highestOrder);
+  numbers = nullptr;
+  total = 0;
+  if (highestOrder < 0) return;
+  numbers = new int[static_cast<std::size_t>(highestOrder) + 1]();
+  OrderVisitor visitor([&](int order) { ++numbers[order]; });
+  OrvaWalkMCSTree(root, visitor);
+  total = std::accumulate(numbers, numbers + highestOrder + 1, 0);
+}
+
+void OrvaMCSManager::AddNumbersOfOccurrences(OrvaMCSNode* root, std::vector<int>& numbers) const {
+  struct Counter : OrvaMCSTreeVisitor {
+    explicit Counter(std::vector<int>& counts) : numbers(counts) {}
+    void VisitLeaf(OrvaMCSNode* leaf) { found.push_back(leaf->IsMinimalCutset() ? 1 : 0); }
+    void Cross(OrvaMCSNode* node) {
+      numbers[static_cast<std::size_t>(node->GetIndex())] += found.back();
+    }
+    void Leave(OrvaMCSNode* /*node*/) {
+      const int below = Pop(found);
+      found.back() += below;
+    }
+    std::vector<int>& numbers;
+    std::vector<int> found;  // cutsets below the sons that were left
+  };
+  Counter counter(numbers);
+  OrvaWalkMCSTree(root, counter);
+}
+
+void OrvaMCSManager::ComputeNumberOfOccurrencesOfVariablesInMinimalCutsets(OrvaMCSNode* root,
+                                                                           int*& numbers,
+                                                                           int& highestIndex,
+                                                                           int& total) const {
+  highestIndex = GetIndexOfHighestEntry();
+  std::vector<int> counts(static_cast<std::size_t>(highestIndex) + 1);
+  AddNumbersOfOccurrences(root, counts);
+  numbers = new int[counts.size()];
+  std::copy(counts.begin(), counts.end(), numbers);
+  const long sum = std::accumulate(counts.begin(), counts.end(), 0L);
+  total = static_cast<int>(std::min(sum, static_cast<long>(INT_MAX)));
+}
+
+void OrvaMCSManager::ComputeSumOfMinimalCutsetProbabilities(OrvaMCSNode* root, double& sum) const {
+  ValueVisitor visitor(_values, [this](int i, double thenValue, double elseValue) {
+    return GetProbability(i) * thenValue + elseValue;
+  });
+  OrvaWalkMCSTree(root, visitor);
+  sum = visitor.GetResult();
+}
+
+void OrvaMCSManager::ComputeHighestMinimalCutsetProbability(OrvaMCSNode* root,
+                                                            double& highest) const {
+  ValueVisitor visitor(_values, [this](int i, double thenValue, double elseValue) {
+    const double withEvent = GetProbability(i) * thenValue;
+    return withEvent >= elseValue ? withEvent : elseValue;
+  });
+  OrvaWalkMCSTree(root, visitor);
+  highest = visitor.GetResult();
+}
+
+void OrvaMCSManager::AddMarginalImportanceFactors(OrvaMCSNode* root,
+                                                  std::vector<double>& factors) const {
+  // Between its sons, a node knows the product of the probabilities above it and the sum below
+  // its then-son: their product is what its cutsets contribute.
+  struct Differentiator : OrvaMCSTreeVisitor {
+    Differentiator(const OrvaMCSManager* store, std::vector<double>& results)
+        : manager(store), factors(results), sums(store->_values), weights(store->_weights) {
+      sums.clear();
+      weights.clear();
+    }
+    void Enter(OrvaMCSNode* node) {
+      weights.push_back(weight);
+      weight *= manager->GetProbability(node->GetIndex());
+    }
+    void VisitLeaf(OrvaMCSNode* leaf) { sums.push_back(leaf->IsMinimalCutset() ? 1.0 : 0.0); }
+    void Cross(OrvaMCSNode* node) {
+      weight = Pop(weights);
+      factors[static_cast<std::size_t>(node->GetIndex())] += weight * sums.back();
+    }
+    void Leave(OrvaMCSNode* node) {
+      const double elseSum = Pop(sums);
+      sums.back() = manager->GetProbability(node->GetIndex()) * sums.back() + elseSum;
+    }
+    const OrvaMCSManager* manager;
+    std::vector<double>& factors;
+    std::vector<double>& sums;
+    std::vector<double>& weights;
+    double weight = 1.0;
+  };
+  Differentiator differentiator(this, factors);
+  OrvaWalkMCSTree(root, differentiator);
+}
+
+void OrvaMCSManager::SetWeightsOfLeavesAsCutsetOrders(OrvaMCSNode* root, int order) {
+  WeightVisitor visitor(
+      _weights, order, [](double w, int /*i*/) { return w + 1.0; },
+      [](double w, int /*i*/) { return w; });
+  OrvaWalkMCSTree(root, visitor);
+}
+
+void OrvaMCSManager::SetWeightsOfLeavesAsCutsetProbabilities(OrvaMCSNode* root, double w) {
+  WeightVisitor visitor(
+      _weights, w, [this](double weight, int i) { return weight * GetProbability(i); },
+      [](double weight, int /*i*/) { return weight; });
+  OrvaWalkMCSTree(root, visitor);
+}
+
+void OrvaMCSManager::SetWeightsOfLeavesAsProductProbabilities(OrvaMCSNode* root, double w) {
+  WeightVisitor visitor(
+      _weights, w, [this](double weight, int i) { return weight * GetProbability(i); },
+      [this](double weight, int i) { return weight * (1.0 - GetProbability(i)); });
+  OrvaWalkMCSTree(root, visitor);
+}
+
+void OrvaMCSManager::ResetWeightsOfLeaves(OrvaMCSNode* root) {
+  struct Resetter : OrvaMCSTreeVisitor {
+    void VisitLeaf(OrvaMCSNode* leaf) { leaf->SetWeight(0.0); }
+  };
+  Resetter resetter;
+  OrvaWalkMCSTree(root, resetter);
+}
