@@ -20,7 +20,7 @@
 
 namespace {
 
-constexpr const char* BANNER = "Orva: an Open-PSA Fault Tree engine\nversion 1.0";
+constexpr const char* BANNER = "Orva: an Open-PSA Fault Tree engine\nversion " ORVA_VERSION;
 constexpr const char* BANNER_ARGUMENTS[] = {"--help", "-h", "--version"};
 constexpr const char* SCRIPT_ROOT = "orva";
 constexpr int RANDOMIZER_KIND = 1;
