@@ -1,4 +1,5 @@
-# What the tools share: the Debian packages that they need. To be sourced.
+# shellcheck shell=sh
+# What the tools share: the Debian packages that they need, and how they build. To be sourced.
 
 # need_packages PROBE=PACKAGE...: each probe is a command on the path or a file; the packages of
 # those that are missing are installed or, without root, named.
@@ -26,14 +27,42 @@ need_packages() {
 }
 
 need_compiler() { need_packages g++=g++ make=make cmake=cmake; }
+need_tests() {
+  need_compiler
+  need_packages /usr/include/gtest/gtest.h=libgtest-dev
+}
+need_benchmarks() {
+  need_compiler
+  need_packages /usr/include/benchmark/benchmark.h=libbenchmark-dev
+}
+need_fuzzers() {
+  need_packages clang++=clang make=make cmake=cmake llvm-symbolizer=llvm
+  need_packages "$(clang++ -print-runtime-dir)/libclang_rt.fuzzer-$(uname -m).a=libclang-rt-dev"
+}
 
-# build PRESET [CMAKE_OPTION...]: configures and builds quietly, on all processors.
+# logged LOG COMMAND...: runs a command. On a terminal its output is shown as it comes; elsewhere it
+# goes to the end of a file, which is shown when the command fails.
+logged() {
+  log=$1
+  shift
+  if [ -t 1 ]; then
+    "$@" || exit 1
+    return
+  fi
+  "$@" >> "$log" 2>&1 || {
+    cat "$log" >&2
+    exit 1
+  }
+}
+
+# build PRESET [CMAKE_OPTION...]: configures and builds, on all processors.
+# ORVA_WARNINGS_AS_ERRORS=ON makes warnings errors.
 build() {
   preset=$1
   shift
-  cmake --preset "$preset" "$@" > /dev/null
-  cmake --build --preset "$preset" --parallel "$(nproc)" > "build/$preset/build.log" 2>&1 || {
-    cat "build/$preset/build.log" >&2
-    exit 1
-  }
+  mkdir -p "build/$preset"
+  : > "build/$preset/build.log"
+  logged "build/$preset/build.log" cmake --preset "$preset" \
+    "-DORVA_WARNINGS_AS_ERRORS=${ORVA_WARNINGS_AS_ERRORS:-OFF}" "$@"
+  logged "build/$preset/build.log" cmake --build --preset "$preset" --parallel "$(nproc)"
 }
