@@ -173,6 +173,23 @@ TEST_F(OrvaWalkerTest, ConflictOfSecondChoiceIsForgotten) {
   EXPECT_EQ(Walk(), "1 1 0 1 0 0 1 0 (x M .)");
 }
 
+// Literals behind a conflict were not pushed. When the conflict is forgotten, the next push of the
+// same literals meets it again, before what waits below it is set.
+TEST_F(OrvaWalkerTest, LiteralsArePushedAgainAfterForgottenConflict) {
+  // top=T waits. choose a=T. choose b=T: {a,b}. second b=F implies g. unit g=T implies c. unit c=T:
+  // {a,c}. second a=F implies g=F, and b, g=T for the top: a conflict. unit b=T: the top pushes g=T
+  // again: dead end, and g=F is never set.
+  Build("a b c g top", {"g 2 a c", "top 2 a b g"});
+  EXPECT_EQ(Walk(), "3 2 0 1 0 0 2 0 (a (b M (c M .)) .)");
+  // top=T waits. choose a=T. d is refused: d=F implies b, g. unit g=T implies c. unit c is refused.
+  // second a=F implies g=F, and d, b, g=T for the top: a conflict. unit b=T: the top pushes g=T
+  // again: dead end. Were d set next, the cutoff would end the branch instead.
+  Build("a b c d g top", {"g 2 a c", "top 3 a d b g"});
+  _set.reset();
+  _cutoff.SetMaximumOrder(1);
+  EXPECT_EQ(Walk(), "3 1 1 1 1 0 0 0 .");
+}
+
 TEST_F(OrvaWalkerTest, NegativeLiterals) {
   // top=T waits. choose g1=T implies a, b=F. unit b=F makes g2 false. unit g2=F. unit a=T: {a}.
   // second g1=F implies g2. unit g2=T implies a, b. unit b=T. unit a=T: {b,a} is not minimal, for

@@ -395,12 +395,12 @@ void OrvaWalker::_EndPropagation() {
   ++_propagation;
 }
 
-// Every unfixed literal must take the value of the left member. The first conflict ends it. Until
-// the propagation ends, the literals are fixed or wait on the unit stack, and pushing them again
-// would change nothing: it would take n² steps to set the n literals one by one.
+// Every unfixed literal must take the value of the left member. The first conflict ends it. Once
+// all were pushed they are fixed or wait on the unit stack until the propagation ends, and pushing
+// them again would change nothing: it would take n² steps to set the n literals one by one. After a
+// conflict, some were not: a second choice's is forgotten, and the next push must meet it again.
 void OrvaWalker::_PushFaninsOntoUnitStack(OrvaEquation* equation) {
   if (equation->GetPropagation() == _propagation) return;
-  equation->SetPropagation(_propagation);
   const Value value = equation->GetFanout()->GetCandidateValue();
   const Value opposite = OrvaVariable::GetOpposite(value);
   for (const OrvaLiteral& literal : equation->GetFanins()) {
@@ -411,6 +411,7 @@ void OrvaWalker::_PushFaninsOntoUnitStack(OrvaEquation* equation) {
       return;
     }
   }
+  equation->SetPropagation(_propagation);
 }
 
 // Storing.
