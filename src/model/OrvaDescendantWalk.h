@@ -2,10 +2,9 @@
 
 #include <vector>
 
-#include "model/OrvaSymbol.h"
+#include "model/OrvaDefinitionWalk.h"
 
-// The depth-first walk along definitions and references, on a stack of its own: a chain of gates
-// may be as long as the model is large.
+// Collects the symbols at or below one or several starts.
 //
 // A walk flags the symbols that it visits and leaves them flagged, so that several starts make one
 // walk; ClearFlags ends it.
@@ -22,20 +21,9 @@ class OrvaDescendantWalk {
   void ClearFlags();
 
  private:
-  // A tree of terms being walked, and the symbol that it defines (null for a start at a term).
-  struct Frame {
-    OrvaSymbol* symbol;
-    OrvaTerm* root;
-    OrvaTerm* next;
-  };
-
-  void _Open(OrvaSymbol* symbol);
-  void _Close(OrvaSymbol* symbol);
-  void _Run();
-
   OrvaSymbol::Selector _selector;
   const void* _argument;
   LumoContainer* _result;
-  std::vector<Frame> _stack;
+  OrvaDefinitionWalk _walk;
   std::vector<OrvaSymbol*> _visited;
 };

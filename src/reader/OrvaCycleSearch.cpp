@@ -1,10 +1,11 @@
 #include "reader/OrvaCycleSearch.h"
 
 #include <algorithm>
+#include <cassert>
 #include <deque>
 #include <unordered_map>
 
-#include "model/OrvaTerm.h"
+#include "model/OrvaDefinitionWalk.h"
 #include "support/containers/LumoRange.h"
 
 namespace {
@@ -15,26 +16,16 @@ constexpr const char* ARROW = " -> ";
 
 enum Flag : int { UNSEEN = 0, OPEN = 1, CLOSED = 2 };
 
-// Calls visit with each symbol that a definition refers to, until it returns false.
-template <class Visit>
-void ForEachReference(OrvaSymbol* symbol, Visit visit) {
-  OrvaTerm* definition = symbol->GetDefinition();
-  if (definition == nullptr) return;
-  for (OrvaTerm* term = definition->GetFirstInPostOrder(); term != nullptr;
-       term = term->GetNextInPostOrder(definition)) {
-    OrvaSymbol* reference = term->GetReferencedSymbol();
-    if (reference != nullptr && !visit(reference)) return;
-  }
-}
-
-// A depth-first search that ends when it meets a symbol that it has not left yet.
+// A depth-first search for a symbol that is met again before it is left.
 class Search {
  public:
   // A symbol on a ring, or null.
   OrvaSymbol* FindSymbolOnCycle(const LumoContainer* symbols) {
+    OrvaDefinitionWalk walk;
     for (OrvaSymbol* symbol : LumoItems<OrvaSymbol>(*symbols)) {
-      if (symbol->GetFlag() == UNSEEN) _Open(symbol);
-      while (!_stack.empty() && _found == nullptr) _Step();
+      walk.Visit(
+          symbol, [this](OrvaSymbol* entered) { return _Enter(entered); },
+          [](OrvaSymbol* left) { left->SetFlag(CLOSED); });
       if (_found != nullptr) break;
     }
     for (OrvaSymbol* symbol : _visited) symbol->SetFlag(UNSEEN);
@@ -42,37 +33,19 @@ class Search {
   }
 
  private:
-  struct Frame {
-    OrvaSymbol* symbol;
-    OrvaTerm* definition;
-    OrvaTerm* next;
-  };
-
-  void _Open(OrvaSymbol* symbol) {
+  // Once a ring is found, nothing more is entered.
+  bool _Enter(OrvaSymbol* symbol) {
+    if (_found != nullptr || symbol->GetFlag() == CLOSED) return false;
+    if (symbol->GetFlag() == OPEN) {
+      _found = symbol;
+      return false;
+    }
+    assert(symbol->GetFlag() == UNSEEN);
     symbol->SetFlag(OPEN);
     _visited.push_back(symbol);
-    OrvaTerm* definition = symbol->GetDefinition();
-    _stack.push_back(
-        {symbol, definition, definition == nullptr ? nullptr : definition->GetFirstInPostOrder()});
-  }
-  void _Step() {
-    Frame& frame = _stack.back();
-    if (frame.next == nullptr) {
-      frame.symbol->SetFlag(CLOSED);
-      _stack.pop_back();
-      return;
-    }
-    OrvaSymbol* reference = frame.next->GetReferencedSymbol();
-    frame.next = frame.next->GetNextInPostOrder(frame.definition);
-    if (reference == nullptr || reference->GetFlag() == CLOSED) return;
-    if (reference->GetFlag() == OPEN) {
-      _found = reference;
-    } else {
-      _Open(reference);
-    }
+    return true;
   }
 
-  std::vector<Frame> _stack;
   std::vector<OrvaSymbol*> _visited;
   OrvaSymbol* _found = nullptr;
 };
@@ -82,12 +55,14 @@ std::vector<OrvaSymbol*> FindShortestCycle(OrvaSymbol* start) {
   std::unordered_map<OrvaSymbol*, OrvaSymbol*> cameFrom;
   std::deque<OrvaSymbol*> waiting = {start};
   while (cameFrom.count(start) == 0) {
+    assert(!waiting.empty());
     OrvaSymbol* symbol = waiting.front();
     waiting.pop_front();
-    ForEachReference(symbol, [&](OrvaSymbol* reference) {
+    OrvaReferenceCursor references(symbol->GetDefinition());
+    while (OrvaSymbol* reference = references.TakeNext()) {
       if (cameFrom.emplace(reference, symbol).second) waiting.push_back(reference);
-      return reference != start;
-    });
+      if (reference == start) break;
+    }
   }
   std::vector<OrvaSymbol*> cycle;
   for (OrvaSymbol* symbol = cameFrom[start]; symbol != start; symbol = cameFrom[symbol]) {

@@ -1,5 +1,6 @@
 #include "system/OrvaAnalyzer.h"
 
+#include "model/OrvaDefinitionWalk.h"
 #include "model/OrvaEvent.h"
 #include "model/OrvaGate.h"
 #include "support/memory/LumoMemoryManager.h"
@@ -22,12 +23,9 @@ void OrvaAnalyzer::SortDescendantsByDecreasingNumbersOfParents(OrvaEvent* top,
   top->CollectDescendants(OrvaSymbol::CompareAsAnySymbol, nullptr, &events);
   for (OrvaEvent* event : LumoItems<OrvaEvent>(events)) ResetNumberOfParents(event);
   for (OrvaEvent* event : LumoItems<OrvaEvent>(events)) {
-    if (OrvaGate* definition = event->GetDefinition()) {
-      for (OrvaTerm* term = definition->GetFirstInPostOrder(); term != nullptr;
-           term = term->GetNextInPostOrder(definition)) {
-        auto* referenced = static_cast<OrvaEvent*>(term->GetReferencedSymbol());
-        if (referenced != nullptr) IncrementNumberOfParents(referenced);
-      }
+    OrvaReferenceCursor references(event->GetDefinition());
+    while (OrvaSymbol* reference = references.TakeNext()) {
+      IncrementNumberOfParents(static_cast<OrvaEvent*>(reference));
     }
     ResetNumberOfParents(event);
   }

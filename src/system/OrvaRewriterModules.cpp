@@ -7,6 +7,7 @@
 #include <climits>
 #include <vector>
 
+#include "model/OrvaDefinitionWalk.h"
 #include "model/OrvaModel.h"
 #include "system/OrvaModuleRecord.h"
 #include "system/OrvaRewriter.h"
@@ -29,83 +30,60 @@ void OrvaRewriter::DetectModules(OrvaModel* /*model*/, OrvaEvent* top) {
 // Stamps every visit. The first opens an event and closes it after the visits below; each further
 // one moves the last date.
 void OrvaRewriter::_InheritModuleDates(OrvaEvent* top, int& date) {
-  struct Frame {
-    OrvaModuleRecord* record;
-    OrvaGate* definition;
-    OrvaTerm* next;
-  };
-  std::vector<Frame> stack;
-  const auto visit = [&](OrvaEvent* event) {
+  std::vector<OrvaModuleRecord*> open;
+  const auto enter = [&](OrvaEvent* event) {
     OrvaModuleRecord* record = _GetModuleRecord(event);
     ++date;
-    if (record->IsDated()) return record->SetLastDate(date);
-    record->SetFirstDate(date);
-    OrvaGate* definition = event->GetDefinition();
-    stack.push_back(
-        {record, definition, definition == nullptr ? nullptr : definition->GetFirstInPostOrder()});
-  };
-  visit(top);
-  while (!stack.empty()) {
-    Frame& frame = stack.back();
-    if (frame.next == nullptr) {
-      ++date;
-      frame.record->SetSecondDate(date);
-      frame.record->SetLastDate(date);
-      stack.pop_back();
-      continue;
+    if (record->IsDated()) {
+      record->SetLastDate(date);
+      return false;
     }
-    OrvaSymbol* reference = frame.next->GetReferencedSymbol();
-    frame.next = frame.next->GetNextInPostOrder(frame.definition);
-    if (reference != nullptr) visit(static_cast<OrvaEvent*>(reference));
-  }
+    record->SetFirstDate(date);
+    open.push_back(record);
+    return true;
+  };
+  const auto leave = [&](OrvaEvent* /*event*/) {
+    ++date;
+    open.back()->SetSecondDate(date);
+    open.back()->SetLastDate(date);
+    open.pop_back();
+  };
+  OrvaDefinitionWalk().Visit(top, enter, leave);
 }
 
 // Carries the lowest and the highest dates upward. What an event keeps covers the visits below it
 // and its own opening and closing; what it hands to its parents covers its last visit too.
 void OrvaRewriter::_SynthesizeModuleDates(OrvaEvent* top, int& low, int& high) {
-  struct Frame {
+  struct Dates {
     OrvaModuleRecord* record;
-    OrvaGate* definition;
-    OrvaTerm* next;
     int low = INT_MAX;
     int high = 0;
   };
-  std::vector<Frame> stack;
-  // Hands dates to the frame on top, or to the caller below the last one.
-  const auto hand = [&](int eventLow, int eventHigh) {
-    int& targetLow = stack.empty() ? low : stack.back().low;
-    int& targetHigh = stack.empty() ? high : stack.back().high;
-    targetLow = std::min(targetLow, eventLow);
-    targetHigh = std::max(targetHigh, eventHigh);
+  std::vector<Dates> open;
+  // Hands dates to the last event that is open, or to the caller above the first one.
+  const auto handUp = [&](const OrvaModuleRecord* record) {
+    int& targetLow = open.empty() ? low : open.back().low;
+    int& targetHigh = open.empty() ? high : open.back().high;
+    targetLow = std::min(targetLow, record->GetLowestDate());
+    targetHigh = std::max({targetHigh, record->GetHighestDate(), record->GetLastDate()});
   };
-  const auto visit = [&](OrvaEvent* event) {
+  const auto enter = [&](OrvaEvent* event) {
     OrvaModuleRecord* record = _GetModuleRecord(event);
-    OrvaGate* definition = event->GetDefinition();
-    if (record->IsUpdated()) {
-      hand(record->GetLowestDate(), std::max(record->GetHighestDate(), record->GetLastDate()));
-    } else if (definition != nullptr) {
-      stack.push_back({record, definition, definition->GetFirstInPostOrder()});
-    } else {
-      record->SetLowestDate(record->GetFirstDate());
-      record->SetHighestDate(record->GetSecondDate());
-      hand(record->GetFirstDate(), record->GetLastDate());
+    if (!record->IsUpdated()) {
+      open.push_back({record});
+      return true;
     }
+    handUp(record);
+    return false;
   };
-  visit(top);
-  while (!stack.empty()) {
-    Frame& frame = stack.back();
-    if (frame.next == nullptr) {
-      OrvaModuleRecord* record = frame.record;
-      record->SetLowestDate(std::min(frame.low, record->GetFirstDate()));
-      record->SetHighestDate(std::max(frame.high, record->GetSecondDate()));
-      stack.pop_back();
-      hand(record->GetLowestDate(), std::max(record->GetHighestDate(), record->GetLastDate()));
-      continue;
-    }
-    OrvaSymbol* reference = frame.next->GetReferencedSymbol();
-    frame.next = frame.next->GetNextInPostOrder(frame.definition);
-    if (reference != nullptr) visit(static_cast<OrvaEvent*>(reference));
-  }
+  const auto leave = [&](OrvaEvent* /*event*/) {
+    const Dates dates = open.back();
+    open.pop_back();
+    dates.record->SetLowestDate(std::min(dates.low, dates.record->GetFirstDate()));
+    dates.record->SetHighestDate(std::max(dates.high, dates.record->GetSecondDate()));
+    handUp(dates.record);
+  };
+  OrvaDefinitionWalk().Visit(top, enter, leave);
 }
 
 void OrvaRewriter::Modularize(OrvaModel* model, OrvaEvent* top) {

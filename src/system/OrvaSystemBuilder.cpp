@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "model/OrvaDefinitionWalk.h"
 #include "model/OrvaGate.h"
 #include "model/OrvaModel.h"
 #include "support/memory/LumoMemoryManager.h"
@@ -48,36 +49,19 @@ bool OrvaSystemBuilder::_IsAtomicEvent(const OrvaEvent* event, bool cutsModules)
 
 // Depth first, each event after those below it; aliases of gates get no place.
 void OrvaSystemBuilder::_CollectEvents(OrvaEvent* top, LumoList* events, bool cutsModules) {
-  struct Frame {
-    OrvaEvent* event;
-    OrvaGate* definition;
-    OrvaTerm* next;
-  };
-  std::vector<Frame> stack;
   std::vector<OrvaEvent*> visited;
-  const auto visit = [&](OrvaEvent* event) {
-    if (event->GetFlag() != 0) return;
+  const auto enter = [&](OrvaEvent* event) {
+    if (event->GetFlag() != 0) return false;
     event->SetFlag(1);
     visited.push_back(event);
-    OrvaGate* definition = event->GetDefinition();
-    if (_IsAtomicEvent(event, cutsModules)) {
-      events->InsertItemLast(event);
-    } else {
-      stack.push_back({event, definition, definition->GetFirstInPostOrder()});
-    }
+    const bool isAtomic = _IsAtomicEvent(event, cutsModules);
+    if (isAtomic) events->InsertItemLast(event);
+    return !isAtomic;
   };
-  visit(top);
-  while (!stack.empty()) {
-    Frame& frame = stack.back();
-    if (frame.next == nullptr) {
-      if (!IsAlias(frame.event)) events->InsertItemLast(frame.event);
-      stack.pop_back();
-      continue;
-    }
-    OrvaSymbol* reference = frame.next->GetReferencedSymbol();
-    frame.next = frame.next->GetNextInPostOrder(frame.definition);
-    if (reference != nullptr) visit(static_cast<OrvaEvent*>(reference));
-  }
+  const auto leave = [&](OrvaEvent* event) {
+    if (!IsAlias(event)) events->InsertItemLast(event);
+  };
+  OrvaDefinitionWalk().Visit(top, enter, leave);
   for (OrvaEvent* event : visited) event->SetFlag(0);
 }
 
