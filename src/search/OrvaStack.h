@@ -26,8 +26,12 @@ class OrvaStack {
   // do the readers below for an entry that does not exist.
   void Pop(OrvaVariable*& variable, OrvaVariable::Value& value, int& resolvantOrder,
            Branching& branching) {
-    GetTop(variable, value, resolvantOrder, branching);
-    if (_order > 0) --_order;
+    if (_order == 0) return GetFloor(0, variable, value, resolvantOrder, branching);
+    const Entry& entry = _entries[_order--];
+    variable = entry.variable;
+    value = entry.value;
+    resolvantOrder = entry.resolvantOrder;
+    branching = entry.branching;
   }
   void GetTop(OrvaVariable*& variable, OrvaVariable::Value& value, int& resolvantOrder,
               Branching& branching) const {

@@ -1,6 +1,6 @@
 #include "search/OrvaWalker.h"
 
-#include <algorithm>
+#include <cassert>
 #include <iterator>
 #include <span>
 
@@ -216,32 +216,35 @@ bool OrvaWalker::_SelectVariable(OrvaVariable*& variable, Value& value) {
     const Value right = gate->GetDefinition()->GetRightMemberCandidateValue();
     if (gate->GetCandidateValue() == OrvaVariable::NECESSARILY_TRUE) {
       if (right == OrvaVariable::POSSIBLY_FALSE) {
-        return _SelectFanin(gate, OrvaVariable::POSSIBLY_FALSE, OrvaVariable::NECESSARILY_TRUE,
-                            variable, value);
+        _SelectFanin(gate, OrvaVariable::POSSIBLY_FALSE, OrvaVariable::NECESSARILY_TRUE, variable,
+                     value);
+        return true;
       }
     } else if (right == OrvaVariable::POSSIBLY_TRUE) {
-      return _SelectFanin(gate, OrvaVariable::POSSIBLY_TRUE, OrvaVariable::NECESSARILY_FALSE,
-                          variable, value);
+      _SelectFanin(gate, OrvaVariable::POSSIBLY_TRUE, OrvaVariable::NECESSARILY_FALSE, variable,
+                   value);
+      return true;
     }
   }
   return false;
 }
 
 // The first literal of the given value, and the value that turns it over: the given one for a
-// positive literal, the opposite for a negative one. The walk word of the gate says how many
-// literals need not be looked at again.
-bool OrvaWalker::_SelectFanin(OrvaVariable* gate, Value literalValue, Value valueOfPositive,
+// positive literal, the opposite for a negative one. There is such a literal: without it, the right
+// member would not have the value that it has. The walk word of the gate says how many literals
+// need not be looked at again.
+void OrvaWalker::_SelectFanin(OrvaVariable* gate, Value literalValue, Value valueOfPositive,
                               OrvaVariable*& variable, Value& value) {
   const std::span<const OrvaLiteral> fanins = gate->GetDefinition()->GetFanins();
-  const auto start = fanins.begin() + gate->GetWalkWord();
-  const auto found = std::find_if(start, fanins.end(), [&](const OrvaLiteral& literal) {
-    return literal.GetCandidateValue() == literalValue;
-  });
-  if (found == fanins.end()) return false;
+  const OrvaLiteral* const start = fanins.data() + gate->GetWalkWord();
+  const OrvaLiteral* found = start;
+  while (found->GetCandidateValue() != literalValue) {
+    ++found;
+    assert(found < fanins.data() + fanins.size());
+  }
   variable = found->GetVariable();
   value = found->GetSign() ? valueOfPositive : OrvaVariable::GetOpposite(valueOfPositive);
-  if (found - start >= LONG_SCAN) _NoteScan(gate, static_cast<int>(found - fanins.begin()));
-  return true;
+  if (found - start >= LONG_SCAN) _NoteScan(gate, static_cast<int>(found - fanins.data()));
 }
 
 // The literals that a scan has passed over are fixed, or never have the value that it looks for.

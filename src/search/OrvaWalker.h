@@ -80,7 +80,7 @@ class OrvaWalker {
   void _UnitPropagate();
   void _Choose(OrvaVariable* variable, OrvaVariable::Value value);
   bool _SelectVariable(OrvaVariable*& variable, OrvaVariable::Value& value);
-  bool _SelectFanin(OrvaVariable* gate, OrvaVariable::Value literalValue,
+  void _SelectFanin(OrvaVariable* gate, OrvaVariable::Value literalValue,
                     OrvaVariable::Value valueOfPositive, OrvaVariable*& variable,
                     OrvaVariable::Value& value);
   void _NoteScan(OrvaVariable* gate, int position);
