@@ -1,5 +1,16 @@
+// From formulas to a system: the events below the top are collected so that each comes after those
+// below it; they become the variables in this order, and those with a formula the left members of
+// the equations. Names that stand for other gates get no place: references to them go to the gate
+// at the end of the chain. The chains met are kept during a build, with what its modules need, so
+// that a chain shared by many references is followed once.
+//
+// A module is built by itself, as a system of the same name on the module's event, before the
+// system above it, where it is an input variable.
+
 #include "system/OrvaSystemBuilder.h"
 
+#include <cassert>
+#include <utility>
 #include <vector>
 
 #include "model/OrvaDefinitionWalk.h"
@@ -38,12 +49,13 @@ OrvaEvent* OrvaSystemBuilder::_GetDereferencedEvent(OrvaEvent* event) {
     end = known == _endsOfAliases.end() ? GetAliased(end) : known->second;
   }
   while (event != end && _endsOfAliases.emplace(event, end).second) event = GetAliased(event);
+  assert(!IsAlias(end));
   return end;
 }
 
 bool OrvaSystemBuilder::_IsAtomicEvent(const OrvaEvent* event, bool cutsModules) const {
   if (event->GetDefinition() == nullptr) return true;
-  if (event == _top || event == _dereferencedTop || !cutsModules) return false;
+  if (event == _top.given || event == _top.dereferenced || !cutsModules) return false;
   return event->IsModule();
 }
 
@@ -65,14 +77,23 @@ void OrvaSystemBuilder::_CollectEvents(OrvaEvent* top, LumoList* events, bool cu
   for (OrvaEvent* event : visited) event->SetFlag(0);
 }
 
+// The builds of the modules happen inside the one of the system above them: each puts back the top
+// that it found.
 OrvaHandle* OrvaSystemBuilder::BuildSystem(OrvaModel* model, OrvaEvent* top, const char* handleName,
                                            bool cutsModules) {
-  _endsOfAliases = {};
-  _SetTop(top);
+  if (_top.given == nullptr) _endsOfAliases = {};
+  const Top topAbove = std::exchange(_top, {top, _GetDereferencedEvent(top)});
+  OrvaSystem* system = _NewSystem(model, handleName, cutsModules);
+  _top = topAbove;
+  return top->NewHandle(handleName, system);
+}
+
+OrvaSystem* OrvaSystemBuilder::_NewSystem(OrvaModel* model, const char* handleName,
+                                          bool cutsModules) {
   LumoList events;
-  _CollectEvents(_dereferencedTop, &events, cutsModules);
+  _CollectEvents(_top.dereferenced, &events, cutsModules);
+  assert(events.GetLastItem() == _top.dereferenced);
   if (cutsModules) _BuildModules(model, events, handleName);
-  _SetTop(top);
   int numberOfEquations = 0;
   for (const OrvaEvent* event : LumoItems<OrvaEvent>(events)) {
     numberOfEquations += static_cast<int>(!_IsAtomicEvent(event, cutsModules));
@@ -86,12 +107,7 @@ OrvaHandle* OrvaSystemBuilder::BuildSystem(OrvaModel* model, OrvaEvent* top, con
   }
   system->BuildListsOfOccurrences();
   system->ResetWalkValuations();
-  return top->NewHandle(handleName, system);
-}
-
-void OrvaSystemBuilder::_SetTop(OrvaEvent* top) {
-  _top = top;
-  _dereferencedTop = _GetDereferencedEvent(top);
+  return system;
 }
 
 // The collected events that are atomic although they have a definition.
@@ -110,7 +126,7 @@ void OrvaSystemBuilder::_BuildModules(OrvaModel* model, const LumoList& events,
 
 // The top variable stands for the top as given.
 OrvaEvent* OrvaSystemBuilder::_GetEventOfVariable(OrvaEvent* event) const {
-  return event == _dereferencedTop ? _top : event;
+  return event == _top.dereferenced ? _top.given : event;
 }
 
 void OrvaSystemBuilder::_BuildVariables(OrvaSystem* system, const LumoList& events) {
@@ -119,6 +135,7 @@ void OrvaSystemBuilder::_BuildVariables(OrvaSystem* system, const LumoList& even
     OrvaEvent* event = _GetEventOfVariable(collected);
     system->SetVariable(i, event->GetName());
     OrvaVariable* variable = system->GetVariable(i);
+    assert(event->GetVariable() == nullptr);
     event->SetVariable(variable);
     variable->SetEvent(event);
     ++i;
@@ -131,12 +148,14 @@ void OrvaSystemBuilder::_BuildEquations(OrvaSystem* system, const LumoList& even
   for (OrvaEvent* event : LumoItems<OrvaEvent>(events)) {
     if (!_IsAtomicEvent(event, cutsModules)) _BuildEquation(event, system->GetEquation(i++));
   }
+  assert(i == system->GetNumberOfEquations());
 }
 
 // One literal per child of the definition. A definition that is a reference to a basic event, or
 // a negation, leaves k at 0, so that its equation always holds: this is the defined behaviour.
 void OrvaSystemBuilder::_BuildEquation(OrvaEvent* event, OrvaEquation* equation) {
   OrvaVariable* fanout = _GetEventOfVariable(event)->GetVariable();
+  assert(fanout != nullptr && fanout->IsInputVariable());  // the left member of no other equation
   equation->SetFanout(fanout);
   fanout->SetDefinition(equation);
   const OrvaGate* definition = event->GetDefinition();
@@ -147,6 +166,7 @@ void OrvaSystemBuilder::_BuildEquation(OrvaEvent* event, OrvaEquation* equation)
     if (child->IsLiteral()) {
       const OrvaGate* reference = child->IsEvent() ? child : child->GetFirstChild();
       OrvaEvent* referenced = _GetDereferencedEvent(reference->GetReferencedEvent());
+      assert(referenced->GetVariable() != nullptr);
       equation->SetFanin(i, referenced->GetVariable(), child->IsEvent());
     }
     ++i;

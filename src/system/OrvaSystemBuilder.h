@@ -23,33 +23,37 @@ class OrvaSystemBuilder {
   OrvaSystemBuilder(const OrvaSystemBuilder&) = delete;
   OrvaSystemBuilder& operator=(const OrvaSystemBuilder&) = delete;
 
-  OrvaInterpreter* GetInterpreter() const { return _interpreter; }
-
   // Builds the system and records it as the top event's handle of the given name, which is
   // returned and belongs to the event. With `cutsModules`, the systems of the modules are
   // recorded likewise on theirs; no further module is cut out inside a module.
   OrvaHandle* BuildSystem(OrvaModel* model, OrvaEvent* top, const char* handleName,
                           bool cutsModules);
   // Gives the input variables the probabilities of their basic events as last computed, whatever
-  // the mission time, 1.0 without an event;
-  // variables of modules are left as they are.
+  // the mission time, 1.0 without an event; variables of modules are left as they are.
   void LoadProbabilities(OrvaModel* model, OrvaSystem* system, double missionTime);
 
+  // Offered to users of the class; the program itself does not call what follows.
+  OrvaInterpreter* GetInterpreter() const { return _interpreter; }
+
  private:
-  void _SetTop(OrvaEvent* top);
   OrvaEvent* _GetDereferencedEvent(OrvaEvent* event);
   bool _IsAtomicEvent(const OrvaEvent* event, bool cutsModules) const;
   void _CollectEvents(OrvaEvent* top, LumoList* events, bool cutsModules);
+  OrvaSystem* _NewSystem(OrvaModel* model, const char* handleName, bool cutsModules);
   void _BuildModules(OrvaModel* model, const LumoList& events, const char* handleName);
   OrvaEvent* _GetEventOfVariable(OrvaEvent* event) const;
   void _BuildVariables(OrvaSystem* system, const LumoList& events);
   void _BuildEquations(OrvaSystem* system, const LumoList& events, bool cutsModules);
   void _BuildEquation(OrvaEvent* event, OrvaEquation* equation);
 
+  // The top as given, and at the end of its chain of aliases.
+  struct Top {
+    OrvaEvent* given = nullptr;
+    OrvaEvent* dereferenced = nullptr;
+  };
+
   OrvaInterpreter* _interpreter;
-  // During a build: the top as given, and at the end of its chain of aliases.
-  OrvaEvent* _top = nullptr;
-  OrvaEvent* _dereferencedTop = nullptr;
+  Top _top;  // during a build
   // During a build: where the chains of aliases end that were followed, so that none is twice.
   std::unordered_map<const OrvaEvent*, OrvaEvent*> _endsOfAliases;
 };
