@@ -154,6 +154,18 @@ TEST_F(RewriterTest, GatesOfTheSameOperatorMerge) {
   EXPECT_EQ(Occurrences("c"), 2);
 }
 
+// At the limit the definitions done so far stay, the others are as they were, and the fault is
+// told.
+TEST_F(RewriterTest, CoalescingThatStopsShortSaysSo) {
+  Define("top=or(a,g); g=or(b,h); h=or(c,d)");  // 2 copies for g, then 3 for the top
+  Rewriter()->SetMaximumNumberOfCopies(1);
+  int error = 0;
+  Rewriter()->CoalesceGates(error, GetModel(), GetEvent("top"));
+  EXPECT_EQ(error, 1);
+  EXPECT_EQ(Formula("g"), "or(b,c,d)");
+  EXPECT_EQ(Formula("top"), "or(a,g)");
+}
+
 TEST_F(RewriterTest, RepeatedReferencesGo) {
   Check(&OrvaRewriter::RemoveDuplicatedChildren, R"(
       and(a,a,not(a)) > and(a,not(a))

@@ -1,8 +1,19 @@
 // The normal form: constants, references, nesting, duplicates.
+//
+// Four steps run over the definitions below the top, each over all of them before the next, and
+// every definition after those that it references. So a step finds what it looks at below in its
+// final form: one pass is enough, and nothing has to be looked at again when something below has
+// changed.
+//
+// Each step leaves what the next ones rely on. Without constants, every gate has children. With
+// aliases gone, gates of one operator in a row are next to each other, and two references to the
+// same event are the same. Coalescing makes duplicates, which go last. The assertions behind each
+// step say what has been reached.
 
 #include "system/OrvaRewriter.h"
 
 #include <algorithm>
+#include <cassert>
 #include <climits>
 #include <string>
 
@@ -30,6 +41,25 @@ constexpr DecidedOperator DECIDED_OPERATORS[] = {
     {OrvaGate::NOR, true, false, true},
 };
 
+template <class Step>
+void ForEachDefinition(const LumoList& events, Step step) {
+  for (OrvaEvent* event : LumoItems<OrvaEvent>(events)) step(event->GetDefinition());
+}
+
+template <class Test>
+[[maybe_unused]] bool HoldsForDefinitions(const LumoList& events, Test test) {
+  bool holds = true;
+  ForEachDefinition(events, [&](const OrvaGate* gate) { holds = holds && test(gate); });
+  return holds;
+}
+
+template <class Test>
+bool HoldsForChildren(const OrvaGate* gate, Test test) {
+  const OrvaGate* child = gate->GetFirstChild();
+  while (child != nullptr && test(child)) child = child->GetNextSibling();
+  return child == nullptr;
+}
+
 }  // namespace
 
 OrvaRewriter::OrvaRewriter(OrvaInterpreter* interpreter)
@@ -40,11 +70,6 @@ OrvaRewriter::OrvaRewriter(OrvaInterpreter* interpreter)
 OrvaRewriter::~OrvaRewriter() {
   LumoRawString::Delete(_generatedGatePrefix);
   LumoMemoryManager::TraceDelete(this, "OrvaRewriter");
-}
-
-void OrvaRewriter::SetGeneratedGatePrefix(const char* prefix) {
-  LumoRawString::Replace(_generatedGatePrefix, prefix);
-  _generatedGateNumber = 0;
 }
 
 OrvaEvent* OrvaRewriter::GenerateGate(OrvaModel* model) {
@@ -59,53 +84,49 @@ void OrvaRewriter::_CollectDefinedEvents(OrvaEvent* top, LumoList* events) {
   top->CollectDescendants(OrvaSymbol::CompareAsInternalSymbol, nullptr, events);
 }
 
-template <class Step>
-void OrvaRewriter::_ApplyToDefinitions(const LumoList& events, Step step) {
-  for (OrvaEvent* event : LumoItems<OrvaEvent>(events)) step(event->GetDefinition());
-}
-
 void OrvaRewriter::NormalizeModel(int& error, OrvaModel* model, OrvaEvent* top) {
   model->ExpandCCFGroups();
   LumoList events;
   _CollectDefinedEvents(top, &events);
-  _ApplyToDefinitions(events, [&](OrvaGate* gate) { _PropagateConstants(gate); });
+  _PropagateConstants(events);
+  _DereferenceVariables(events);
+  _CoalesceGates(error, model, events);
+  _RemoveDuplicatedChildren(model, events);
+}
+
+void OrvaRewriter::_PropagateConstants(const LumoList& events) {
+  ForEachDefinition(events, [&](OrvaGate* gate) { _PropagateConstants(gate); });
+  assert(HoldsForDefinitions(events, _IsFreeOfConstants));
+}
+
+void OrvaRewriter::_DereferenceVariables(const LumoList& events) {
   _deadEnds.clear();
-  _ApplyToDefinitions(events, [&](OrvaGate* gate) { _DereferenceVariables(gate); });
+  ForEachDefinition(events, [&](OrvaGate* gate) { _DereferenceVariables(gate); });
+  assert(
+      HoldsForDefinitions(events, [this](const OrvaGate* gate) { return _IsDereferenced(gate); }));
+}
+
+void OrvaRewriter::_CoalesceGates(int& error, OrvaModel* model, const LumoList& events) {
   _numberOfCopies = 0;
   _numberOfVisits = 0;
-  _ApplyToDefinitions(events, [&](OrvaGate* gate) { _CoalesceGate(model, gate); });
-  if (_IsCoalescingTooLong()) error = 1;
-  _ApplyToDefinitions(events, [&](OrvaGate* gate) { _RemoveDuplicatedChildren(model, gate); });
+  ForEachDefinition(events, [&](OrvaGate* gate) { _CoalesceGate(model, gate); });
+  if (_IsCoalescingTooLong()) {
+    error = 1;
+  } else {
+    assert(HoldsForDefinitions(events, _IsCoalesced));
+  }
 }
 
-void OrvaRewriter::PropagateConstants(int& /*error*/, OrvaModel* /*model*/, OrvaEvent* top) {
-  LumoList events;
-  _CollectDefinedEvents(top, &events);
-  _ApplyToDefinitions(events, [&](OrvaGate* gate) { _PropagateConstants(gate); });
-}
-
-void OrvaRewriter::DereferenceVariables(int& /*error*/, OrvaModel* /*model*/, OrvaEvent* top) {
-  LumoList events;
-  _CollectDefinedEvents(top, &events);
-  _deadEnds.clear();
-  _ApplyToDefinitions(events, [&](OrvaGate* gate) { _DereferenceVariables(gate); });
-}
-
-void OrvaRewriter::CoalesceGates(int& /*error*/, OrvaModel* model, OrvaEvent* top) {
-  LumoList events;
-  _CollectDefinedEvents(top, &events);
-  _numberOfCopies = 0;
-  _numberOfVisits = 0;
-  _ApplyToDefinitions(events, [&](OrvaGate* gate) { _CoalesceGate(model, gate); });
-}
-
-void OrvaRewriter::RemoveDuplicatedChildren(int& /*error*/, OrvaModel* model, OrvaEvent* top) {
-  LumoList events;
-  _CollectDefinedEvents(top, &events);
-  _ApplyToDefinitions(events, [&](OrvaGate* gate) { _RemoveDuplicatedChildren(model, gate); });
+void OrvaRewriter::_RemoveDuplicatedChildren(OrvaModel* model, const LumoList& events) {
+  ForEachDefinition(events, [&](OrvaGate* gate) { _RemoveDuplicatedChildren(model, gate); });
+  assert(HoldsForDefinitions(events, _IsFreeOfDuplicates));
 }
 
 // Constants.
+//
+// A constant child decides its gate or disappears from it, and a gate without children is a
+// constant itself. The one child that is left takes the place of its gate, whatever the operator:
+// this is the defined behaviour, also where a negation is lost.
 
 void OrvaRewriter::_PropagateConstants(OrvaGate* gate) {
   switch (gate->GetType()) {
@@ -205,6 +226,7 @@ void OrvaRewriter::_PropagateConstantsInThreshold(OrvaGate* gate,
 
 // The child goes last among the parent's children, or becomes the definition.
 void OrvaRewriter::_SubstituteUniqueChildForGate(OrvaGate* gate) {
+  assert(gate->GetNumberOfChildren() == 1);
   OrvaGate* child = gate->GetFirstChild();
   gate->RemoveChild(child);
   if (OrvaGate* parent = gate->GetParent()) {
@@ -216,7 +238,20 @@ void OrvaRewriter::_SubstituteUniqueChildForGate(OrvaGate* gate) {
   }
 }
 
+bool OrvaRewriter::_IsFreeOfConstants(const OrvaGate* gate) {
+  return HoldsForChildren(gate, [](const OrvaGate* child) {
+    if (child->IsConstant()) return false;
+    if (!child->IsEvent()) return _IsFreeOfConstants(child);
+    const OrvaGate* definition = child->GetReferencedEvent()->GetDefinition();
+    return definition == nullptr || !definition->IsConstant();
+  });
+}
+
 // References.
+//
+// A reference follows the chain of events that are but other names, or negations of other names, to
+// the event at its end, and counts the negations on its way. What it finds is one step away from
+// then on: whoever comes later, in post-order, passes through the short way.
 
 void OrvaRewriter::_DereferenceVariables(OrvaGate* gate) {
   if (gate->IsEvent()) return _DereferenceReference(gate);
@@ -272,7 +307,32 @@ bool OrvaRewriter::_DereferenceEvent(OrvaEvent*& event, bool& isPositive) {
   }
 }
 
-// Nesting and duplicates. Both steps mark the events that a gate references so far.
+// Whether no reference leads to another name any more, but for those whose chains have no end.
+bool OrvaRewriter::_IsDereferenced(const OrvaGate* gate) const {
+  if (!gate->IsEvent()) {
+    return HoldsForChildren(gate, [this](const OrvaGate* child) { return _IsDereferenced(child); });
+  }
+  const OrvaEvent* event = gate->GetReferencedEvent();
+  const OrvaGate* definition = event->GetDefinition();
+  const bool isName = definition != nullptr && definition->IsLiteral();
+  return !isName || _deadEnds.count(event) != 0;
+}
+
+// Nesting and duplicates.
+//
+// A gate takes over the children of the gates of its own operator below it. Since those have taken
+// over what was below them, the copies need not be looked at again. A plain reference that the gate
+// has already is not copied: in a ladder, where each gate references the next one twice by
+// different ways, the references would double at each level, n gates making 2^n of them, only to be
+// removed as duplicates afterwards.
+//
+// Both steps mark the events that a gate references so far, by an attribute that is gone again when
+// they leave the gate.
+
+bool OrvaRewriter::_HasNoMarks(const OrvaGate* gate) {
+  return HoldsForChildren(
+      gate, [](const OrvaGate* child) { return !child->IsEvent() || !_IsMarked(child); });
+}
 
 bool OrvaRewriter::_IsMarked(const OrvaGate* reference) {
   return reference->GetReferencedEvent()->GetAttributeAsBool(DUPLICATED_CHILDREN_REMOVAL, false);
@@ -297,6 +357,7 @@ bool OrvaRewriter::_IsCoalescingTooLong() const {
 
 void OrvaRewriter::_CoalesceGate(OrvaModel* model, OrvaGate* gate) {
   if (!IsAndOrOr(gate) || _IsCoalescingTooLong()) return;
+  assert(_HasNoMarks(gate));
   LumoListCursor* cursor = gate->NewCursorOnChildren();
   cursor->ResetOnFirstItem();
   while (!cursor->IsAfterLastItem()) {
@@ -317,6 +378,15 @@ void OrvaRewriter::_CoalesceGate(OrvaModel* model, OrvaGate* gate) {
   _UnmarkChildren(gate);
 }
 
+bool OrvaRewriter::_IsCoalesced(const OrvaGate* gate) {
+  if (!IsAndOrOr(gate)) return true;
+  return HoldsForChildren(gate, [gate](const OrvaGate* child) {
+    const OrvaGate* definition =
+        child->IsGate() ? child->GetReferencedEvent()->GetDefinition() : nullptr;
+    return definition == nullptr || definition->GetType() != gate->GetType();
+  });
+}
+
 void OrvaRewriter::_InsertNewChildrenBefore(OrvaModel* model, OrvaGate* gate,
                                             LumoListCursor* cursor, const OrvaGate* definition) {
   for (const OrvaGate* child = definition->GetFirstChild(); child != nullptr;
@@ -332,6 +402,7 @@ void OrvaRewriter::_InsertNewChildrenBefore(OrvaModel* model, OrvaGate* gate,
 
 void OrvaRewriter::_RemoveDuplicatedChildren(OrvaModel* /*model*/, OrvaGate* gate) {
   if (!IsAndOrOr(gate)) return;
+  assert(_HasNoMarks(gate));
   OrvaGate* child = gate->GetFirstChild();
   while (child != nullptr) {
     OrvaGate* next = child->GetNextSibling();
@@ -346,4 +417,43 @@ void OrvaRewriter::_RemoveDuplicatedChildren(OrvaModel* /*model*/, OrvaGate* gat
     child = next;
   }
   _UnmarkChildren(gate);
+}
+
+bool OrvaRewriter::_IsFreeOfDuplicates(const OrvaGate* gate) {
+  if (!IsAndOrOr(gate)) return true;
+  std::unordered_set<const OrvaEvent*> events;
+  return HoldsForChildren(gate, [&](const OrvaGate* child) {
+    return !child->IsEvent() || events.insert(child->GetReferencedEvent()).second;
+  });
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+void OrvaRewriter::PropagateConstants(int& /*error*/, OrvaModel* /*model*/, OrvaEvent* top) {
+  LumoList events;
+  _CollectDefinedEvents(top, &events);
+  _PropagateConstants(events);
+}
+
+void OrvaRewriter::DereferenceVariables(int& /*error*/, OrvaModel* /*model*/, OrvaEvent* top) {
+  LumoList events;
+  _CollectDefinedEvents(top, &events);
+  _DereferenceVariables(events);
+}
+
+void OrvaRewriter::CoalesceGates(int& error, OrvaModel* model, OrvaEvent* top) {
+  LumoList events;
+  _CollectDefinedEvents(top, &events);
+  _CoalesceGates(error, model, events);
+}
+
+void OrvaRewriter::RemoveDuplicatedChildren(int& /*error*/, OrvaModel* model, OrvaEvent* top) {
+  LumoList events;
+  _CollectDefinedEvents(top, &events);
+  _RemoveDuplicatedChildren(model, events);
+}
+
+void OrvaRewriter::SetGeneratedGatePrefix(const char* prefix) {
+  LumoRawString::Replace(_generatedGatePrefix, prefix);
+  _generatedGateNumber = 0;
 }

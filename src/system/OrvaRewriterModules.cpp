@@ -1,9 +1,19 @@
 // Modules: their detection by the dates of visits, and the gathering of independent children.
 //
-// The walks run on stacks of their own: a frame is an event whose formula is being visited, and
-// the next node of that formula. Only the references among the nodes matter.
+// A gate is a module when no event below it is also reached from outside. To ask this gate by gate
+// would take the product of gates and events. One depth-first walk from the top answers it for all
+// gates: its clock ticks at each visit, and each event notes when it was first met, when the walk
+// came back from below it, and when it was met last. Everything that happens inside a gate's
+// formula happens between its first two dates. So a gate is a module exactly when no event below it
+// has an earlier or a later date than these: had such an event been reached from outside, it would
+// have been met before the gate was opened or after it was closed. A second walk carries the lowest
+// and highest dates upward.
+//
+// Several independent children of a gate that is no module become a module when they are gathered
+// in a gate of their own; a second detection then dates the new gates with the others.
 
 #include <algorithm>
+#include <cassert>
 #include <climits>
 #include <vector>
 
@@ -25,6 +35,7 @@ void OrvaRewriter::DetectModules(OrvaModel* /*model*/, OrvaEvent* top) {
   int low = INT_MAX;
   int high = 0;
   _SynthesizeModuleDates(top, low, high);
+  assert(_GetModuleRecord(top)->IsModule());  // nothing lies outside the top
 }
 
 // Stamps every visit. The first opens an event and closes it after the visits below; each further
@@ -44,6 +55,7 @@ void OrvaRewriter::_InheritModuleDates(OrvaEvent* top, int& date) {
   };
   const auto leave = [&](OrvaEvent* /*event*/) {
     ++date;
+    assert(open.back()->GetFirstDate() < date);
     open.back()->SetSecondDate(date);
     open.back()->SetLastDate(date);
     open.pop_back();
@@ -69,6 +81,7 @@ void OrvaRewriter::_SynthesizeModuleDates(OrvaEvent* top, int& low, int& high) {
   };
   const auto enter = [&](OrvaEvent* event) {
     OrvaModuleRecord* record = _GetModuleRecord(event);
+    assert(record->IsDated() && record->GetSecondDate() <= record->GetLastDate());
     if (!record->IsUpdated()) {
       open.push_back({record});
       return true;
@@ -81,6 +94,7 @@ void OrvaRewriter::_SynthesizeModuleDates(OrvaEvent* top, int& low, int& high) {
     open.pop_back();
     dates.record->SetLowestDate(std::min(dates.low, dates.record->GetFirstDate()));
     dates.record->SetHighestDate(std::max(dates.high, dates.record->GetSecondDate()));
+    assert(dates.record->IsUpdated());
     handUp(dates.record);
   };
   OrvaDefinitionWalk().Visit(top, enter, leave);
@@ -128,7 +142,9 @@ void OrvaRewriter::_GatherModules(OrvaModel* model, OrvaGate* gate) {
   }
   if (modules.GetNumberOfItems() < 2) return;
   OrvaEvent* event = GenerateGate(model);
+  assert(event->GetDefinition() == nullptr);
   OrvaGate* inner = OrvaGate::NewOperator(model, gate->GetType(), &modules);
   gate->AddChild(OrvaGate::NewEvent(model, event));
   event->SetDefinition(inner);
+  assert(event->GetNumberOfOccurrences() == 1);
 }
