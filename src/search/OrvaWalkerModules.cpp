@@ -1,6 +1,22 @@
 // The expansion of modules in a cutset tree. This is the one source file of the walker that looks
 // upward, to the handles under which the modules keep their cutsets.
+//
+// The tree of the top is copied with every module's node replaced by the module's own tree. Each
+// cutset leaf in there is a way to make the module true: the copy goes on with what stood at the
+// then-son of the module's node, once for every such leaf. The path that takes none of the module's
+// events stands for the module being false, and goes on with the else-son. The other paths of the
+// module's tree end in no cutset; what would follow on them is found on the paths that took fewer
+// of its events.
+//
+// A cutset that was within the limits as long as a module counted as one event of the probability
+// of its best cutset may exceed them now. So the limits go down with the copy: each then-son spends
+// one unit of order and divides the required probability by that of its event, and where too little
+// is left the copy ends in an undeveloped leaf. A node without cutsets at its then-son is not made.
+//
+// Trees can be a million nodes deep along their else-sons, so the copying runs on a stack of
+// frames.
 
+#include <cassert>
 #include <vector>
 
 #include "model/OrvaEvent.h"
@@ -27,19 +43,124 @@ void ForEachModule(const OrvaSystem* system, Callback callback) {
   }
 }
 
-// One step of the expansion on an explicit stack, since both the chains of a tree can be long: a
-// node to be expanded under what is left of the limits. Inside a module's tree the frame also
-// knows where to go on when the module turns out true (the then-son of the module's node) or
-// false (its else-son, on the path that took no event of the module).
-struct Frame {
+// Where the expansion is: a node, and what is left of the limits there. Inside a module's tree it
+// also knows where the tree goes on behind the module.
+struct Place {
   OrvaMCSNode* node;
-  OrvaMCSNode* thenSon;  // of the module's node; null outside a module
-  OrvaMCSNode* elseSon;
-  bool isOnElsePath;
-  int order;
-  double probability;
-  enum Stage { START, THEN_DONE, ELSE_DONE } stage = START;
-  OrvaMCSNode* thenResult = nullptr;
+  int order;           // how many more events a cutset may have
+  double probability;  // what those must still reach, 0 for any
+  // The sons of the module's node: the way on when the module is true, and when it is false. Null
+  // outside a module.
+  OrvaMCSNode* whenTrue = nullptr;
+  OrvaMCSNode* whenFalse = nullptr;
+  // On the path in the module's tree that took none of its events: the one on which the module
+  // counts as false.
+  bool isOnElsePath = false;
+
+  bool IsInModule() const { return whenTrue != nullptr; }
+  bool ExceedsLimits() const { return order < 0 || probability > 1.0; }
+};
+
+class Expansion {
+ public:
+  explicit Expansion(OrvaMCSManager* manager) : _manager(manager) {}
+
+  OrvaMCSNode* Expand(const Place& start) {
+    _frames.push_back({start});
+    while (!_frames.empty()) _Step();
+    return _result;
+  }
+
+ private:
+  // An internal node on the way: not looked at yet, its then-son expanded, its else-son expanded.
+  struct Frame {
+    Place place;
+    enum Stage { START, THEN_DONE, ELSE_DONE } stage = START;
+    OrvaMCSNode* thenResult = nullptr;
+  };
+
+  void _Step() {
+    Frame& frame = _frames.back();
+    switch (frame.stage) {
+      case Frame::START:
+        return _Start(frame);
+      case Frame::THEN_DONE:
+        return _GoToElseSon(frame);
+      case Frame::ELSE_DONE:
+        return _Join(frame);
+    }
+  }
+
+  // Inside a module the limits are not looked at: what exceeds them is cut off where the path
+  // leaves the module.
+  void _Start(Frame& frame) {
+    const Place& place = frame.place;
+    if (!place.IsInModule() && place.ExceedsLimits())
+      return _Finish(_manager->NewUndevelopedLeaf());
+    if (!place.node->IsInternal()) return _EndPath(frame);
+    OrvaMCSNode* module =
+        place.IsInModule() ? nullptr : _manager->GetModuleTree(place.node->GetIndex());
+    module == nullptr ? _GoToThenSon(frame) : _EnterModule(frame, module);
+  }
+
+  void _EnterModule(Frame& frame, OrvaMCSNode* module) {
+    const Place& place = frame.place;
+    frame.place = {
+        module, place.order, place.probability, place.node->GetThenSon(), place.node->GetElseSon(),
+        true};
+  }
+
+  // At a leaf of a module's tree the path goes on behind the module, or fails in it.
+  void _EndPath(Frame& frame) {
+    const Place& place = frame.place;
+    const bool isCutset = place.node->IsMinimalCutset();
+    if (!place.IsInModule()) {
+      _Finish(isCutset ? _manager->NewMinimalCutsetLeaf() : _manager->NewUndevelopedLeaf());
+    } else if (isCutset || place.isOnElsePath) {
+      frame.place = {isCutset ? place.whenTrue : place.whenFalse, place.order, place.probability};
+    } else {
+      _Finish(_manager->NewUndevelopedLeaf());
+    }
+  }
+
+  void _GoToThenSon(Frame& frame) {
+    frame.stage = Frame::THEN_DONE;
+    Place place = frame.place;
+    const double p = _manager->GetProbability(place.node->GetIndex());
+    place.node = place.node->GetThenSon();
+    place.order -= 1;
+    place.probability = GetRequirementBelow(place.probability, p);
+    place.isOnElsePath = false;
+    _frames.push_back({place});
+  }
+
+  void _GoToElseSon(Frame& frame) {
+    frame.stage = Frame::ELSE_DONE;
+    frame.thenResult = _result;
+    Place place = frame.place;
+    place.node = place.node->GetElseSon();
+    _frames.push_back({place});
+  }
+
+  // Where the event has no cutset left, its node is left out.
+  void _Join(const Frame& frame) {
+    if (frame.thenResult->IsUndeveloped()) {
+      _manager->FreeNode(frame.thenResult);
+      _Finish(_result);
+    } else {
+      _Finish(_manager->NewInternalNode(frame.place.node->GetIndex(), frame.thenResult, _result));
+    }
+  }
+
+  void _Finish(OrvaMCSNode* tree) {
+    assert(tree->GetParent() == nullptr);
+    _result = tree;
+    _frames.pop_back();
+  }
+
+  OrvaMCSManager* _manager;
+  std::vector<Frame> _frames;
+  OrvaMCSNode* _result = nullptr;  // of the frame finished last
 };
 
 }  // namespace
@@ -65,63 +186,5 @@ void OrvaWalker::ExpandMinimalCutset(OrvaEvent* top, OrvaSystem* system, const c
 
 // Returns a new tree; the old one is not freed.
 OrvaMCSNode* OrvaWalker::_ExpandMinimalCutset(OrvaMCSNode* root, int order, double probability) {
-  std::vector<Frame> stack;
-  OrvaMCSNode* result = nullptr;
-  const auto finish = [&](OrvaMCSNode* tree) {
-    result = tree;
-    stack.pop_back();
-  };
-  stack.push_back({root, nullptr, nullptr, false, order, probability});
-  while (!stack.empty()) {
-    Frame& frame = stack.back();
-    const bool isInModule = frame.thenSon != nullptr;
-    const int index = frame.node->GetIndex();
-    switch (frame.stage) {
-      case Frame::START: {
-        // Inside a module the limits are not looked at: what exceeds them is cut off where the
-        // path leaves the module.
-        if (!isInModule && (frame.order < 0 || frame.probability > 1.0)) {
-          finish(_manager->NewUndevelopedLeaf());
-          break;
-        }
-        if (!frame.node->IsInternal()) {
-          const bool isTrue = frame.node->IsMinimalCutset();
-          if (isInModule && (isTrue || frame.isOnElsePath)) {
-            OrvaMCSNode* next = isTrue ? frame.thenSon : frame.elseSon;
-            frame = {next, nullptr, nullptr, false, frame.order, frame.probability};
-          } else {
-            const bool isCutset = isTrue && !isInModule;
-            finish(isCutset ? _manager->NewMinimalCutsetLeaf() : _manager->NewUndevelopedLeaf());
-          }
-          break;
-        }
-        OrvaMCSNode* module = isInModule ? nullptr : _manager->GetModuleTree(index);
-        if (module != nullptr) {
-          frame = {module,      frame.node->GetThenSon(), frame.node->GetElseSon(), true,
-                   frame.order, frame.probability};
-          break;
-        }
-        frame.stage = Frame::THEN_DONE;
-        const double required =
-            GetRequirementBelow(frame.probability, _manager->GetProbability(index));
-        stack.push_back({frame.node->GetThenSon(), frame.thenSon, frame.elseSon, false,
-                         frame.order - 1, required});
-        break;
-      }
-      case Frame::THEN_DONE:
-        frame.stage = Frame::ELSE_DONE;
-        frame.thenResult = result;
-        stack.push_back({frame.node->GetElseSon(), frame.thenSon, frame.elseSon, frame.isOnElsePath,
-                         frame.order, frame.probability});
-        break;
-      case Frame::ELSE_DONE:
-        if (frame.thenResult->IsUndeveloped()) {
-          _manager->FreeNode(frame.thenResult);
-          finish(result);
-        } else {
-          finish(_manager->NewInternalNode(index, frame.thenResult, result));
-        }
-    }
-  }
-  return result;
+  return Expansion(_manager).Expand({root, order, probability});
 }
