@@ -23,21 +23,24 @@ void OrvaMCSEntryTable::Resize(int size) {
   _size = size;
 }
 
-void OrvaMCSEntryTable::Reset() {
-  std::fill_n(_entries, _size, OrvaMCSEntry());
-  _lowest = 0;
-  _highest = 0;
-}
-
 OrvaMCSEntry* OrvaMCSEntryTable::CreateEntry(int index) {
-  OrvaMCSEntry* entry = &_entries[index];
+  OrvaMCSEntry* entry = &_GetPlace(index);
   if (entry->_table != nullptr) return entry;
   const bool isFirst = _lowest == 0 && _highest == 0 && _entries[0]._table == nullptr;
   entry->_table = this;
   entry->_probability = 1.0;
   _lowest = isFirst ? index : std::min(_lowest, index);
   _highest = isFirst ? index : std::max(_highest, index);
+  assert(_lowest <= index && index <= _highest);
   return entry;
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+void OrvaMCSEntryTable::Reset() {
+  std::fill_n(_entries, _size, OrvaMCSEntry());
+  _lowest = 0;
+  _highest = 0;
 }
 
 int OrvaMCSEntryTable::GetNumberOfActiveEntries() const {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cassert>
+
 class OrvaEvent;
 class OrvaMCSEntryTable;
 class OrvaMCSManager;
@@ -13,6 +15,7 @@ class OrvaMCSEntry {
   using Value = int;
   static constexpr Value DEFAULT_VALUE = 2;
 
+  // Offered to users of the class; the program itself does not call what follows.
   OrvaMCSEntryTable* GetTable() const { return _table; }
   OrvaEvent* GetEvent() const { return _event; }
   // The variable of the system being searched.
@@ -47,34 +50,42 @@ class OrvaMCSEntryTable {
 
   int GetSize() const { return _size; }
   void Resize(int size);
-  // Deletes every entry.
-  void Reset();
   // 0 while there is no entry.
-  int GetIndexOfLowestEntry() const { return _lowest; }
   int GetIndexOfHighestEntry() const { return _highest; }
   OrvaMCSEntry* CreateEntry(int index);
-  // Null without entry.
-  OrvaMCSEntry* GetEntry(int index) const {
-    return _entries[index]._table == nullptr ? nullptr : &_entries[index];
-  }
-  // An entry is active when it has an event.
-  bool IsEntryActive(int index) const { return _entries[index]._event != nullptr; }
-  int GetNumberOfActiveEntries() const;
 
-  OrvaEvent* GetEvent(int index) const { return _entries[index]._event; }
-  OrvaVariable* GetVariable(int index) const { return _entries[index]._variable; }
-  OrvaMCSEntry::Value GetValue(int index) const { return _entries[index]._value; }
-  double GetProbability(int index) const { return _entries[index]._probability; }
-  OrvaMCSNode* GetModuleTree(int index) const { return _entries[index]._moduleTree; }
+  OrvaEvent* GetEvent(int index) const { return _GetPlace(index)._event; }
+  OrvaVariable* GetVariable(int index) const { return _GetPlace(index)._variable; }
+  double GetProbability(int index) const { return _GetPlace(index)._probability; }
+  OrvaMCSNode* GetModuleTree(int index) const { return _GetPlace(index)._moduleTree; }
   void SetEvent(int index, OrvaEvent* event) { CreateEntry(index)->_event = event; }
   void SetVariable(int index, OrvaVariable* variable) { CreateEntry(index)->_variable = variable; }
-  void SetValue(int index, OrvaMCSEntry::Value value) { CreateEntry(index)->_value = value; }
   void SetProbability(int index, double probability) {
     CreateEntry(index)->_probability = probability;
   }
   void SetModuleTree(int index, OrvaMCSNode* tree) { CreateEntry(index)->_moduleTree = tree; }
 
+  // Offered to users of the class; the program itself does not call what follows.
+  // Deletes every entry.
+  void Reset();
+  int GetIndexOfLowestEntry() const { return _lowest; }
+  // Null without entry.
+  OrvaMCSEntry* GetEntry(int index) const {
+    OrvaMCSEntry& place = _GetPlace(index);
+    return place._table == nullptr ? nullptr : &place;
+  }
+  // An entry is active when it has an event.
+  bool IsEntryActive(int index) const { return _GetPlace(index)._event != nullptr; }
+  int GetNumberOfActiveEntries() const;
+  OrvaMCSEntry::Value GetValue(int index) const { return _GetPlace(index)._value; }
+  void SetValue(int index, OrvaMCSEntry::Value value) { CreateEntry(index)->_value = value; }
+
  private:
+  OrvaMCSEntry& _GetPlace(int index) const {
+    assert(index >= 0 && index < _size);
+    return _entries[index];
+  }
+
   OrvaMCSManager* _manager;
   OrvaMCSEntry* _entries;  // owned
   int _size = INITIAL_SIZE;

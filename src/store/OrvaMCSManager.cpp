@@ -1,6 +1,13 @@
+// Statistics over trees. A tree is walked once, by a visitor that carries something down the
+// branches (the order, a probability), combines what comes up from the sons (numbers, sums), or
+// both: the derivative of the sum of the cutset probabilities with respect to one of them is the
+// probability of the way down to a node times the sum below its then-son, and both are at hand
+// between its two sons. So one walk computes the marginal importance factors of all basic events.
+
 #include "store/OrvaMCSManager.h"
 
 #include <algorithm>
+#include <cassert>
 #include <climits>
 #include <numeric>
 
@@ -11,6 +18,7 @@ namespace {
 
 template <class Value>
 Value Pop(std::vector<Value>& stack) {
+  assert(!stack.empty());
   const Value value = stack.back();
   stack.pop_back();
   return value;
@@ -41,7 +49,10 @@ struct ValueVisitor : OrvaMCSTreeVisitor {
     const double elseValue = Pop(values);
     values.back() = combine(node->GetIndex(), values.back(), elseValue);
   }
-  double GetResult() const { return values.empty() ? 0.0 : values.back(); }
+  double GetResult() const {
+    assert(values.size() <= 1);  // one value for a tree, none without
+    return values.empty() ? 0.0 : values.back();
+  }
   std::vector<double>& values;
   Combine combine;
 };
@@ -73,28 +84,6 @@ OrvaMCSManager::OrvaMCSManager() : _nodes(this), _entries(this) {
 
 OrvaMCSManager::~OrvaMCSManager() { LumoMemoryManager::TraceDelete(this, "OrvaMCSManager"); }
 
-void OrvaMCSManager::Reset() {
-  _entries.Reset();
-  _nodes.Reset();
-}
-
-void OrvaMCSManager::ComputeSizeOfTree(OrvaMCSNode* root, int& size) const {
-  struct Counter : OrvaMCSTreeVisitor {
-    void Leave(OrvaMCSNode* /*node*/) { ++count; }
-    void VisitLeaf(OrvaMCSNode* /*leaf*/) { ++count; }
-    int count = 0;
-  };
-  Counter counter;
-  OrvaWalkMCSTree(root, counter);
-  size = counter.count;
-}
-
-void OrvaMCSManager::ComputeNumberOfMinimalCutsets(OrvaMCSNode* root, int& number) const {
-  number = 0;
-  OrderVisitor visitor([&](int /*order*/) { ++number; });
-  OrvaWalkMCSTree(root, visitor);
-}
-
 void OrvaMCSManager::ComputeHighestOrderOfMinimalCutsets(OrvaMCSNode* root, int& order) const {
   order = -1;
   OrderVisitor visitor([&](int cutsetOrder) { order = std::max(order, cutsetOrder); });
@@ -118,6 +107,7 @@ void OrvaMCSManager::AddNumbersOfOccurrences(OrvaMCSNode* root, std::vector<int>
     explicit Counter(std::vector<int>& counts) : numbers(counts) {}
     void VisitLeaf(OrvaMCSNode* leaf) { found.push_back(leaf->IsMinimalCutset() ? 1 : 0); }
     void Cross(OrvaMCSNode* node) {
+      assert(static_cast<std::size_t>(node->GetIndex()) < numbers.size());
       numbers[static_cast<std::size_t>(node->GetIndex())] += found.back();
     }
     void Leave(OrvaMCSNode* /*node*/) {
@@ -179,6 +169,7 @@ void OrvaMCSManager::AddMarginalImportanceFactors(OrvaMCSNode* root,
     void VisitLeaf(OrvaMCSNode* leaf) { sums.push_back(leaf->IsMinimalCutset() ? 1.0 : 0.0); }
     void Cross(OrvaMCSNode* node) {
       weight = Pop(weights);
+      assert(static_cast<std::size_t>(node->GetIndex()) < factors.size());
       factors[static_cast<std::size_t>(node->GetIndex())] += weight * sums.back();
     }
     void Leave(OrvaMCSNode* node) {
@@ -193,13 +184,7 @@ void OrvaMCSManager::AddMarginalImportanceFactors(OrvaMCSNode* root,
   };
   Differentiator differentiator(this, factors);
   OrvaWalkMCSTree(root, differentiator);
-}
-
-void OrvaMCSManager::SetWeightsOfLeavesAsCutsetOrders(OrvaMCSNode* root, int order) {
-  WeightVisitor visitor(
-      _weights, order, [](double w, int /*i*/) { return w + 1.0; },
-      [](double w, int /*i*/) { return w; });
-  OrvaWalkMCSTree(root, visitor);
+  assert(differentiator.weights.empty() && differentiator.sums.size() <= 1);
 }
 
 void OrvaMCSManager::SetWeightsOfLeavesAsCutsetProbabilities(OrvaMCSNode* root, double w) {
@@ -209,17 +194,48 @@ void OrvaMCSManager::SetWeightsOfLeavesAsCutsetProbabilities(OrvaMCSNode* root, 
   OrvaWalkMCSTree(root, visitor);
 }
 
-void OrvaMCSManager::SetWeightsOfLeavesAsProductProbabilities(OrvaMCSNode* root, double w) {
-  WeightVisitor visitor(
-      _weights, w, [this](double weight, int i) { return weight * GetProbability(i); },
-      [this](double weight, int i) { return weight * (1.0 - GetProbability(i)); });
-  OrvaWalkMCSTree(root, visitor);
-}
-
 void OrvaMCSManager::ResetWeightsOfLeaves(OrvaMCSNode* root) {
   struct Resetter : OrvaMCSTreeVisitor {
     void VisitLeaf(OrvaMCSNode* leaf) { leaf->SetWeight(0.0); }
   };
   Resetter resetter;
   OrvaWalkMCSTree(root, resetter);
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+void OrvaMCSManager::Reset() {
+  _entries.Reset();
+  _nodes.Reset();
+}
+
+void OrvaMCSManager::ComputeSizeOfTree(OrvaMCSNode* root, int& size) const {
+  struct Counter : OrvaMCSTreeVisitor {
+    void Leave(OrvaMCSNode* /*node*/) { ++count; }
+    void VisitLeaf(OrvaMCSNode* /*leaf*/) { ++count; }
+    int count = 0;
+  };
+  Counter counter;
+  OrvaWalkMCSTree(root, counter);
+  size = counter.count;
+}
+
+void OrvaMCSManager::ComputeNumberOfMinimalCutsets(OrvaMCSNode* root, int& number) const {
+  number = 0;
+  OrderVisitor visitor([&](int /*order*/) { ++number; });
+  OrvaWalkMCSTree(root, visitor);
+}
+
+void OrvaMCSManager::SetWeightsOfLeavesAsCutsetOrders(OrvaMCSNode* root, int order) {
+  WeightVisitor visitor(
+      _weights, order, [](double w, int /*i*/) { return w + 1.0; },
+      [](double w, int /*i*/) { return w; });
+  OrvaWalkMCSTree(root, visitor);
+}
+
+void OrvaMCSManager::SetWeightsOfLeavesAsProductProbabilities(OrvaMCSNode* root, double w) {
+  WeightVisitor visitor(
+      _weights, w, [this](double weight, int i) { return weight * GetProbability(i); },
+      [this](double weight, int i) { return weight * (1.0 - GetProbability(i)); });
+  OrvaWalkMCSTree(root, visitor);
 }

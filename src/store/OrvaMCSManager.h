@@ -17,57 +17,33 @@ class OrvaMCSManager {
   OrvaMCSManager(const OrvaMCSManager&) = delete;
   OrvaMCSManager& operator=(const OrvaMCSManager&) = delete;
 
-  bool IsLocked() const { return _lock != 0; }
-  // Forgets all entries and all trees.
-  void Reset();
-
   // Nodes: see OrvaMCSNodeTable.
   OrvaMCSNode* NewUndevelopedLeaf() { return _nodes.NewLeaf(OrvaMCSNode::UNDEVELOPED); }
   OrvaMCSNode* NewMinimalCutsetLeaf() { return _nodes.NewLeaf(OrvaMCSNode::MINIMAL_CUTSET); }
-  OrvaMCSNode* NewNonMinimalCutsetLeaf() { return _nodes.NewLeaf(OrvaMCSNode::NON_MINIMAL_CUTSET); }
-  OrvaMCSNode* NewDeadEndLeaf() { return _nodes.NewLeaf(OrvaMCSNode::DEAD_END); }
-  OrvaMCSNode* NewPathsetLeaf() { return _nodes.NewLeaf(OrvaMCSNode::PATHSET); }
-  OrvaMCSNode* NewCutoffLeaf() { return _nodes.NewLeaf(OrvaMCSNode::CUTOFF); }
   OrvaMCSNode* NewInternalNode(int index, OrvaMCSNode* thenSon, OrvaMCSNode* elseSon) {
     return _nodes.NewInternalNode(index, thenSon, elseSon);
   }
   void FreeNode(OrvaMCSNode* node) { _nodes.FreeNode(node); }
   void FreeTree(OrvaMCSNode* root) { _nodes.FreeTree(root); }
-  OrvaMCSNode* CopyTree(OrvaMCSNode* root) { return _nodes.CopyTree(root); }
-  void ResetTree(OrvaMCSNode* root) { _nodes.ResetTree(root); }
   void MuteLeaf(OrvaMCSNode* leaf, OrvaMCSNode::Type type) { _nodes.MuteLeaf(leaf, type); }
   void ExpandLeaf(OrvaMCSNode* leaf, int index, OrvaMCSNode*& thenLeaf, OrvaMCSNode*& elseLeaf) {
     _nodes.ExpandLeaf(leaf, index, thenLeaf, elseLeaf);
   }
   void FoldInternalNode(OrvaMCSNode* node, unsigned mask) { _nodes.FoldInternalNode(node, mask); }
-  static int GetIndex(const OrvaMCSNode* node) { return node->GetIndex(); }
-  static std::uint32_t GetType(const OrvaMCSNode* node) { return node->GetType(); }
-  static OrvaMCSNode* GetThenSon(const OrvaMCSNode* node) { return node->GetThenSon(); }
-  static OrvaMCSNode* GetElseSon(const OrvaMCSNode* node) { return node->GetElseSon(); }
-  static OrvaMCSNode* GetParent(const OrvaMCSNode* node) { return node->GetParent(); }
-  static double GetWeight(const OrvaMCSNode* node) { return node->GetWeight(); }
-  int GetNumberOfNodes() const { return _nodes.GetNumberOfNodes(); }
 
   // Entries: see OrvaMCSEntryTable.
-  OrvaMCSEntry* GetEntry(int index) const { return _entries.GetEntry(index); }
   OrvaEvent* GetEvent(int index) const { return _entries.GetEvent(index); }
   void SetEvent(int index, OrvaEvent* event) { _entries.SetEvent(index, event); }
   OrvaVariable* GetVariable(int index) const { return _entries.GetVariable(index); }
   void SetVariable(int index, OrvaVariable* variable) { _entries.SetVariable(index, variable); }
   double GetProbability(int index) const { return _entries.GetProbability(index); }
   void SetProbability(int index, double p) { _entries.SetProbability(index, p); }
-  OrvaMCSEntry::Value GetValue(int index) const { return _entries.GetValue(index); }
-  void SetValue(int index, OrvaMCSEntry::Value value) { _entries.SetValue(index, value); }
   OrvaMCSNode* GetModuleTree(int index) const { return _entries.GetModuleTree(index); }
   void SetModuleTree(int index, OrvaMCSNode* tree) { _entries.SetModuleTree(index, tree); }
-  int GetIndexOfLowestEntry() const { return _entries.GetIndexOfLowestEntry(); }
   int GetIndexOfHighestEntry() const { return _entries.GetIndexOfHighestEntry(); }
   int GetSizeOfEntryTable() const { return _entries.GetSize(); }
   void SetSizeOfEntryTable(int size) { _entries.Resize(size); }
 
-  // All nodes, leaves included; the minimal cutset leaves among them.
-  void ComputeSizeOfTree(OrvaMCSNode* root, int& size) const;
-  void ComputeNumberOfMinimalCutsets(OrvaMCSNode* root, int& number) const;
   // -1 without cutsets.
   void ComputeHighestOrderOfMinimalCutsets(OrvaMCSNode* root, int& order) const;
   // A new array, the caller's, of the numbers of cutsets by order, 0 .. highest; their total.
@@ -87,13 +63,39 @@ class OrvaMCSManager {
   void AddMarginalImportanceFactors(OrvaMCSNode* root, std::vector<double>& factors) const;
   void AddNumbersOfOccurrences(OrvaMCSNode* root, std::vector<int>& numbers) const;
 
-  // Write into every leaf: the number of then-branches above it, counting from `order`; the
-  // product of `w` and the p(i) of these branches, for a minimal cutset the probability of the
-  // cutset; the same with a factor 1 - p(i) for each else-branch; or 0.
-  void SetWeightsOfLeavesAsCutsetOrders(OrvaMCSNode* root, int order);
+  // Write into every leaf: the product of `w` and the p(i) of the then-branches above it, for a
+  // minimal cutset the probability of the cutset; or 0.
   void SetWeightsOfLeavesAsCutsetProbabilities(OrvaMCSNode* root, double w);
-  void SetWeightsOfLeavesAsProductProbabilities(OrvaMCSNode* root, double w);
   void ResetWeightsOfLeaves(OrvaMCSNode* root);
+
+  // Offered to users of the class; the program itself does not call what follows.
+  bool IsLocked() const { return _lock != 0; }
+  // Forgets all entries and all trees.
+  void Reset();
+  OrvaMCSNode* NewNonMinimalCutsetLeaf() { return _nodes.NewLeaf(OrvaMCSNode::NON_MINIMAL_CUTSET); }
+  OrvaMCSNode* NewDeadEndLeaf() { return _nodes.NewLeaf(OrvaMCSNode::DEAD_END); }
+  OrvaMCSNode* NewPathsetLeaf() { return _nodes.NewLeaf(OrvaMCSNode::PATHSET); }
+  OrvaMCSNode* NewCutoffLeaf() { return _nodes.NewLeaf(OrvaMCSNode::CUTOFF); }
+  OrvaMCSNode* CopyTree(OrvaMCSNode* root) { return _nodes.CopyTree(root); }
+  void ResetTree(OrvaMCSNode* root) { _nodes.ResetTree(root); }
+  static int GetIndex(const OrvaMCSNode* node) { return node->GetIndex(); }
+  static std::uint32_t GetType(const OrvaMCSNode* node) { return node->GetType(); }
+  static OrvaMCSNode* GetThenSon(const OrvaMCSNode* node) { return node->GetThenSon(); }
+  static OrvaMCSNode* GetElseSon(const OrvaMCSNode* node) { return node->GetElseSon(); }
+  static OrvaMCSNode* GetParent(const OrvaMCSNode* node) { return node->GetParent(); }
+  static double GetWeight(const OrvaMCSNode* node) { return node->GetWeight(); }
+  int GetNumberOfNodes() const { return _nodes.GetNumberOfNodes(); }
+  OrvaMCSEntry* GetEntry(int index) const { return _entries.GetEntry(index); }
+  OrvaMCSEntry::Value GetValue(int index) const { return _entries.GetValue(index); }
+  void SetValue(int index, OrvaMCSEntry::Value value) { _entries.SetValue(index, value); }
+  int GetIndexOfLowestEntry() const { return _entries.GetIndexOfLowestEntry(); }
+  // All nodes, leaves included; the minimal cutset leaves among them.
+  void ComputeSizeOfTree(OrvaMCSNode* root, int& size) const;
+  void ComputeNumberOfMinimalCutsets(OrvaMCSNode* root, int& number) const;
+  // Write into every leaf: the number of then-branches above it, counting from `order`; the product
+  // of `w`, the p(i) of the then-branches and the 1 - p(i) of the else-branches above it.
+  void SetWeightsOfLeavesAsCutsetOrders(OrvaMCSNode* root, int order);
+  void SetWeightsOfLeavesAsProductProbabilities(OrvaMCSNode* root, double w);
 
  private:
   int _lock = 0;

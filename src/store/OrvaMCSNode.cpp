@@ -3,6 +3,8 @@
 #include "store/OrvaMCSTreeWalk.h"
 #include "support/containers/LumoContainer.h"
 
+// Offered to users of the class; the program itself does not call what follows.
+
 int OrvaMCSNode::GetCutsetOrder() const {
   int order = 0;
   for (const OrvaMCSNode* node = this; node->_parent != nullptr; node = node->_parent) {

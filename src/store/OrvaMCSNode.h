@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <cstdint>
 
 class LumoContainer;
@@ -31,13 +32,23 @@ class OrvaMCSNode {
   // Null for a root.
   OrvaMCSNode* GetParent() const { return _parent; }
   // Of an internal node.
-  OrvaMCSNode* GetThenSon() const { return _then; }
-  OrvaMCSNode* GetElseSon() const { return _else; }
-  bool IsThenSon() const { return _parent->_then == this; }
+  OrvaMCSNode* GetThenSon() const {
+    assert(IsInternal());
+    return _then;
+  }
+  OrvaMCSNode* GetElseSon() const {
+    assert(IsInternal());
+    return _else;
+  }
   // Of a leaf; 0.0 for an internal node.
   double GetWeight() const { return IsInternal() ? 0.0 : _weight; }
-  void SetWeight(double weight) { _weight = weight; }
+  void SetWeight(double weight) {
+    assert(!IsInternal());
+    _weight = weight;
+  }
 
+  // Offered to users of the class; the program itself does not call what follows.
+  bool IsThenSon() const { return _parent->_then == this; }
   // The number of then-branches between the root and the node.
   int GetCutsetOrder() const;
   // Inserts the minimal cutset leaves at or below the node, then-sons first.
@@ -48,11 +59,14 @@ class OrvaMCSNode {
  private:
   friend class OrvaMCSNodeTable;
 
+  // The type of a node that is in no tree.
+  static constexpr std::uint32_t FREE = 0;
   static constexpr std::uint32_t INDEX_MASK = 0x00ffffff;
   static constexpr int TYPE_SHIFT = 24;
   static constexpr std::uint32_t INTERNAL_BIT = static_cast<std::uint32_t>(INTERNAL) << TYPE_SHIFT;
 
   void _SetWord(std::uint32_t type, int index) {
+    assert(index >= 0 && index <= MAXIMUM_INDEX);
     _word = (type << TYPE_SHIFT) | static_cast<std::uint32_t>(index);
   }
   void _SetLeaf(std::uint32_t type) {
@@ -62,6 +76,8 @@ class OrvaMCSNode {
     _else = nullptr;
   }
   void _SetSons(OrvaMCSNode* thenSon, OrvaMCSNode* elseSon) {
+    assert(thenSon->GetType() != FREE && elseSon->GetType() != FREE && thenSon != elseSon);
+    assert(thenSon->_parent == nullptr && elseSon->_parent == nullptr);  // a tree shares nothing
     _then = thenSon;
     _else = elseSon;
     thenSon->_parent = this;

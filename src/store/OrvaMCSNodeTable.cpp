@@ -1,3 +1,17 @@
+// Nodes are made and freed one by one, by the million, and never moved: trees point into them. They
+// come from pages, each twice as long as the one before up to a million nodes, so that a small
+// study takes one page and a large one few. A freed node goes onto a list that runs through the
+// nodes themselves; the last one freed is the next one made, which is likely to be still in the
+// cache.
+//
+// The nodes of the last page that were never used count as the end of that list, in their order.
+// They are not chained together, for this would touch a page of 32 MB to use its first node.
+//
+// Folding takes a subtree back where it holds nothing that is asked for: a node below which lie
+// only leaves of kinds outside a mask becomes one leaf of these kinds. Since an internal node joins
+// the types of its sons, a look at the two sons is enough, and whoever folds a path from its end
+// upward folds as much as can be folded.
+
 #include "store/OrvaMCSNodeTable.h"
 
 #include <algorithm>
@@ -14,10 +28,6 @@ OrvaMCSNodePage::OrvaMCSNodePage(OrvaMCSNodeTable* table, int size)
 OrvaMCSNodePage::~OrvaMCSNodePage() {
   delete[] _nodes;
   LumoMemoryManager::TraceDelete(this, "OrvaMCSNodePage");
-}
-
-void OrvaMCSNodePage::Reset() {
-  std::memset(static_cast<void*>(_nodes), 0, static_cast<std::size_t>(_size) * sizeof *_nodes);
 }
 
 OrvaMCSNodeTable::OrvaMCSNodeTable(OrvaMCSManager* manager) : _manager(manager) {
@@ -37,24 +47,15 @@ void OrvaMCSNodeTable::_DeletePages() {
   _currentPageSize = STARTING_PAGE_SIZE;
 }
 
-void OrvaMCSNodeTable::Reset() {
-  _DeletePages();
-  _NewPage();
-}
-
-int OrvaMCSNodeTable::GetNumberOfNodes() const {
-  int number = 0;
-  for (const OrvaMCSNodePage* page : _pages) number += page->GetSize();
-  return number;
-}
-
 void OrvaMCSNodeTable::_NewPage() {
+  assert(_pages.empty() || _nextUnusedNode == _pages.back()->GetSize());
   if (2 * _currentPageSize <= MAXIMUM_PAGE_SIZE) _currentPageSize *= 2;
   _pages.push_back(new OrvaMCSNodePage(this, _currentPageSize));
   _nextUnusedNode = 0;
 }
 
 OrvaMCSNode* OrvaMCSNodeTable::_NewUnusedNode() {
+  assert(_freeNode == nullptr);
   if (_pages.empty() || _nextUnusedNode == _pages.back()->GetSize()) _NewPage();
   return _pages.back()->GetNode(_nextUnusedNode++);
 }
@@ -72,6 +73,26 @@ void OrvaMCSNodeTable::FreeTree(OrvaMCSNode* root) {
   Liberator liberator(this);
   OrvaWalkMCSTree(root, liberator);
   FreeNode(root);
+}
+
+void OrvaMCSNodeTable::FoldInternalNode(OrvaMCSNode* node, unsigned mask) {
+  assert(node->IsInternal());
+  const std::uint32_t sons = node->GetThenSon()->GetType() | node->GetElseSon()->GetType();
+  if ((sons & mask) != 0) {
+    node->_SetWord(OrvaMCSNode::INTERNAL | sons, node->GetIndex());
+    return;
+  }
+  FreeTree(node->GetThenSon());
+  FreeTree(node->GetElseSon());
+  node->_SetWord(sons, 0);
+  node->_weight = 0.0;
+  node->_else = nullptr;
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+void OrvaMCSNodePage::Reset() {
+  std::memset(static_cast<void*>(_nodes), 0, static_cast<std::size_t>(_size) * sizeof *_nodes);
 }
 
 OrvaMCSNode* OrvaMCSNodeTable::CopyTree(OrvaMCSNode* root) {
@@ -110,15 +131,13 @@ void OrvaMCSNodeTable::ResetTree(OrvaMCSNode* root) {
   OrvaWalkMCSTree(root, resetter);
 }
 
-void OrvaMCSNodeTable::FoldInternalNode(OrvaMCSNode* node, unsigned mask) {
-  const std::uint32_t sons = node->GetThenSon()->GetType() | node->GetElseSon()->GetType();
-  if ((sons & mask) != 0) {
-    node->_SetWord(OrvaMCSNode::INTERNAL | sons, node->GetIndex());
-    return;
-  }
-  FreeTree(node->GetThenSon());
-  FreeTree(node->GetElseSon());
-  node->_SetWord(sons, 0);
-  node->_weight = 0.0;
-  node->_else = nullptr;
+void OrvaMCSNodeTable::Reset() {
+  _DeletePages();
+  _NewPage();
+}
+
+int OrvaMCSNodeTable::GetNumberOfNodes() const {
+  int number = 0;
+  for (const OrvaMCSNodePage* page : _pages) number += page->GetSize();
+  return number;
 }

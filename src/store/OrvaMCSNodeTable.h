@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <vector>
 
 #include "store/OrvaMCSNode.h"
@@ -17,6 +18,8 @@ class OrvaMCSNodePage {
 
   OrvaMCSNode* GetNode(int i) const { return &_nodes[i]; }
   int GetSize() const { return _size; }
+
+  // Offered to users of the class; the program itself does not call what follows.
   // Sets every node to zero.
   void Reset();
 
@@ -27,19 +30,13 @@ class OrvaMCSNodePage {
 };
 
 // The store from which all nodes of all cutset trees come: pages of growing size and a list of
-// free nodes. The nodes of the last page that were never used count as the end of that list, in
-// their order; they are not written before they are used.
+// free nodes.
 class OrvaMCSNodeTable {
  public:
   explicit OrvaMCSNodeTable(OrvaMCSManager* manager);
   ~OrvaMCSNodeTable();
   OrvaMCSNodeTable(const OrvaMCSNodeTable&) = delete;
   OrvaMCSNodeTable& operator=(const OrvaMCSNodeTable&) = delete;
-
-  // Deletes all pages, with every tree in them, and makes a first one again.
-  void Reset();
-  // The number of nodes of all pages, in use or free.
-  int GetNumberOfNodes() const;
 
   // New nodes without parent. The sons of a new internal node become its own.
   OrvaMCSNode* NewLeaf(std::uint32_t type) {
@@ -57,19 +54,20 @@ class OrvaMCSNodeTable {
     return node;
   }
   void FreeNode(OrvaMCSNode* node) {
-    node->_SetLeaf(0);
+    assert(node->GetType() != OrvaMCSNode::FREE);
+    node->_SetLeaf(OrvaMCSNode::FREE);
     node->_then = _freeNode;
     _freeNode = node;
   }
   void FreeTree(OrvaMCSNode* root);
-  // A leaf that is no minimal cutset is copied as an undeveloped one.
-  OrvaMCSNode* CopyTree(OrvaMCSNode* root);
-  // Turns cutoff leaves into undeveloped ones and recomputes the types above.
-  void ResetTree(OrvaMCSNode* root);
-
-  void MuteLeaf(OrvaMCSNode* leaf, std::uint32_t type) { leaf->_SetWord(type, 0); }
+  // Gives a leaf another type.
+  void MuteLeaf(OrvaMCSNode* leaf, std::uint32_t type) {
+    assert(!leaf->IsInternal() && leaf->GetType() != OrvaMCSNode::FREE);
+    leaf->_SetWord(type, 0);
+  }
   // Turns a leaf into an internal node over two undeveloped leaves, which are handed over.
   void ExpandLeaf(OrvaMCSNode* leaf, int index, OrvaMCSNode*& thenLeaf, OrvaMCSNode*& elseLeaf) {
+    assert(!leaf->IsInternal() && leaf->GetType() != OrvaMCSNode::FREE);
     thenLeaf = NewLeaf(OrvaMCSNode::UNDEVELOPED);
     elseLeaf = NewLeaf(OrvaMCSNode::UNDEVELOPED);
     leaf->_SetWord(OrvaMCSNode::INTERNAL | OrvaMCSNode::UNDEVELOPED, index);
@@ -79,10 +77,21 @@ class OrvaMCSNodeTable {
   // a leaf of the joint type of its sons, whose subtrees are freed.
   void FoldInternalNode(OrvaMCSNode* node, unsigned mask);
 
+  // Offered to users of the class; the program itself does not call what follows.
+  // A leaf that is no minimal cutset is copied as an undeveloped one.
+  OrvaMCSNode* CopyTree(OrvaMCSNode* root);
+  // Turns cutoff leaves into undeveloped ones and recomputes the types above.
+  void ResetTree(OrvaMCSNode* root);
+  // Deletes all pages, with every tree in them, and makes a first one again.
+  void Reset();
+  // The number of nodes of all pages, in use or free.
+  int GetNumberOfNodes() const;
+
  private:
   OrvaMCSNode* _NewNode() {
     if (_freeNode == nullptr) return _NewUnusedNode();
     OrvaMCSNode* node = _freeNode;
+    assert(node->GetType() == OrvaMCSNode::FREE);
     _freeNode = node->_then;
     return node;
   }

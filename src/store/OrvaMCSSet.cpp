@@ -1,6 +1,6 @@
 #include "store/OrvaMCSSet.h"
 
-#include <algorithm>
+#include <cassert>
 
 #include "support/memory/LumoMemoryManager.h"
 
@@ -11,16 +11,11 @@ OrvaMCSSet::OrvaMCSSet(OrvaMCSManager* manager, OrvaMCSNode* root)
 
 OrvaMCSSet::~OrvaMCSSet() { LumoMemoryManager::TraceDelete(this, "OrvaMCSSet"); }
 
-OrvaMCSSet* OrvaMCSSet::Copy() const { return new OrvaMCSSet(_manager, _manager->CopyTree(_root)); }
-
 void OrvaMCSSet::SetRootNode(OrvaMCSNode* root) {
   if (root == _root) return;
+  assert(root == nullptr || root->GetParent() == nullptr);
   _manager->FreeTree(_root);
   _root = root;
-}
-
-void OrvaMCSSet::CollectMinimalCutsets(LumoContainer* result) const {
-  if (_root != nullptr) _root->CollectMinimalCutsets(result);
 }
 
 double OrvaMCSSet::UpdateTopEventProbability() {
@@ -35,14 +30,13 @@ void OrvaMCSSet::CreateBasicEventTable() {
   if (size > _basicEvents.size()) _basicEvents.resize(size);
 }
 
-void OrvaMCSSet::DeleteBasicEventTable() { _basicEvents.clear(); }
-
 const OrvaMCSBasicEvent* OrvaMCSSet::GetBasicEvent(int index) const {
   if (index < 0 || index > GetHighestBasicEventIndex()) return nullptr;
   return &_basicEvents[static_cast<std::size_t>(index)];
 }
 
 void OrvaMCSSet::UpdateBasicEventIndicators(int index) {
+  assert(index >= 0 && index <= GetHighestBasicEventIndex());
   _basicEvents[static_cast<std::size_t>(index)] = {_manager->GetProbability(index), 0.0, 0};
 }
 
@@ -62,3 +56,13 @@ void OrvaMCSSet::UpdateMarginalImportanceFactors() {
     _basicEvents[i].numberOfOccurrences = _occurrences[i];
   }
 }
+
+// Offered to users of the class; the program itself does not call what follows.
+
+OrvaMCSSet* OrvaMCSSet::Copy() const { return new OrvaMCSSet(_manager, _manager->CopyTree(_root)); }
+
+void OrvaMCSSet::CollectMinimalCutsets(LumoContainer* result) const {
+  if (_root != nullptr) _root->CollectMinimalCutsets(result);
+}
+
+void OrvaMCSSet::DeleteBasicEventTable() { _basicEvents.clear(); }

@@ -23,22 +23,12 @@ class OrvaMCSSet {
   ~OrvaMCSSet();
   OrvaMCSSet(const OrvaMCSSet&) = delete;
   OrvaMCSSet& operator=(const OrvaMCSSet&) = delete;
-  // A new set, the caller's, with a copy of the tree: see OrvaMCSNodeTable::CopyTree.
-  OrvaMCSSet* Copy() const;
 
   OrvaMCSManager* GetManager() const { return _manager; }
   OrvaMCSNode* GetRootNode() const { return _root; }
   // Frees the former tree, unless it is the same.
   void SetRootNode(OrvaMCSNode* root);
-  void FreeTree() { SetRootNode(nullptr); }
-  void ResetTree() { _manager->ResetTree(_root); }
 
-  // Inserts the leaves of the cutsets, then-sons first.
-  void CollectMinimalCutsets(LumoContainer* result) const;
-  void ComputeSizeOfTree(int& size) const { _manager->ComputeSizeOfTree(_root, size); }
-  void ComputeNumberOfMinimalCutsets(int& number) const {
-    _manager->ComputeNumberOfMinimalCutsets(_root, number);
-  }
   void ComputeHighestOrderOfMinimalCutsets(int& order) const {
     _manager->ComputeHighestOrderOfMinimalCutsets(_root, order);
   }
@@ -59,20 +49,15 @@ class OrvaMCSSet {
   void SetWeightsOfLeavesAsCutsetProbabilities() {
     _manager->SetWeightsOfLeavesAsCutsetProbabilities(_root, 1.0);
   }
-  void SetWeightsOfLeavesAsProductProbabilities() {
-    _manager->SetWeightsOfLeavesAsProductProbabilities(_root, 1.0);
-  }
   void ResetWeightsOfLeaves() { _manager->ResetWeightsOfLeaves(_root); }
 
   // The rare-event approximation: the sum of the cutset probabilities, brought into [0, 1]. NaN
   // stays NaN.
   double UpdateTopEventProbability();
-  double GetTopEventProbability() const { return _topEventProbability; }
 
   // The table of basic events, by index in the store. The first update makes it; entries of
   // indices that came to the store since are added.
   void CreateBasicEventTable();
-  void DeleteBasicEventTable();
   int GetHighestBasicEventIndex() const { return static_cast<int>(_basicEvents.size()) - 1; }
   // Null for an index outside the table.
   const OrvaMCSBasicEvent* GetBasicEvent(int index) const;
@@ -81,6 +66,23 @@ class OrvaMCSSet {
   void UpdateBasicEventsIndicators();
   // Computes the marginal importance factors and the numbers of occurrences of all events.
   void UpdateMarginalImportanceFactors();
+
+  // Offered to users of the class; the program itself does not call what follows.
+  // A new set, the caller's, with a copy of the tree: see OrvaMCSNodeTable::CopyTree.
+  OrvaMCSSet* Copy() const;
+  void FreeTree() { SetRootNode(nullptr); }
+  void ResetTree() { _manager->ResetTree(_root); }
+  // Inserts the leaves of the cutsets, then-sons first.
+  void CollectMinimalCutsets(LumoContainer* result) const;
+  void ComputeSizeOfTree(int& size) const { _manager->ComputeSizeOfTree(_root, size); }
+  void ComputeNumberOfMinimalCutsets(int& number) const {
+    _manager->ComputeNumberOfMinimalCutsets(_root, number);
+  }
+  void SetWeightsOfLeavesAsProductProbabilities() {
+    _manager->SetWeightsOfLeavesAsProductProbabilities(_root, 1.0);
+  }
+  double GetTopEventProbability() const { return _topEventProbability; }
+  void DeleteBasicEventTable();
 
  private:
   OrvaMCSManager* _manager;

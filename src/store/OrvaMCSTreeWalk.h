@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cassert>
+
 #include "store/OrvaMCSNode.h"
 
 // What happens on a walk over a cutset tree, nothing by default. A visitor derives from this class
@@ -27,11 +29,13 @@ void OrvaWalkMCSTree(OrvaMCSNode* root, Visitor& visitor) {
     for (;;) {
       if (node == root) return;
       OrvaMCSNode* parent = node->GetParent();
+      assert(parent != nullptr);
       if (node == parent->GetThenSon()) {
         visitor.Cross(parent);
         node = parent->GetElseSon();
         break;
       }
+      assert(node == parent->GetElseSon());
       visitor.Leave(parent);
       node = parent;
     }
