@@ -1,3 +1,8 @@
+// Two searches. One depth first over all definitions tells in linear time whether there is a ring,
+// and names a symbol on one; but the ring that it closes may be a long way round, for it goes down
+// as deep as it can first. So a second one, by breadth and from that symbol only, finds the
+// shortest way back to it: that is the ring to show.
+
 #include "reader/OrvaCycleSearch.h"
 
 #include <algorithm>

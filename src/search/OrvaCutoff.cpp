@@ -13,6 +13,8 @@ void OrvaCutoff::SetMinimumProbability(double probability) {
   _currentThreshold = probability;
 }
 
+// Offered to users of the class; the program itself does not call what follows.
+
 void OrvaCutoff::ResetCurrentSumOfProductProbabilities() {
   _currentThreshold = _minimumProbability;
   _currentNumberOfProducts = 0;

@@ -20,9 +20,10 @@ class OrvaCutoff {
   double GetMinimumProbability() const { return _minimumProbability; }
   void SetMinimumProbability(double probability);
   // A share of the sum of the probabilities found so far.
-  double GetMinimumContribution() const { return _minimumContribution; }
   void SetMinimumContribution(double share) { _minimumContribution = share; }
 
+  // Offered to users of the class; the program itself does not call what follows.
+  double GetMinimumContribution() const { return _minimumContribution; }
   // The dynamic threshold: starts at the minimum probability and never falls.
   void ResetCurrentSumOfProductProbabilities();
   void RecordProduct(int order, double probability);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <vector>
 
 #include "store/OrvaMCSNode.h"
@@ -9,27 +10,35 @@
 // one shares it down to the first variable whose cutset value has changed, and its way down starts
 // there: a chain of a million else-sons is followed once and not once per cutset.
 //
-// The walk word of an input variable is its position on the path, from 1, and 0 off the path.
+// Positions count from 1. Each variable on the path knows its own, and is at 0 off the path.
 class OrvaMCSPath {
  public:
   void Start(OrvaMCSNode* root) {
+    assert(root != nullptr);
     Clear();
     _end = root;
   }
   // Drops what lies from a position on, and returns the node where the way goes on: the one at
   // that position or, when the path is not that long, its end.
   OrvaMCSNode* GoBackTo(int position) {
+    assert(position >= 1);
     while (position <= GetLength()) _Drop();
     return _end;
   }
   // The next internal node and the variable that it tests, null for one of no variable of the
   // system. A variable that is tested twice keeps its first position.
   void Push(OrvaMCSNode* node, OrvaVariable* variable) {
-    if (variable != nullptr && variable->GetWalkWord() != 0) variable = nullptr;
+    assert(node->IsInternal() && (_steps.empty() || node->GetParent() == _steps.back().node));
+    if (variable != nullptr && variable->GetPathPosition() != 0) variable = nullptr;
     _steps.push_back({node, variable});
-    if (variable != nullptr) variable->SetWalkWord(GetLength());
+    if (variable != nullptr) variable->SetPathPosition(GetLength());
   }
-  void SetEnd(OrvaMCSNode* leaf) { _end = leaf; }
+  // The leaf where the path ends. What is stored there grows below it: the path stays one.
+  void SetEnd(OrvaMCSNode* leaf) {
+    assert(!leaf->IsInternal());
+    _end = leaf;
+  }
+  int GetLength() const { return static_cast<int>(_steps.size()); }
   void Clear() {
     GoBackTo(1);
     _end = nullptr;
@@ -41,10 +50,12 @@ class OrvaMCSPath {
     OrvaVariable* variable;
   };
 
-  int GetLength() const { return static_cast<int>(_steps.size()); }
   void _Drop() {
     _end = _steps.back().node;
-    if (OrvaVariable* variable = _steps.back().variable) variable->SetWalkWord(0);
+    if (OrvaVariable* variable = _steps.back().variable) {
+      assert(variable->GetPathPosition() == GetLength());
+      variable->SetPathPosition(0);
+    }
     _steps.pop_back();
   }
 

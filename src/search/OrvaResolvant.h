@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cassert>
+
 #include "search/OrvaVariableStack.h"
 
 class OrvaSystem;
@@ -11,9 +13,15 @@ class OrvaResolvant : public OrvaVariableStack {
   explicit OrvaResolvant(int capacity);
   ~OrvaResolvant();
 
-  void Push(OrvaVariable* variable) { _variables[_order++] = variable; }
+  void Push(OrvaVariable* variable) {
+    assert(_HasRoom());
+    _variables[_order++] = variable;
+  }
   // Drops the entries beyond the first `order` ones.
-  void Pop(int order) { _order = order; }
+  void Pop(int order) {
+    assert(order >= 0 && order <= _order);
+    _order = order;
+  }
 
   // Makes room for every equation of the system.
   void InitializeWalk(const OrvaSystem* system);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cassert>
+
 #include "system/OrvaVariable.h"
 
 class OrvaCutoff;
@@ -20,10 +22,11 @@ class OrvaStack {
   void Push(OrvaVariable* variable, OrvaVariable::Value value, int resolvantOrder,
             Branching branching) {
     if (_order == _capacity - 1) Enlarge(2 * _capacity);
+    assert(variable != nullptr && _order + 1 < _capacity);
     _entries[++_order] = {variable, value, resolvantOrder, branching};
   }
   // Removes the last entry. An empty stack yields a null variable, value 0, order 0 and UNIT; so
-  // do the readers below for an entry that does not exist.
+  // do all readers for an entry that does not exist.
   void Pop(OrvaVariable*& variable, OrvaVariable::Value& value, int& resolvantOrder,
            Branching& branching) {
     if (_order == 0) return GetFloor(0, variable, value, resolvantOrder, branching);
@@ -32,10 +35,6 @@ class OrvaStack {
     value = entry.value;
     resolvantOrder = entry.resolvantOrder;
     branching = entry.branching;
-  }
-  void GetTop(OrvaVariable*& variable, OrvaVariable::Value& value, int& resolvantOrder,
-              Branching& branching) const {
-    GetFloor(_order, variable, value, resolvantOrder, branching);
   }
   // Entry i; -1 means the last.
   void GetFloor(int i, OrvaVariable*& variable, OrvaVariable::Value& value, int& resolvantOrder,
@@ -46,21 +45,29 @@ class OrvaStack {
     resolvantOrder = entry.resolvantOrder;
     branching = entry.branching;
   }
-  OrvaVariable* GetVariable(int i) const { return _GetEntry(i).variable; }
-  OrvaVariable::Value GetValue(int i) const { return _GetEntry(i).value; }
-  Branching GetBranching(int i) const { return _GetEntry(i).branching; }
-
   int GetOrder() const { return _order; }
   // The order at which the search has been undone completely.
   int GetLastChoicePoint() const { return _lastChoicePoint; }
   void SetLastChoicePoint(int order) { _lastChoicePoint = order; }
-  bool IsAtLastChoicePoint() const { return _order == _lastChoicePoint; }
+  bool IsAtLastChoicePoint() const {
+    assert(_order >= _lastChoicePoint);
+    return _order == _lastChoicePoint;
+  }
 
-  int GetCapacity() const { return _capacity; }
   // Grows, never shrinks.
   void Enlarge(int capacity);
   void InitializeWalk(const OrvaSystem* system, const OrvaCutoff* cutoff);
   void TerminateWalk();
+
+  // Offered to users of the class; the program itself does not call what follows.
+  void GetTop(OrvaVariable*& variable, OrvaVariable::Value& value, int& resolvantOrder,
+              Branching& branching) const {
+    GetFloor(_order, variable, value, resolvantOrder, branching);
+  }
+  OrvaVariable* GetVariable(int i) const { return _GetEntry(i).variable; }
+  OrvaVariable::Value GetValue(int i) const { return _GetEntry(i).value; }
+  Branching GetBranching(int i) const { return _GetEntry(i).branching; }
+  int GetCapacity() const { return _capacity; }
 
  private:
   struct Entry {

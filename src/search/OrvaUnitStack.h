@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cassert>
+
 #include "search/OrvaVariableStack.h"
 
 class OrvaSystem;
@@ -18,6 +20,7 @@ class OrvaUnitStack : public OrvaVariableStack {
     if (pending != OrvaVariable::POSSIBLY_FALSE) {
       return OrvaVariable::IsFixed(pending) && value == OrvaVariable::GetOpposite(pending);
     }
+    assert(_HasRoom() && value != OrvaVariable::POSSIBLY_FALSE);
     variable->SetUnitValue(value);
     _variables[_order++] = variable;
     return false;
@@ -31,6 +34,7 @@ class OrvaUnitStack : public OrvaVariableStack {
     }
     variable = _variables[--_order];
     value = variable->GetUnitValue();
+    assert(value != OrvaVariable::POSSIBLY_FALSE);
     variable->SetUnitValue(OrvaVariable::POSSIBLY_FALSE);
   }
   void Flush() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cassert>
+
 #include "system/OrvaVariable.h"
 
 // What the unit stack and the resolvant share: a stack of variables whose room is made before a
@@ -10,7 +12,10 @@ class OrvaVariableStack {
   OrvaVariableStack& operator=(const OrvaVariableStack&) = delete;
 
   int GetOrder() const { return _order; }
-  OrvaVariable* GetVariable(int i) const { return _variables[i]; }
+  OrvaVariable* GetVariable(int i) const {
+    assert(i >= 0 && i < _order);
+    return _variables[i];
+  }
   void TerminateWalk() { _order = 0; }
 
  protected:
@@ -18,6 +23,7 @@ class OrvaVariableStack {
   ~OrvaVariableStack();
   // Empties the stack and makes room for that many variables.
   void _InitializeWalk(int capacity);
+  bool _HasRoom() const { return _order < _capacity; }
 
   OrvaVariable** _variables;  // owned
   int _order = 0;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
+#include <vector>
 
 #include "search/OrvaCutset.h"
 #include "search/OrvaMCSPath.h"
@@ -51,6 +51,9 @@ class OrvaWalker {
   void ExpandMinimalCutset(OrvaEvent* top, OrvaSystem* system, const char* handleName,
                            const OrvaCutoff* cutoff);
 
+  OrvaWalkObserver* GetObserver() { return &_observer; }
+
+  // Offered to users of the class; the program itself does not call what follows.
   OrvaMCSManager* GetMCSManager() const { return _manager; }
   const OrvaStack* GetStack() const { return &_stack; }
   const OrvaCutset* GetCutset() const { return &_cutset; }
@@ -59,7 +62,6 @@ class OrvaWalker {
   const OrvaCutoff* GetCutoff() const { return _cutoff; }
   OrvaMCSNode* GetRootNode() const { return _root; }
   OrvaVariable* GetTopVariable() const { return _topVariable; }
-  OrvaWalkObserver* GetObserver() { return &_observer; }
   // Null for an unknown status.
   static const char* GetBranchStatusString(int status);
   const char* GetBranchStatusString() const { return GetBranchStatusString(_status); }
@@ -76,6 +78,7 @@ class OrvaWalker {
 
   void _BuildMinimalCutsetTree();
   void _CloseBranch();
+  void _CloseSatisfiedBranch();
   void _CompleteBranch();
   void _UnitPropagate();
   void _Choose(OrvaVariable* variable, OrvaVariable::Value value);
@@ -100,13 +103,25 @@ class OrvaWalker {
 
   OrvaMCSNode* _ExpandMinimalCutset(OrvaMCSNode* root, int order, double probability);
 
+  // What assertions ask for.
+  bool _IsAtRest() const;
+  bool _ArePushed(const OrvaEquation* equation) const;
+  bool _IsAssignmentRight() const;
+  bool _IsCutsetPath(const OrvaMCSNode* leaf) const;
+
   // Debugging dumps, for use from a debugger and in tests.
   void _DumpStack(LumoStream* stream) const;
   void _DumpUnitStack(LumoStream* stream) const;
   void _DumpCutset(LumoStream* stream) const;
   void _DumpAssignment(LumoStream* stream) const;
   void _DumpResolvant(LumoStream* stream) const;
-  void _CheckAssignment() const;
+  // The number of variables reported.
+  int _CheckAssignment() const;
+
+  // Nodes fold when nothing of these kinds lies below them: all but cutoff leaves.
+  static constexpr unsigned FOLD_MASK = OrvaMCSNode::UNDEVELOPED | OrvaMCSNode::DEAD_END |
+                                        OrvaMCSNode::PATHSET | OrvaMCSNode::NON_MINIMAL_CUTSET |
+                                        OrvaMCSNode::INTERNAL;
 
   OrvaMCSManager* _manager;
   OrvaStack _stack;
@@ -125,8 +140,6 @@ class OrvaWalker {
     int position;
   };
   std::vector<Scan> _scans;
-  // Nodes fold when nothing of these kinds lies below them: all but cutoff leaves.
-  unsigned _foldMask = 47;
   BranchStatus _status = PARTIAL;
   // Counts the times that the unit stack was emptied.
   std::uint64_t _propagation = 1;

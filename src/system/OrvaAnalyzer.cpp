@@ -11,10 +11,6 @@ OrvaAnalyzer::OrvaAnalyzer(OrvaInterpreter* interpreter) : _interpreter(interpre
 
 OrvaAnalyzer::~OrvaAnalyzer() { LumoMemoryManager::TraceDelete(this, "OrvaAnalyzer"); }
 
-void OrvaAnalyzer::Delete(void* analyzer) {
-  if (analyzer != nullptr) delete static_cast<OrvaAnalyzer*>(analyzer);
-}
-
 // An event is counted from its parents, which come after it in post-order: resetting its count
 // when its own formula has been counted loses nothing.
 void OrvaAnalyzer::SortDescendantsByDecreasingNumbersOfParents(OrvaEvent* top,
@@ -51,4 +47,10 @@ void OrvaAnalyzer::ResetNumberOfParents(OrvaEvent* event) {
 
 int OrvaAnalyzer::CompareNumbersOfParents(const void* a, const void* b) {
   return GetNumberOfParents(b) - GetNumberOfParents(a);
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+void OrvaAnalyzer::Delete(void* analyzer) {
+  if (analyzer != nullptr) delete static_cast<OrvaAnalyzer*>(analyzer);
 }

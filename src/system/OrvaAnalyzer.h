@@ -12,9 +12,6 @@ class OrvaAnalyzer {
   ~OrvaAnalyzer();
   OrvaAnalyzer(const OrvaAnalyzer&) = delete;
   OrvaAnalyzer& operator=(const OrvaAnalyzer&) = delete;
-  static void Delete(void* analyzer);
-
-  OrvaInterpreter* GetInterpreter() const { return _interpreter; }
 
   // Counts the parents of every event at or below `top` and makes a new tree of these events, the
   // one with the most parents first, equal ones in post-order. The tree is the caller's. The
@@ -27,6 +24,10 @@ class OrvaAnalyzer {
   void ResetNumberOfParents(OrvaEvent* event);
   // The parents of b minus those of a.
   static int CompareNumbersOfParents(const void* a, const void* b);
+
+  // Offered to users of the class; the program itself does not call what follows.
+  static void Delete(void* analyzer);
+  OrvaInterpreter* GetInterpreter() const { return _interpreter; }
 
  private:
   static constexpr const char* NUMBER_OF_PARENTS = "__NUMBER_OF_PARENTS__";

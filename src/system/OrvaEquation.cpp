@@ -40,6 +40,43 @@ void OrvaEquation::SetFanin(int i, OrvaVariable* variable, bool sign) {
   if (_IsInTable(i)) _fanins[i].Set(variable, sign);
 }
 
+std::array<int, 4> OrvaEquation::_CountLiterals() const {
+  std::array<int, 4> counts = {0, 0, 0, 0};
+  for (const OrvaLiteral& literal : GetFanins()) {
+    if (literal.GetVariable() == nullptr) continue;
+    ++counts[static_cast<unsigned>(literal.GetCandidateValue())];
+  }
+  return counts;
+}
+
+void OrvaEquation::ResetCandidateCounts() {
+  _candidateCounts = _CountLiterals();
+  _needTrue = GetBoundedThreshold(_min);
+  _needFalse = _size + 1 - _needTrue;
+}
+
+int OrvaEquation::_CountForCutset() const {
+  int count = GetBoundedThreshold(_min);
+  for (const OrvaLiteral& literal : GetFanins()) {
+    if (literal.GetVariable() == nullptr) continue;
+    if (literal.GetSign() == literal.GetVariable()->GetCutsetValue()) --count;
+  }
+  return count;
+}
+
+bool OrvaEquation::_IsCutsetCountInRange() const {
+  const int k = GetBoundedThreshold(_min);
+  return _cutsetCount >= k - _size && _cutsetCount <= k;
+}
+
+void OrvaEquation::ResetCutsetCount() { _cutsetCount = _CountForCutset(); }
+
+bool OrvaEquation::AreCountsRight() const {
+  return _candidateCounts == _CountLiterals() && _cutsetCount == _CountForCutset();
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
 void OrvaEquation::GetFanin(int i, OrvaVariable*& variable, bool& sign) const {
   variable = GetFaninVariable(i);
   sign = GetFaninPolarity(i);
@@ -61,22 +98,4 @@ void OrvaEquation::SortFanins(int (*compare)(const void* a, const void* b)) {
   std::stable_sort(_fanins, _fanins + _size, [compare](const OrvaLiteral& a, const OrvaLiteral& b) {
     return compare(&a, &b) < 0;
   });
-}
-
-void OrvaEquation::ResetCandidateCounts() {
-  _candidateCounts = {0, 0, 0, 0};
-  for (const OrvaLiteral& literal : GetFanins()) {
-    if (literal.GetVariable() == nullptr) continue;
-    ++_candidateCounts[static_cast<unsigned>(literal.GetCandidateValue())];
-  }
-  _needTrue = GetBoundedThreshold(_min);
-  _needFalse = _size + 1 - _needTrue;
-}
-
-void OrvaEquation::ResetCutsetCount() {
-  _cutsetCount = GetBoundedThreshold(_min);
-  for (const OrvaLiteral& literal : GetFanins()) {
-    if (literal.GetVariable() == nullptr) continue;
-    if (literal.GetSign() == literal.GetVariable()->GetCutsetValue()) --_cutsetCount;
-  }
 }

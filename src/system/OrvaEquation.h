@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cassert>
 #include <cstdint>
 #include <span>
 
@@ -51,14 +52,8 @@ class OrvaEquation : public LumoAttributeAccess<OrvaEquation> {
   std::span<const OrvaLiteral> GetFanins() const {
     return {_fanins, static_cast<std::size_t>(_size)};
   }
-  // Literals count from 0. Outside the table, setting is ignored and getting yields null and true.
+  // Literals count from 0. Outside the table, setting is ignored.
   void SetFanin(int i, OrvaVariable* variable, bool sign);
-  void GetFanin(int i, OrvaVariable*& variable, bool& sign) const;
-  OrvaVariable* GetFaninVariable(int i) const;
-  bool GetFaninPolarity(int i) const;
-  void SwapFanins(int i, int j);
-  // Orders the literals by a three-way function on them; equal ones keep their order.
-  void SortFanins(int (*compare)(const void* a, const void* b));
 
   // The number of literals of each value, moved by the search, and the thresholds: from k true
   // literals on the right member is true, from n + 1 - k false ones on it is false.
@@ -66,6 +61,7 @@ class OrvaEquation : public LumoAttributeAccess<OrvaEquation> {
     return _candidateCounts[static_cast<unsigned>(value)];
   }
   void MoveCandidate(OrvaVariable::Value from, OrvaVariable::Value to) {
+    assert(_candidateCounts[static_cast<unsigned>(from)] > 0);
     --_candidateCounts[static_cast<unsigned>(from)];
     ++_candidateCounts[static_cast<unsigned>(to)];
   }
@@ -81,10 +77,6 @@ class OrvaEquation : public LumoAttributeAccess<OrvaEquation> {
     const bool isReachable = nowTrue + _candidateCounts[OrvaVariable::POSSIBLY_FALSE] >= _min;
     return isReachable ? OrvaVariable::POSSIBLY_FALSE : OrvaVariable::NECESSARILY_FALSE;
   }
-  // Both members are fixed.
-  bool IsResolved() const {
-    return _fanout->IsFixed() && OrvaVariable::IsFixed(GetRightMemberCandidateValue());
-  }
 
   // The propagation in which all literals were last implied, for the walker; 0 for none.
   std::uint64_t GetPropagation() const { return _propagation; }
@@ -93,21 +85,46 @@ class OrvaEquation : public LumoAttributeAccess<OrvaEquation> {
   // k minus the number of literals that are true under the current cutset: the left member is true
   // there when it is below 1.
   int GetCutsetCount() const { return _cutsetCount; }
-  void SetCutsetCount(int count) { _cutsetCount = count; }
-  void IncrementCutsetCount() { ++_cutsetCount; }
-  void DecrementCutsetCount() { --_cutsetCount; }
+  void IncrementCutsetCount() {
+    ++_cutsetCount;
+    assert(_IsCutsetCountInRange());
+  }
+  void DecrementCutsetCount() {
+    --_cutsetCount;
+    assert(_IsCutsetCountInRange());
+  }
   bool IsTrueInCutset() const { return _cutsetCount < 1; }
   void ResetCutsetCount();
+  // Whether all counts are what counting afresh would make them, for assertions.
+  bool AreCountsRight() const;
 
-  OrvaSystem* GetSystem() const { return _system; }
   void SetSystem(OrvaSystem* system) { _system = system; }
-  int GetNumber() const { return _number; }
   void SetNumber(int number) { _number = number; }
+
+  // Offered to users of the class; the program itself does not call what follows.
+  // Outside the table, getting yields null and true.
+  void GetFanin(int i, OrvaVariable*& variable, bool& sign) const;
+  OrvaVariable* GetFaninVariable(int i) const;
+  bool GetFaninPolarity(int i) const;
+  void SwapFanins(int i, int j);
+  // Orders the literals by a three-way function on them; equal ones keep their order.
+  void SortFanins(int (*compare)(const void* a, const void* b));
+  // Both members are fixed.
+  bool IsResolved() const {
+    return _fanout->IsFixed() && OrvaVariable::IsFixed(GetRightMemberCandidateValue());
+  }
+  void SetCutsetCount(int count) { _cutsetCount = count; }
+  OrvaSystem* GetSystem() const { return _system; }
+  int GetNumber() const { return _number; }
 
  private:
   friend LumoAttributeAccess<OrvaEquation>;
 
   bool _IsInTable(int i) const { return i >= 0 && i < _size; }
+  // From all literals true to none.
+  bool _IsCutsetCountInRange() const;
+  std::array<int, 4> _CountLiterals() const;
+  int _CountForCutset() const;
 
   OrvaVariable* _fanout = nullptr;
   int _min = 0;

@@ -1,6 +1,7 @@
 #include "system/OrvaSystem.h"
 
 #include <algorithm>
+#include <cassert>
 #include <vector>
 
 #include "model/OrvaEvent.h"
@@ -45,36 +46,14 @@ OrvaVariable* OrvaSystem::GetVariable(int i) const {
   return i >= 0 && i < _numberOfVariables ? &_variables[i] : nullptr;
 }
 
-OrvaVariable* OrvaSystem::GetVariable(const char* name) const {
-  return static_cast<OrvaVariable*>(_dictionary.LookForItem(OrvaVariable::CompareName, name));
-}
-
 void OrvaSystem::SetVariable(int i, const char* name) {
+  assert(i >= 0 && i < _numberOfVariables && name != nullptr);
   _variables[i].SetName(name);
   _dictionary.InsertItem(&_variables[i]);
 }
 
-void OrvaSystem::ChangeNameOfVariable(OrvaVariable* variable, const char* name) {
-  _dictionary.RemoveItem(variable);
-  variable->SetName(name);
-  _dictionary.InsertItem(variable);
-}
-
 void OrvaSystem::CollectVariables(LumoContainer* result) const {
   for (int i = 0; i < _numberOfVariables; ++i) result->InsertItem(&_variables[i]);
-}
-
-void OrvaSystem::CollectVariables(LumoContainer* result, LumoContainer::Predicate predicate) const {
-  for (int i = 0; i < _numberOfVariables; ++i) {
-    if (predicate(&_variables[i])) result->InsertItem(&_variables[i]);
-  }
-}
-
-void OrvaSystem::CollectVariables(LumoContainer* result, LumoContainer::Match match,
-                                  const void* key) const {
-  for (int i = 0; i < _numberOfVariables; ++i) {
-    if (match(&_variables[i], key) == 0) result->InsertItem(&_variables[i]);
-  }
 }
 
 int OrvaSystem::GetNumberOfAtomicVariables() const {
@@ -132,6 +111,8 @@ void OrvaSystem::_VisitVariablesBelowTop(Visit visit) {
   };
   if (_topVariable == nullptr) return;
   std::vector<Frame> stack = {{_topVariable, 0}};
+  assert(std::all_of(_variables, _variables + _numberOfVariables,
+                     [](const OrvaVariable& variable) { return variable.GetFlag() == 0; }));
   _topVariable->SetFlag(1);
   while (!stack.empty()) {
     Frame& frame = stack.back();
@@ -160,6 +141,7 @@ void OrvaSystem::_ResetInputVariable(OrvaVariable* variable) {
 
 void OrvaSystem::_ResetGateVariable(OrvaVariable* variable) {
   OrvaEquation* definition = variable->GetDefinition();
+  assert(definition->GetFanout() == variable);
   definition->ResetCandidateCounts();
   definition->SetPropagation(0);
   variable->SetCandidateValue(definition->GetRightMemberCandidateValue());
@@ -187,6 +169,54 @@ void OrvaSystem::ResetVariableValues() {
       variable->ResetCutsetValue(variable->GetDefinition()->IsTrueInCutset());
     }
   });
+  assert(AreWalkValuesReset());
+}
+
+// The values that depend on each other are compared with each other: a gate has the value that its
+// formula has, and the counts say what the literals say.
+bool OrvaSystem::_IsReset(const OrvaVariable* variable) {
+  if (variable->GetUnitValue() != OrvaVariable::POSSIBLY_FALSE || variable->GetWalkWord() != 0) {
+    return false;
+  }
+  if (variable->IsInputVariable()) {
+    return variable->GetCandidateValue() == OrvaVariable::POSSIBLY_FALSE &&
+           !variable->GetCutsetValue();
+  }
+  const OrvaEquation* definition = variable->GetDefinition();
+  return definition->AreCountsRight() &&
+         variable->GetCandidateValue() == definition->GetRightMemberCandidateValue() &&
+         variable->GetCutsetValue() == definition->IsTrueInCutset();
+}
+
+bool OrvaSystem::AreWalkValuesReset() {
+  bool areReset = true;
+  _VisitVariablesBelowTop([&](OrvaVariable* variable) { areReset &= _IsReset(variable); });
+  return areReset;
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+OrvaVariable* OrvaSystem::GetVariable(const char* name) const {
+  return static_cast<OrvaVariable*>(_dictionary.LookForItem(OrvaVariable::CompareName, name));
+}
+
+void OrvaSystem::ChangeNameOfVariable(OrvaVariable* variable, const char* name) {
+  _dictionary.RemoveItem(variable);
+  variable->SetName(name);
+  _dictionary.InsertItem(variable);
+}
+
+void OrvaSystem::CollectVariables(LumoContainer* result, LumoContainer::Predicate predicate) const {
+  for (int i = 0; i < _numberOfVariables; ++i) {
+    if (predicate(&_variables[i])) result->InsertItem(&_variables[i]);
+  }
+}
+
+void OrvaSystem::CollectVariables(LumoContainer* result, LumoContainer::Match match,
+                                  const void* key) const {
+  for (int i = 0; i < _numberOfVariables; ++i) {
+    if (match(&_variables[i], key) == 0) result->InsertItem(&_variables[i]);
+  }
 }
 
 void OrvaSystem::SetVariableCutsetValue(OrvaVariable* variable, bool value) {

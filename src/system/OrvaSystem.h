@@ -24,19 +24,14 @@ class OrvaSystem {
   std::span<OrvaVariable> GetVariables() {
     return {_variables, static_cast<std::size_t>(_numberOfVariables)};
   }
-  // Null outside the array; null when no variable has that name.
+  // Null outside the array.
   OrvaVariable* GetVariable(int i) const;
-  OrvaVariable* GetVariable(const char* name) const;
   // Names variable i and enters it into the dictionary.
   void SetVariable(int i, const char* name);
-  void ChangeNameOfVariable(OrvaVariable* variable, const char* name);
-  // The named variables in name order. The cursor is the caller's.
-  LumoCursor* NewCursorOnDictionary() { return _dictionary.NewCursor(); }
+  // The named variables in name order.
   const LumoAVLTree& GetDictionary() const { return _dictionary; }
-  // Insert all variables, those that the predicate accepts, those that match.
+  // Inserts all variables.
   void CollectVariables(LumoContainer* result) const;
-  void CollectVariables(LumoContainer* result, LumoContainer::Predicate predicate) const;
-  void CollectVariables(LumoContainer* result, LumoContainer::Match match, const void* key) const;
   // The numbers of input variables, and of those among them that stand for modules.
   int GetNumberOfAtomicVariables() const;
   int GetNumberOfModules() const;
@@ -58,6 +53,18 @@ class OrvaSystem {
   // The same for a search about to start, with the cutset values of all variables.
   void ResetVariableValues();
 
+  // Whether all values below the top are as the reset for a search leaves them, for assertions.
+  bool AreWalkValuesReset();
+
+  // Offered to users of the class; the program itself does not call what follows.
+  // Null when no variable has that name.
+  OrvaVariable* GetVariable(const char* name) const;
+  void ChangeNameOfVariable(OrvaVariable* variable, const char* name);
+  // The cursor on the named variables, in name order, is the caller's.
+  LumoCursor* NewCursorOnDictionary() { return _dictionary.NewCursor(); }
+  // Insert the variables that the predicate accepts, or those that match.
+  void CollectVariables(LumoContainer* result, LumoContainer::Predicate predicate) const;
+  void CollectVariables(LumoContainer* result, LumoContainer::Match match, const void* key) const;
   bool GetVariableCutsetValue(const OrvaVariable* variable) const {
     return variable->GetCutsetValue();
   }
@@ -69,6 +76,7 @@ class OrvaSystem {
   void _VisitVariablesBelowTop(Visit visit);
   static void _ResetInputVariable(OrvaVariable* variable);
   static void _ResetGateVariable(OrvaVariable* variable);
+  static bool _IsReset(const OrvaVariable* variable);
 
   char* _name = nullptr;
   LumoAVLTree _dictionary;

@@ -1,3 +1,16 @@
+// The cutset valuation and how it moves: see OrvaCutset.cpp for what it is good for.
+//
+// Each equation keeps a count, its k less the number of its literals that are true: the left member
+// is true when the count is below 1. When a variable changes, the counts around it move by one, and
+// only a left member whose count passes between 0 and 1 changes too. To carry this on by recursion
+// could go as deep as the system has gates. The variables to be changed therefore wait in a list
+// threaded through themselves, at most once each, which needs no memory and allocates nothing.
+//
+// Under negative literals a gate can be passed in both directions during one change, so what a
+// waiting variable becomes is not written down with it: when its turn comes it is read off the
+// count, and a variable that has that value already is skipped. The changes then come to rest in
+// the valuation that the counts define, in whatever order they arrive.
+
 #include "system/OrvaVariable.h"
 
 #include <algorithm>
@@ -40,19 +53,11 @@ void OrvaVariable::Reset() {
   _attributes.ResetValuesOfAttributes(ALL_ATTRIBUTES, ALL_ATTRIBUTES);
 }
 
-const char* OrvaVariable::GetCandidateValueString(int value) {
-  const bool isKnown = value >= POSSIBLY_FALSE && value <= NECESSARILY_TRUE;
-  return isKnown ? CANDIDATE_VALUE_STRINGS[value] : nullptr;
-}
-
-const char* OrvaVariable::GetCutsetValueString() const {
-  return GetCandidateValueString(_cutsetValue ? NECESSARILY_TRUE : NECESSARILY_FALSE);
-}
-
 void OrvaVariable::SetName(const char* name) { LumoRawString::Replace(_name, name); }
 
 void OrvaVariable::CreateOccurrenceTables() {
   for (int sign = 0; sign < 2; ++sign) {
+    assert(_numbersOfOccurrences[sign] >= 0);
     delete[] _occurrences[sign];
     const auto n = static_cast<std::size_t>(_numbersOfOccurrences[sign]);
     _occurrences[sign] = n == 0 ? nullptr : new OrvaEquation*[n]();
@@ -74,12 +79,11 @@ void OrvaVariable::_Schedule(OrvaVariable*& pending) {
   pending = this;
 }
 
-// Flips the value and carries the change upward. Left members whose equation has crossed its
-// threshold wait in a list threaded through the variables themselves; the value that they take is
-// read off the count when their turn comes, so that it is right in whatever order changes arrive.
+// Flips the value and carries the change upward.
 void OrvaVariable::_ChangeCutsetValue() {
   OrvaVariable* pending = nullptr;
   OrvaVariable* variable = this;
+  assert(!_isScheduled);
   for (;;) {
     const bool value = !variable->_cutsetValue;
     variable->_cutsetValue = value;
@@ -97,6 +101,7 @@ void OrvaVariable::_ChangeCutsetValue() {
       if (pending == nullptr) return;
       variable = pending;
       pending = variable->_nextScheduled;
+      assert(variable->_isScheduled && variable->_definition != nullptr);
       variable->_isScheduled = false;
     } while (variable->_definition->IsTrueInCutset() == variable->_cutsetValue);
   }
@@ -106,22 +111,8 @@ int OrvaVariable::CompareName(const char* name) const {
   return LumoRawString::Compare(_name, name);
 }
 
-int OrvaVariable::CompareName(const void* variable, const void* name) {
-  return AsVariable(variable)->CompareName(static_cast<const char*>(name));
-}
-
 int OrvaVariable::CompareNames(const void* a, const void* b) {
   return AsVariable(a)->CompareNames(AsVariable(b));
-}
-
-int OrvaVariable::CompareRanks(const void* a, const void* b) {
-  return AsVariable(a)->CompareRanks(AsVariable(b));
-}
-
-int OrvaVariable::CompareHighestCutsetProbabilities(const void* a, const void* b) {
-  const double x = AsVariable(a)->_highestCutsetProbability;
-  const double y = AsVariable(b)->_highestCutsetProbability;
-  return static_cast<int>(x < y) - static_cast<int>(x > y);
 }
 
 void OrvaVariable::SetFlagsOfDescendants(int flag) {
@@ -139,6 +130,31 @@ void OrvaVariable::SetFlagsOfDescendants(int flag) {
       waiting.push_back(below);
     }
   }
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+const char* OrvaVariable::GetCandidateValueString(int value) {
+  const bool isKnown = value >= POSSIBLY_FALSE && value <= NECESSARILY_TRUE;
+  return isKnown ? CANDIDATE_VALUE_STRINGS[value] : nullptr;
+}
+
+const char* OrvaVariable::GetCutsetValueString() const {
+  return GetCandidateValueString(_cutsetValue ? NECESSARILY_TRUE : NECESSARILY_FALSE);
+}
+
+int OrvaVariable::CompareRanks(const void* a, const void* b) {
+  return AsVariable(a)->CompareRanks(AsVariable(b));
+}
+
+int OrvaVariable::CompareHighestCutsetProbabilities(const void* a, const void* b) {
+  const double x = AsVariable(a)->_highestCutsetProbability;
+  const double y = AsVariable(b)->_highestCutsetProbability;
+  return static_cast<int>(x < y) - static_cast<int>(x > y);
+}
+
+int OrvaVariable::CompareName(const void* variable, const void* name) {
+  return AsVariable(variable)->CompareName(static_cast<const char*>(name));
 }
 
 void OrvaVariable::SetFlagsOfAncestors(int flag) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cassert>
 #include <span>
 
 #include "support/containers/LumoContainer.h"
@@ -33,43 +34,50 @@ class OrvaVariable : public LumoAttributeAccess<OrvaVariable> {
   // weight and the flag.
   void Reset();
 
-  // The value of the negated literal; and the value of "x equals y".
+  // The value of the negated literal.
   static Value GetOpposite(Value value) { return _oppositeTable[static_cast<unsigned>(value)]; }
-  static Value GetEquality(Value x, Value y) {
-    return _equalityTable[static_cast<unsigned>(x)][static_cast<unsigned>(y)];
-  }
   static bool IsFixed(Value value) { return value >= NECESSARILY_FALSE; }
 
   // Values of the search.
   Value GetCandidateValue() const { return _candidateValue; }
   void SetCandidateValue(Value value) { _candidateValue = value; }
   bool IsFixed() const { return IsFixed(_candidateValue); }
-  // "<>F", "<>T", "[]F", "[]T"; null for any other code.
-  static const char* GetCandidateValueString(int value);
-  const char* GetCandidateValueString() const { return GetCandidateValueString(_candidateValue); }
   // The value waiting on the unit stack, 0 for none.
   Value GetUnitValue() const { return _unitValue; }
   void SetUnitValue(Value value) { _unitValue = value; }
-  // What the walker keeps: of an input variable, its position on the path of the last cutset; of
-  // the others, how many literals of the definition need not be looked at.
+  // One more word of the walker's, cleared with these values. Of an input variable it is the
+  // position on the path of the last cutset, 0 off the path; of the others, how many literals of
+  // the definition need not be looked at.
   int GetWalkWord() const { return _walkWord; }
   void SetWalkWord(int word) { _walkWord = word; }
+  int GetPathPosition() const {
+    assert(IsInputVariable());
+    return _walkWord;
+  }
+  void SetPathPosition(int position) {
+    assert(IsInputVariable() && position >= 0);
+    _walkWord = position;
+  }
+  int GetNumberOfPassedLiterals() const {
+    assert(!IsInputVariable());
+    return _walkWord;
+  }
+  void SetNumberOfPassedLiterals(int n) {
+    assert(!IsInputVariable() && n >= 0);
+    _walkWord = n;
+  }
   int GetFlag() const { return _flag; }
   void SetFlag(int flag) { _flag = flag; }
 
   // The value under the current cutset: of an input variable, whether it is in; of the others,
   // what follows. Setting it carries the change upward through the equations' cutset counts.
   bool GetCutsetValue() const { return _cutsetValue; }
-  void SetCutsetValue(bool value) { value ? SatisfyInCutset() : FalsifyInCutset(); }
   void SatisfyInCutset();
   void FalsifyInCutset();
   // Sets the value without carrying it upward.
   void ResetCutsetValue(bool value) { _cutsetValue = value; }
-  // "[]T" or "[]F".
-  const char* GetCutsetValueString() const;
 
   bool IsInputVariable() const { return _definition == nullptr; }
-  bool IsInternalVariable() const { return _definition != nullptr; }
   bool IsOutputVariable() const { return GetNumberOfOccurrences() == 0; }
 
   // The equation whose left member the variable is, null for an input variable. Not owned.
@@ -84,10 +92,8 @@ class OrvaVariable : public LumoAttributeAccess<OrvaVariable> {
   std::span<OrvaEquation* const> GetNegativeOccurrences() const {
     return {_occurrences[0], static_cast<std::size_t>(_numbersOfOccurrences[0])};
   }
-  OrvaEquation* GetOccurrence(int i, bool sign) const { return _occurrences[sign ? 1 : 0][i]; }
-  OrvaEquation* GetPositiveOccurrence(int i) const { return GetOccurrence(i, true); }
-  OrvaEquation* GetNegativeOccurrence(int i) const { return GetOccurrence(i, false); }
   void SetOccurrence(int i, OrvaEquation* equation, bool sign) {
+    assert(i >= 0 && i <= _numbersOfOccurrences[sign ? 1 : 0]);  // the number follows the table
     _occurrences[sign ? 1 : 0][i] = equation;
   }
   int GetNumberOfOccurrences() const { return _numbersOfOccurrences[0] + _numbersOfOccurrences[1]; }
@@ -106,7 +112,6 @@ class OrvaVariable : public LumoAttributeAccess<OrvaVariable> {
   int GetMCSIndex() const { return _mcsIndex; }
   void SetMCSIndex(int index) { _mcsIndex = index; }
 
-  OrvaSystem* GetSystem() const { return _system; }
   void SetSystem(OrvaSystem* system) { _system = system; }
   int GetNumber() const { return _number; }
   void SetNumber(int number) { _number = number; }
@@ -116,6 +121,34 @@ class OrvaVariable : public LumoAttributeAccess<OrvaVariable> {
   OrvaEvent* GetEvent() const { return _event; }
   void SetEvent(OrvaEvent* event) { _event = event; }
 
+  int CompareName(const char* name) const;
+  int CompareNames(const OrvaVariable* other) const { return CompareName(other->_name); }
+  static int CompareNames(const void* a, const void* b);
+
+  // Sets the flag of this variable and of those below it in the definitions, stopping where it is
+  // set already.
+  void SetFlagsOfDescendants(int flag);
+
+  // Offered to users of the class; the program itself does not call what follows.
+  // "<>F", "<>T", "[]F", "[]T"; null for any other code.
+  static const char* GetCandidateValueString(int value);
+  const char* GetCandidateValueString() const { return GetCandidateValueString(_candidateValue); }
+  // "[]T" or "[]F".
+  const char* GetCutsetValueString() const;
+  // The value of "x equals y".
+  static Value GetEquality(Value x, Value y) {
+    return _equalityTable[static_cast<unsigned>(x)][static_cast<unsigned>(y)];
+  }
+  void SetCutsetValue(bool value) { value ? SatisfyInCutset() : FalsifyInCutset(); }
+  bool IsInternalVariable() const { return _definition != nullptr; }
+  OrvaEquation* GetOccurrence(int i, bool sign) const {
+    assert(i >= 0 && i < _numbersOfOccurrences[sign ? 1 : 0]);
+    return _occurrences[sign ? 1 : 0][i];
+  }
+  OrvaEquation* GetPositiveOccurrence(int i) const { return GetOccurrence(i, true); }
+  OrvaEquation* GetNegativeOccurrence(int i) const { return GetOccurrence(i, false); }
+  OrvaSystem* GetSystem() const { return _system; }
+  // For heuristics that order variables.
   int GetProbabilityRank() const { return _probabilityRank; }
   void SetProbabilityRank(int rank) { _probabilityRank = rank; }
   int GetRank() const { return _rank; }
@@ -124,20 +157,14 @@ class OrvaVariable : public LumoAttributeAccess<OrvaVariable> {
   void SetWeight(double weight) { _weight = weight; }
   void IncrementWeight() { _weight += 1.0; }
   void DecayWeight(double factor) { _weight *= factor; }
-
-  int CompareName(const char* name) const;
-  int CompareNames(const OrvaVariable* other) const { return CompareName(other->_name); }
   int CompareRank(int rank) const { return _rank - rank; }
   int CompareRanks(const OrvaVariable* other) const { return CompareRank(other->_rank); }
-  static int CompareName(const void* variable, const void* name);
-  static int CompareNames(const void* a, const void* b);
   static int CompareRanks(const void* a, const void* b);
   // The highest probability first.
   static int CompareHighestCutsetProbabilities(const void* a, const void* b);
-
-  // Set the flag of this variable and of those below it in the definitions (above it, through the
-  // left members of the equations in which it occurs), stopping where it is set already.
-  void SetFlagsOfDescendants(int flag);
+  static int CompareName(const void* variable, const void* name);
+  // As for descendants, above the variable: through the left members of the equations in which it
+  // occurs, the positive ones first.
   void SetFlagsOfAncestors(int flag);
 
  private:
