@@ -1,5 +1,7 @@
 #include "model/OrvaDescendantWalk.h"
 
+#include <cassert>
+
 void OrvaDescendantWalk::VisitSymbol(OrvaSymbol* symbol) {
   _walk.Visit(
       symbol,

@@ -14,7 +14,6 @@
 
 #include "store/OrvaMCSNodeTable.h"
 
-#include <algorithm>
 #include <cstring>
 
 #include "store/OrvaMCSTreeWalk.h"

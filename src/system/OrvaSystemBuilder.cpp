@@ -15,9 +15,7 @@
 
 #include "model/OrvaDefinitionWalk.h"
 #include "model/OrvaGate.h"
-#include "model/OrvaModel.h"
 #include "support/memory/LumoMemoryManager.h"
-#include "system/OrvaModuleRecord.h"
 #include "system/OrvaSystem.h"
 
 namespace {

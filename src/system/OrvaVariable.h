@@ -4,7 +4,6 @@
 #include <cassert>
 #include <span>
 
-#include "support/containers/LumoContainer.h"
 #include "support/values/LumoAttributeAccess.h"
 
 class OrvaEquation;
