@@ -173,9 +173,6 @@ class OrvaProbabilityDistribution : public OrvaTerm {
   enum class Dependence { NEVER, ALWAYS, CHILDREN, DEFINITION };
   struct Functor;
   struct Rows;
-  struct PeriodicTest;
-  struct TestedState;
-  struct TestCycle;
   static const Functor _FUNCTORS[];
 
   OrvaProbabilityDistribution(OrvaModel* model, Type type);
@@ -205,8 +202,8 @@ class OrvaProbabilityDistribution : public OrvaTerm {
   void _EvaluateStandby(double t);
   void _EvaluatePeriodicTest(double t);
   double _ComputeValueOfPeriodicTest4(double t);
-  static double _ComputeValueOfPeriodicTest11(const PeriodicTest& test, double t);
-  static TestedState _SkipCycles(const PeriodicTest& test, const TestedState& state, double n);
+  double _ComputeValueOfPeriodicTest5(double t);
+  double _ComputeValueOfPeriodicTest11(double t);
   void _EvaluateBoundTime(double t);
 
   double _ComputeFailureRate(double t);

@@ -1,12 +1,12 @@
 // The value of each kind of expression.
 
 #include <algorithm>
-#include <array>
 #include <cfloat>
 #include <climits>
 #include <cmath>
 
 #include "model/OrvaParameter.h"
+#include "model/OrvaPeriodicTest.h"
 #include "model/OrvaProbabilityDistributionKinds.h"
 #include "support/statistics/LumoMath.h"
 
@@ -14,9 +14,6 @@ namespace {
 
 // The value of a "standby" of more units is no number: its states can't be enumerated.
 constexpr long MAXIMUM_NUMBER_OF_STANDBY_UNITS = 1000000;
-
-// After so many cycles of a periodic test that have not settled, the rest is not followed singly.
-constexpr int MAXIMUM_NUMBER_OF_CYCLES = 10000;
 
 double ClampToProbability(double x) {
   if (x < 0.0) return 0.0;
@@ -206,40 +203,14 @@ void OrvaProbabilityDistribution::_EvaluateBoundTime(double t) {
   _value.Set(ComputeValueOfChildAsDouble(3, localDate, DBL_MIN, DBL_MAX));
 }
 
-// Periodic tests.
-
-struct OrvaProbabilityDistribution::PeriodicTest {
-  double lambda;      // failure rate in operation
-  double lambdaTest;  // failure rate during a test
-  double mu;          // repair rate
-  double tau;         // interval between the starts of two tests
-  double theta;       // date of the first test
-  double gamma;       // probability that a test causes a failure
-  double pi;          // duration of a test
-  bool isAvailable;   // whether the component is available during a test
-  double sigma;       // probability that a test detects the failure
-  double omega;       // probability that the component is badly restored after a test or a repair
-};
-
 void OrvaProbabilityDistribution::_EvaluatePeriodicTest(double t) {
-  const auto rate = [&](int i) { return _GetRate(i, t); };
-  const auto probability = [&](int i) { return ComputeValueOfChildAsDouble(i, t, 0.0, 1.0); };
   switch (GetNumberOfChildren()) {
     case 4:
       return _value.Set(_ComputeValueOfPeriodicTest4(t));
-    case 5: {
-      const PeriodicTest test{rate(1), rate(1), rate(2), rate(3), rate(4),
-                              0.0,     0.0,     false,   1.0,     0.0};
-      const double date = ComputeValueOfChildAsDouble(5, t, DBL_MIN, DBL_MAX);
-      return _value.Set(_ComputeValueOfPeriodicTest11(test, date));
-    }
-    default: {
-      const PeriodicTest test{
-          rate(1),        rate(2),        rate(3), rate(4),
-          rate(5),        probability(6), rate(7), ComputeValueOfChild(8, t)->ToBool(),
-          probability(9), probability(10)};
-      return _value.Set(_ComputeValueOfPeriodicTest11(test, rate(11)));
-    }
+    case 5:
+      return _value.Set(_ComputeValueOfPeriodicTest5(t));
+    default:
+      return _value.Set(_ComputeValueOfPeriodicTest11(t));
   }
 }
 
@@ -258,101 +229,33 @@ double OrvaProbabilityDistribution::_ComputeValueOfPeriodicTest4(double t) {
   return 1.0 - std::exp(-lambda * elapsed);
 }
 
-// What a periodically tested component can be: working, failed without it being known, under
-// repair.
-struct OrvaProbabilityDistribution::TestedState {
-  double U, F, R;
-  bool operator==(const TestedState&) const = default;
-};
-
-// One test of duration w and the operation of duration v after it, both starting from a state. The
-// probabilities after them are linear in those before.
-struct OrvaProbabilityDistribution::TestCycle {
-  TestCycle(const PeriodicTest& test, const TestedState& state, double w) : _test(test), _s(state) {
-    _A = (1.0 - test.gamma) * state.U;
-    _e1 = std::exp(-test.lambdaTest * w);
-    _e2 = std::exp(-test.mu * w);
-    double q = _IsDistinct() ? std::exp(-test.lambda * w) - _e2 : test.mu * w;
-    q = _IsDistinct() ? q * (test.mu / OrvaNonZero(test.mu - test.lambda)) : q * _e2;
-    Rr = (1.0 - test.omega) * state.R * q;
-    Ut = _A * _e1 + Rr;
-  }
-  // The state at the end of the operation.
-  TestedState Operate(double v) const {
-    const double f1 = std::exp(-_test.lambda * v);
-    const double f2 = std::exp(-_test.mu * v);
-    double h = _IsDistinct() ? (f1 - f2) * _test.mu / OrvaNonZero(_test.mu - _test.lambda)
-                             : _test.mu * v * f2;
-    const double G = (1.0 - _e1) * _A + _s.U * _test.gamma;  // failed during the test
-    // Detected, under repair.
-    const double D = _test.sigma * _s.F + _test.sigma * G + _s.R * _e2;
-    h = h * (1.0 - _test.omega) * D;
-    return {Ut * f1 + h,
-            (1.0 - _test.sigma) * _s.F + (1.0 - _test.sigma) * G + (_s.R - _s.R * _e2 - Rr) +
-                Ut * (1.0 - f1) + (D - f2 * D - h),
-            D * f2};
-  }
-
-  // During the test: working, and repaired meanwhile.
-  double Ut, Rr;
-
- private:
-  bool _IsDistinct() const { return _test.lambda != _test.mu; }
-
-  const PeriodicTest& _test;
-  const TestedState& _s;
-  double _A, _e1, _e2;
-};
-
-// Follows the state over the cycles. Once a cycle changes nothing, the remaining whole ones are
-// skipped; when they don't settle, those that remain are taken together.
-double OrvaProbabilityDistribution::_ComputeValueOfPeriodicTest11(const PeriodicTest& test,
-                                                                  double t) {
-  if (!(test.theta < t)) return 1.0 - std::exp(-test.lambda * t);
-  TestedState state;
-  state.U = std::exp(-test.lambda * test.theta);
-  state.F = 1.0 - state.U;
-  state.R = 0.0;
-  if (test.tau == 0.0) return state.F;
-  double date = test.theta;  // of the current test
-  for (int cycles = 1;; ++cycles) {
-    const bool endsInTest = date + test.pi >= t;
-    const TestCycle cycle(test, state, date + test.pi > t ? t - date : test.pi);
-    if (endsInTest) return test.isAvailable ? 1.0 - cycle.Ut : 1.0 - cycle.Rr;
-    double next = date + test.tau;
-    const TestedState nextState = cycle.Operate(next > t ? t - date - test.pi : test.tau - test.pi);
-    // An interval too small to move the date ends the cycles too.
-    if (next >= t || !(next > date)) return 1.0 - nextState.U;
-    const bool isStationary = state == nextState;
-    state = nextState;
-    if (t - next > test.tau && (isStationary || cycles == MAXIMUM_NUMBER_OF_CYCLES)) {
-      const double skipped = std::floor(std::min((t - next) / test.tau, DBL_MAX));
-      if (!isStationary) state = _SkipCycles(test, state, skipped);
-      next += skipped * test.tau;
-    }
-    date = next;
-    if (cycles > MAXIMUM_NUMBER_OF_CYCLES + 2) return 1.0 - state.U;
-  }
+// Tests that take no time, find every failure and break nothing.
+double OrvaProbabilityDistribution::_ComputeValueOfPeriodicTest5(double t) {
+  const double lambda = _GetRate(1, t);
+  const OrvaPeriodicTest test = {.failureRate = lambda,
+                                 .failureRateInTest = lambda,
+                                 .repairRate = _GetRate(2, t),
+                                 .interval = _GetRate(3, t),
+                                 .firstTest = _GetRate(4, t),
+                                 .probabilityOfFailureByTest = 0.0,
+                                 .duration = 0.0,
+                                 .isAvailableInTest = false,
+                                 .probabilityOfDetection = 1.0,
+                                 .probabilityOfBadRestoration = 0.0};
+  return OrvaComputeUnavailability(test, ComputeValueOfChildAsDouble(5, t, DBL_MIN, DBL_MAX));
 }
 
-// The state after n whole cycles: the matrix of one, raised to the n-th power by squaring.
-OrvaProbabilityDistribution::TestedState OrvaProbabilityDistribution::_SkipCycles(
-    const PeriodicTest& test, const TestedState& state, double n) {
-  const auto combine = [](const std::array<TestedState, 3>& images, const TestedState& s) {
-    const auto sum = [&](double TestedState::*p) {
-      return images[0].*p * s.U + images[1].*p * s.F + images[2].*p * s.R;
-    };
-    return TestedState{sum(&TestedState::U), sum(&TestedState::F), sum(&TestedState::R)};
-  };
-  const auto cycle = [&](const TestedState& s) {
-    return TestCycle(test, s, test.pi).Operate(test.tau - test.pi);
-  };
-  std::array<TestedState, 3> power = {cycle({1, 0, 0}), cycle({0, 1, 0}), cycle({0, 0, 1})};
-  TestedState result = state;
-  while (n >= 1.0) {
-    if (std::fmod(n, 2.0) == 1.0) result = combine(power, result);
-    power = {combine(power, power[0]), combine(power, power[1]), combine(power, power[2])};
-    n = std::floor(n / 2.0);
-  }
-  return result;
+double OrvaProbabilityDistribution::_ComputeValueOfPeriodicTest11(double t) {
+  const OrvaPeriodicTest test = {
+      .failureRate = _GetRate(1, t),
+      .failureRateInTest = _GetRate(2, t),
+      .repairRate = _GetRate(3, t),
+      .interval = _GetRate(4, t),
+      .firstTest = _GetRate(5, t),
+      .probabilityOfFailureByTest = ComputeValueOfChildAsDouble(6, t, 0.0, 1.0),
+      .duration = _GetRate(7, t),
+      .isAvailableInTest = ComputeValueOfChild(8, t)->ToBool(),
+      .probabilityOfDetection = ComputeValueOfChildAsDouble(9, t, 0.0, 1.0),
+      .probabilityOfBadRestoration = ComputeValueOfChildAsDouble(10, t, 0.0, 1.0)};
+  return OrvaComputeUnavailability(test, _GetRate(11, t));
 }
