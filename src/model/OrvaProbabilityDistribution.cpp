@@ -314,41 +314,41 @@ int OrvaProbabilityDistribution::ComputeValueOfChildAsInt(int i, double t, int l
   return bounded;
 }
 
-// Whether a node with the property is reached through the nodes that hand it on. Every definition
-// is entered once, however many references lead to it.
-bool OrvaProbabilityDistribution::_DoesDepend(Dependence Functor::*property) const {
-  // Kept between calls: this is asked for every basic event at every point of a curve. The engine
-  // runs in one thread, and threads' variables would need an allocation that can't be caught.
-  static std::vector<const OrvaProbabilityDistribution*> waiting;
-  static std::vector<OrvaParameter*> entered;
-  waiting.assign(1, this);
-  entered.clear();
-  bool isFound = false;
-  while (!waiting.empty() && !isFound) {
-    const OrvaProbabilityDistribution* node = waiting.back();
-    waiting.pop_back();
-    switch (node->_GetFunctor().*property) {
-      case Dependence::NEVER:
-        break;
-      case Dependence::ALWAYS:
-        isFound = true;
-        break;
-      case Dependence::CHILDREN:
-        for (const auto* child = node->GetFirstChild(); child != nullptr;
-             child = child->GetNextSibling()) {
-          waiting.push_back(child);
-        }
-        break;
-      case Dependence::DEFINITION:
-        OrvaParameter* parameter = node->GetReferencedParameter();
-        if (parameter == nullptr || parameter->GetDefinition() == nullptr) break;
-        if (parameter->GetFlag() != 0) break;
-        parameter->SetFlag(1);
-        entered.push_back(parameter);
-        waiting.push_back(parameter->GetDefinition());
-    }
+// The node after this one in pre-order below a root; past its children when they are not entered.
+const OrvaProbabilityDistribution* OrvaProbabilityDistribution::_GetNextInPreOrder(
+    const OrvaProbabilityDistribution* root, bool entersChildren) const {
+  if (entersChildren && GetFirstChild() != nullptr) return GetFirstChild();
+  for (const auto* node = this; node != root; node = node->GetParent()) {
+    if (node->GetNextSibling() != nullptr) return node->GetNextSibling();
   }
-  for (OrvaParameter* parameter : entered) parameter->SetFlag(0);
+  return nullptr;
+}
+
+// Whether a node with the property is reached through the nodes that hand it on. This is asked for
+// every basic event at every point of a curve: a tree is walked without memory, and only the
+// parameters met, each of whose definitions is walked once, are listed.
+bool OrvaProbabilityDistribution::_DoesDepend(Dependence Functor::*property) const {
+  std::vector<OrvaParameter*> parameters;
+  bool isFound = false;
+  const auto walk = [&](const OrvaProbabilityDistribution* root) {
+    bool entersChildren = false;
+    for (const auto* node = root; node != nullptr && !isFound;
+         node = node->_GetNextInPreOrder(root, entersChildren)) {
+      const Dependence dependence = node->_GetFunctor().*property;
+      isFound = dependence == Dependence::ALWAYS;
+      entersChildren = dependence == Dependence::CHILDREN;
+      if (dependence != Dependence::DEFINITION) continue;
+      OrvaParameter* parameter = node->GetReferencedParameter();
+      if (parameter == nullptr || parameter->GetFlag() != 0) continue;
+      parameter->SetFlag(1);
+      parameters.push_back(parameter);
+    }
+  };
+  walk(this);
+  for (std::size_t i = 0; i < parameters.size() && !isFound; ++i) {
+    if (const auto* definition = parameters[i]->GetDefinition()) walk(definition);
+  }
+  for (OrvaParameter* parameter : parameters) parameter->SetFlag(0);
   return isFound;
 }
 

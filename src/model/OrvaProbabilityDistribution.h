@@ -177,6 +177,8 @@ class OrvaProbabilityDistribution : public OrvaTerm {
 
   OrvaProbabilityDistribution(OrvaModel* model, Type type);
   const Functor& _GetFunctor() const;
+  const OrvaProbabilityDistribution* _GetNextInPreOrder(const OrvaProbabilityDistribution* root,
+                                                        bool entersChildren) const;
   bool _DoesDepend(Dependence Functor::*property) const;
   double _Bound(double low, double high);
   double _GetRate(int i, double t);
