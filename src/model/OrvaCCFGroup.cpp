@@ -55,8 +55,6 @@ const char* OrvaCCFGroup::GetTypeName(Type type) {
   return type == UNKNOWN ? nullptr : TYPE_NAMES[type];
 }
 
-void OrvaCCFGroup::SetName(const char* name) { LumoRawString::Replace(_name, name); }
-
 OrvaEvent* OrvaCCFGroup::GetMember(int i) const {
   return static_cast<OrvaEvent*>(_members.GetItem(i));
 }
@@ -90,10 +88,6 @@ Distribution* OrvaCCFGroup::GetFactor(int level) const {
 void OrvaCCFGroup::SetFactor(int level, Distribution* factor) {
   OrvaTerm::Delete(GetFactor(level));
   _factors.SetItem(level, factor);
-}
-
-void OrvaCCFGroup::AddFactor(Distribution* factor) {
-  _factors.SetItem(_factors.GetIndexOfLastItem() + 1, factor);
 }
 
 void OrvaCCFGroup::MoveFactor(int from, int to) {
@@ -253,4 +247,12 @@ Distribution* OrvaCCFGroup::_NewShareOfFactor(int level) const {
   return Distribution::NewDistribution(
       _model, Distribution::DIV, _CopyFactor(level),
       Distribution::NewDistribution(_model, Distribution::ADD, &all));
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+void OrvaCCFGroup::SetName(const char* name) { LumoRawString::Replace(_name, name); }
+
+void OrvaCCFGroup::AddFactor(Distribution* factor) {
+  _factors.SetItem(_factors.GetIndexOfLastItem() + 1, factor);
 }

@@ -39,11 +39,7 @@ class OrvaCCFGroup : public LumoAttributeAccess<OrvaCCFGroup> {
   static Type GetType(const char* name);
   static const char* GetTypeName(Type type);
   const char* GetName() const { return _name; }
-  void SetName(const char* name);
   bool IsExpanded() const { return _isExpanded; }
-  int GetFlag() const { return _flag; }
-  void SetFlag(int flag) { _flag = flag; }
-  void ResetFlag() { _flag = 0; }
 
   // Members, from 0, in the order of reading. Not owned; each is linked to the group.
   int GetNumberOfMembers() const { return _members.GetNumberOfItems(); }
@@ -53,15 +49,12 @@ class OrvaCCFGroup : public LumoAttributeAccess<OrvaCCFGroup> {
   void SetMember(int i, OrvaEvent* member);
   void AddMember(OrvaEvent* member);
 
-  // Factors by level, from 0. Owned; setting one deletes the factor that it replaces.
-  int GetNumberOfFactors() const { return _factors.GetNumberOfItems(); }
-  // Null when there is none.
+  // Factors by level, from 0; null when there is none. Owned; setting one deletes the factor that
+  // it replaces.
   OrvaProbabilityDistribution* GetFactor(int level) const;
   // -1 without factors.
   int GetHighestLevel() const { return _factors.GetIndexOfLastItem(); }
   void SetFactor(int level, OrvaProbabilityDistribution* factor);
-  // At the level after the highest one, 0 in a group without factors.
-  void AddFactor(OrvaProbabilityDistribution* factor);
   // Does nothing without a factor at the first level.
   void MoveFactor(int from, int to);
 
@@ -77,6 +70,16 @@ class OrvaCCFGroup : public LumoAttributeAccess<OrvaCCFGroup> {
   // Rewrites the model; nothing happens the second time. A group without distribution leaves its
   // new basic events without expression.
   void Expand();
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  void SetName(const char* name);
+  int GetFlag() const { return _flag; }
+  void SetFlag(int flag) { _flag = flag; }
+  void ResetFlag() { _flag = 0; }
+  int GetNumberOfFactors() const { return _factors.GetNumberOfItems(); }
+  // At the level after the highest one, 0 in a group without factors.
+  void AddFactor(OrvaProbabilityDistribution* factor);
 
  private:
   friend LumoAttributeAccess<OrvaCCFGroup>;

@@ -12,10 +12,6 @@ void OrvaEvent::Delete(void* event) {
   if (event != nullptr) delete static_cast<OrvaEvent*>(event);
 }
 
-int OrvaEvent::CompareType(const void* event, const void* type) {
-  return static_cast<const OrvaEvent*>(event)->CompareType(*static_cast<const Type*>(type));
-}
-
 OrvaGate* OrvaEvent::GetDefinition() const {
   return static_cast<OrvaGate*>(OrvaSymbol::GetDefinition());
 }
@@ -47,6 +43,12 @@ void OrvaEvent::ComputeProbabilityAndUnconditionalFailureIntensityOfBasicEvent(d
 
 void OrvaEvent::ResetMeasure(int numberOfQuantiles, int numberOfBins) {
   OrvaSampling::ResetMeasure(_measure, this, numberOfQuantiles, numberOfBins);
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+int OrvaEvent::CompareType(const void* event, const void* type) {
+  return static_cast<const OrvaEvent*>(event)->CompareType(*static_cast<const Type*>(type));
 }
 
 void OrvaEvent::CollectParameters(LumoContainer* result) {

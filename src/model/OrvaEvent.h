@@ -28,10 +28,6 @@ class OrvaEvent : public OrvaSymbol {
 
   Type GetType() const { return _type; }
   void SetType(Type type) { _type = type; }
-  // This type minus the given one.
-  int CompareType(Type type) const { return _type - type; }
-  // A selector: the argument points to a Type.
-  static int CompareType(const void* event, const void* type);
 
   OrvaGate* GetDefinition() const;
   // Takes ownership and makes the event a GATE, whatever it was: a house event that receives its
@@ -74,9 +70,6 @@ class OrvaEvent : public OrvaSymbol {
   OrvaHandle* GetHandle(const char* name) const;
   void DeleteHandle(const char* name);
   void DeleteHandles();
-  // Those that the selector picks (0 for a match).
-  void DeleteHandles(LumoContainer::Match selector, const void* argument);
-  LumoCursor* NewCursorOnHandles() { return _handles.NewCursor(); }
 
   // The statistics of the sampled probabilities; null before the first reset.
   LumoMeasure* GetMeasure() const { return _measure.get(); }
@@ -84,12 +77,20 @@ class OrvaEvent : public OrvaSymbol {
   // bins, 0 makes it drop them.
   void ResetMeasure(int numberOfQuantiles, int numberOfBins);
 
+  // Whether the event has a definition and was found to be a module by the last detection.
+  bool IsModule() const;
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  // This type minus the given one. The static form is a selector: its argument points to a Type.
+  int CompareType(Type type) const { return _type - type; }
+  static int CompareType(const void* event, const void* type);
+  // Those that the selector picks (0 for a match).
+  void DeleteHandles(LumoContainer::Match selector, const void* argument);
+  LumoCursor* NewCursorOnHandles() { return _handles.NewCursor(); }
   // Inserts every parameter used by the basic events below this event, and leaves each parameter
   // in the container once.
   void CollectParameters(LumoContainer* result);
-
-  // Whether the event has a definition and was found to be a module by the last detection.
-  bool IsModule() const;
 
  private:
   Type _type;

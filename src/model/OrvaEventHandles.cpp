@@ -45,12 +45,14 @@ void OrvaEvent::DeleteHandle(const char* name) {
 
 void OrvaEvent::DeleteHandles() { _handles.DeleteItems(OrvaHandle::Delete); }
 
-void OrvaEvent::DeleteHandles(LumoContainer::Match selector, const void* argument) {
-  _handles.DeleteItems(selector, argument, OrvaHandle::Delete);
-}
-
 bool OrvaEvent::IsModule() const {
   if (GetDefinition() == nullptr) return false;
   const OrvaModuleRecord* record = OrvaModuleRecord::Find(this);
   return record != nullptr && record->IsModule();
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+void OrvaEvent::DeleteHandles(LumoContainer::Match selector, const void* argument) {
+  _handles.DeleteItems(selector, argument, OrvaHandle::Delete);
 }

@@ -53,45 +53,8 @@ OrvaGate* OrvaGate::NewOperator(OrvaModel* model, Type type, const LumoList* chi
   return gate;
 }
 
-OrvaGate* OrvaGate::NewAnd(OrvaModel* model, const LumoList* children) {
-  return NewOperator(model, AND, children);
-}
-
 OrvaGate* OrvaGate::NewOr(OrvaModel* model, const LumoList* children) {
   return NewOperator(model, OR, children);
-}
-
-OrvaGate* OrvaGate::NewNand(OrvaModel* model, const LumoList* children) {
-  return NewOperator(model, NAND, children);
-}
-
-OrvaGate* OrvaGate::NewNor(OrvaModel* model, const LumoList* children) {
-  return NewOperator(model, NOR, children);
-}
-
-OrvaGate* OrvaGate::NewAtLeast(OrvaModel* model, int min, const LumoList* children) {
-  OrvaGate* gate = NewOperator(model, ATLEAST, children);
-  gate->SetAttribute(MIN, min);
-  return gate;
-}
-
-OrvaGate* OrvaGate::NewAtMost(OrvaModel* model, int max, const LumoList* children) {
-  OrvaGate* gate = NewOperator(model, ATMOST, children);
-  gate->SetAttribute(MAX, max);
-  return gate;
-}
-
-OrvaGate* OrvaGate::NewCardinality(OrvaModel* model, int min, int max, const LumoList* children) {
-  OrvaGate* gate = NewOperator(model, CARDINALITY, children);
-  gate->SetAttribute(MIN, min);
-  gate->SetAttribute(MAX, max);
-  return gate;
-}
-
-OrvaGate* OrvaGate::NewNot(OrvaModel* model, OrvaGate* child) {
-  OrvaGate* gate = NewOperator(model, NOT, nullptr);
-  if (child != nullptr) gate->AddChild(child);
-  return gate;
 }
 
 OrvaGate* OrvaGate::Copy(OrvaModel* model, const OrvaGate* gate) {
@@ -136,8 +99,6 @@ void OrvaGate::SetType(Type type) {
 
 OrvaEvent* OrvaGate::GetDefinedEvent() const { return static_cast<OrvaEvent*>(GetDefinedSymbol()); }
 
-void OrvaGate::SetDefinedEvent(OrvaEvent* event) { SetDefinedSymbol(event); }
-
 OrvaEvent* OrvaGate::GetReferencedEvent() const {
   return static_cast<OrvaEvent*>(GetReferencedSymbol());
 }
@@ -172,14 +133,6 @@ bool OrvaGate::IsGate() const {
   return IsEvent() && GetReferencedEvent()->GetType() == OrvaEvent::GATE;
 }
 
-bool OrvaGate::IsBasicEvent() const {
-  return IsEvent() && GetReferencedEvent()->GetType() == OrvaEvent::BASIC_EVENT;
-}
-
-bool OrvaGate::IsHouseEvent() const {
-  return IsEvent() && GetReferencedEvent()->GetType() == OrvaEvent::HOUSE_EVENT;
-}
-
 bool OrvaGate::IsLiteral() const {
   if (IsEvent()) return true;
   return IsNegation() && GetFirstChild() != nullptr && GetFirstChild()->IsEvent();
@@ -206,4 +159,53 @@ void OrvaGate::MuteToConstant(bool value) {
   }
   SetType(CONSTANT);
   SetAttribute(VALUE, value);
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+OrvaGate* OrvaGate::NewAnd(OrvaModel* model, const LumoList* children) {
+  return NewOperator(model, AND, children);
+}
+
+OrvaGate* OrvaGate::NewNand(OrvaModel* model, const LumoList* children) {
+  return NewOperator(model, NAND, children);
+}
+
+OrvaGate* OrvaGate::NewNor(OrvaModel* model, const LumoList* children) {
+  return NewOperator(model, NOR, children);
+}
+
+OrvaGate* OrvaGate::NewAtLeast(OrvaModel* model, int min, const LumoList* children) {
+  OrvaGate* gate = NewOperator(model, ATLEAST, children);
+  gate->SetAttribute(MIN, min);
+  return gate;
+}
+
+OrvaGate* OrvaGate::NewAtMost(OrvaModel* model, int max, const LumoList* children) {
+  OrvaGate* gate = NewOperator(model, ATMOST, children);
+  gate->SetAttribute(MAX, max);
+  return gate;
+}
+
+OrvaGate* OrvaGate::NewCardinality(OrvaModel* model, int min, int max, const LumoList* children) {
+  OrvaGate* gate = NewOperator(model, CARDINALITY, children);
+  gate->SetAttribute(MIN, min);
+  gate->SetAttribute(MAX, max);
+  return gate;
+}
+
+OrvaGate* OrvaGate::NewNot(OrvaModel* model, OrvaGate* child) {
+  OrvaGate* gate = NewOperator(model, NOT, nullptr);
+  if (child != nullptr) gate->AddChild(child);
+  return gate;
+}
+
+void OrvaGate::SetDefinedEvent(OrvaEvent* event) { SetDefinedSymbol(event); }
+
+bool OrvaGate::IsBasicEvent() const {
+  return IsEvent() && GetReferencedEvent()->GetType() == OrvaEvent::BASIC_EVENT;
+}
+
+bool OrvaGate::IsHouseEvent() const {
+  return IsEvent() && GetReferencedEvent()->GetType() == OrvaEvent::HOUSE_EVENT;
 }

@@ -31,14 +31,7 @@ class OrvaGate : public OrvaTerm {
   static OrvaGate* NewConstant(OrvaModel* model, bool value);
   // A reference to an event, and one more occurrence of it.
   static OrvaGate* NewEvent(OrvaModel* model, OrvaEvent* event);
-  static OrvaGate* NewAnd(OrvaModel* model, const LumoList* children);
   static OrvaGate* NewOr(OrvaModel* model, const LumoList* children);
-  static OrvaGate* NewNand(OrvaModel* model, const LumoList* children);
-  static OrvaGate* NewNor(OrvaModel* model, const LumoList* children);
-  static OrvaGate* NewAtLeast(OrvaModel* model, int min, const LumoList* children);
-  static OrvaGate* NewAtMost(OrvaModel* model, int max, const LumoList* children);
-  static OrvaGate* NewCardinality(OrvaModel* model, int min, int max, const LumoList* children);
-  static OrvaGate* NewNot(OrvaModel* model, OrvaGate* child);
   // An operator by its type, without children; thresholds are set afterwards.
   static OrvaGate* NewOperator(OrvaModel* model, Type type, const LumoList* children);
   // A deep copy, with new occurrences of the same events; null for a node of unknown type.
@@ -53,13 +46,11 @@ class OrvaGate : public OrvaTerm {
   // The operator's name goes with the type.
   void SetType(Type type);
 
-  OrvaGate* GetChild(int i) const { return static_cast<OrvaGate*>(OrvaTerm::GetChild(i)); }
   OrvaGate* GetFirstChild() const { return static_cast<OrvaGate*>(OrvaTerm::GetFirstChild()); }
   OrvaGate* GetNextSibling() const { return static_cast<OrvaGate*>(OrvaTerm::GetNextSibling()); }
   OrvaGate* GetParent() const { return static_cast<OrvaGate*>(OrvaTerm::GetParent()); }
 
   OrvaEvent* GetDefinedEvent() const;
-  void SetDefinedEvent(OrvaEvent* event);
   OrvaEvent* GetReferencedEvent() const;
   // Leaves the occurrences of the former event and joins those of the new one.
   void SetReferencedEvent(OrvaEvent* event);
@@ -71,13 +62,9 @@ class OrvaGate : public OrvaTerm {
   bool GetConstantValue() const { return GetAttributeAsBool(VALUE, false); }
 
   bool IsConstant() const { return GetType() == CONSTANT; }
-  bool IsConstantTrue() const { return IsConstant() && GetConstantValue(); }
-  bool IsConstantFalse() const { return IsConstant() && !GetConstantValue(); }
   bool IsEvent() const { return GetType() == EVENT; }
-  // A reference to an event of that type.
+  // A reference to a gate.
   bool IsGate() const;
-  bool IsBasicEvent() const;
-  bool IsHouseEvent() const;
   bool IsNegation() const { return GetType() == NOT; }
   // An event or the negation of one.
   bool IsLiteral() const;
@@ -88,6 +75,24 @@ class OrvaGate : public OrvaTerm {
 
   // Turns the node in place into a constant; its children are deleted. What it defines stays.
   void MuteToConstant(bool value);
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  // As NewOr; NewNot takes its child, which may be null.
+  static OrvaGate* NewAnd(OrvaModel* model, const LumoList* children);
+  static OrvaGate* NewNand(OrvaModel* model, const LumoList* children);
+  static OrvaGate* NewNor(OrvaModel* model, const LumoList* children);
+  static OrvaGate* NewAtLeast(OrvaModel* model, int min, const LumoList* children);
+  static OrvaGate* NewAtMost(OrvaModel* model, int max, const LumoList* children);
+  static OrvaGate* NewCardinality(OrvaModel* model, int min, int max, const LumoList* children);
+  static OrvaGate* NewNot(OrvaModel* model, OrvaGate* child);
+  OrvaGate* GetChild(int i) const { return static_cast<OrvaGate*>(OrvaTerm::GetChild(i)); }
+  void SetDefinedEvent(OrvaEvent* event);
+  bool IsConstantTrue() const { return IsConstant() && GetConstantValue(); }
+  bool IsConstantFalse() const { return IsConstant() && !GetConstantValue(); }
+  // References to events of these types.
+  bool IsBasicEvent() const;
+  bool IsHouseEvent() const;
 
  private:
   // How a bound on the number of true children is found.

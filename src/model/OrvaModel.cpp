@@ -129,31 +129,6 @@ void OrvaModel::ComputeProbabilitiesOfBasicEvents(double t, const LumoContainer*
   }
 }
 
-void OrvaModel::DrawRandomDeviatesOfModel(LumoRandomizer* randomizer) {
-  LumoList events;
-  CollectEvents(OrvaSymbol::CompareAsLeafSymbol, nullptr, &events);
-  DrawRandomDeviatesOfBasicEvents(randomizer, &events);
-}
-
-void OrvaModel::DrawRandomDeviatesOfBasicEvents(LumoRandomizer* randomizer,
-                                                const LumoContainer* events) {
-  LumoList parameters;
-  CollectParametersOfEvents(events, &parameters);
-  DrawRandomDeviatesOfParameters(randomizer, &parameters);
-  for (const OrvaEvent* event : LumoItems<OrvaEvent>(*events)) {
-    if (auto* distribution = event->GetProbabilityDistribution()) {
-      distribution->DrawRandomDeviates(randomizer);
-    }
-  }
-}
-
-void OrvaModel::DrawRandomDeviatesOfParameters(LumoRandomizer* randomizer,
-                                               const LumoContainer* parameters) {
-  for (const OrvaParameter* parameter : LumoItems<OrvaParameter>(*parameters)) {
-    parameter->GetDefinition()->DrawRandomDeviates(randomizer);
-  }
-}
-
 void OrvaModel::ResetRandomDeviatesOfModel() {
   LumoList events;
   CollectEvents(OrvaSymbol::CompareAsLeafSymbol, nullptr, &events);
@@ -223,4 +198,31 @@ void OrvaModel::Complete() {
   SetDefaultValueToHouseEvents(false);
   SetDefaultValueToParameters(0.0);
   ResetRandomDeviatesOfModel();
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+void OrvaModel::DrawRandomDeviatesOfModel(LumoRandomizer* randomizer) {
+  LumoList events;
+  CollectEvents(OrvaSymbol::CompareAsLeafSymbol, nullptr, &events);
+  DrawRandomDeviatesOfBasicEvents(randomizer, &events);
+}
+
+void OrvaModel::DrawRandomDeviatesOfBasicEvents(LumoRandomizer* randomizer,
+                                                const LumoContainer* events) {
+  LumoList parameters;
+  CollectParametersOfEvents(events, &parameters);
+  DrawRandomDeviatesOfParameters(randomizer, &parameters);
+  for (const OrvaEvent* event : LumoItems<OrvaEvent>(*events)) {
+    if (auto* distribution = event->GetProbabilityDistribution()) {
+      distribution->DrawRandomDeviates(randomizer);
+    }
+  }
+}
+
+void OrvaModel::DrawRandomDeviatesOfParameters(LumoRandomizer* randomizer,
+                                               const LumoContainer* parameters) {
+  for (const OrvaParameter* parameter : LumoItems<OrvaParameter>(*parameters)) {
+    parameter->GetDefinition()->DrawRandomDeviates(randomizer);
+  }
 }

@@ -21,9 +21,7 @@ class OrvaModel {
   // Adding creates and inserts without looking for an existing one: look first.
   OrvaEvent* AddEvent(const char* name, OrvaEvent::Type type);
   OrvaEvent* LookForEvent(const char* name) const;
-  int GetNumberOfEvents() const { return _events.GetNumberOfItems(); }
-  // Cursors run in name order and belong to the caller; the lists are the same, for ranges.
-  LumoCursor* NewCursorOnEvents() { return _events.NewCursor(); }
+  // In name order.
   const LumoAVLTree& GetEvents() const { return _events; }
   // Inserts every event that the selector picks (0 for a match).
   void CollectEvents(OrvaSymbol::Selector selector, const void* argument,
@@ -32,8 +30,6 @@ class OrvaModel {
 
   OrvaParameter* AddParameter(const char* name);
   OrvaParameter* LookForParameter(const char* name) const;
-  int GetNumberOfParameters() const { return _parameters.GetNumberOfItems(); }
-  LumoCursor* NewCursorOnParameters() { return _parameters.NewCursor(); }
   const LumoAVLTree& GetParameters() const { return _parameters; }
   void CollectParameters(OrvaSymbol::Selector selector, const void* argument,
                          LumoContainer* result) const;
@@ -43,7 +39,6 @@ class OrvaModel {
   OrvaCCFGroup* LookForCCFGroup(const char* name) const;
   // Removes the group from the model without deleting it: it becomes the caller's.
   void DeleteCCFGroup(OrvaCCFGroup* group);
-  LumoCursor* NewCursorOnCCFGroups() { return _ccfGroups.NewCursor(); }
   const LumoAVLTree& GetCCFGroups() const { return _ccfGroups; }
   // Expands every group that is not expanded yet.
   void ExpandCCFGroups();
@@ -64,12 +59,9 @@ class OrvaModel {
   void ComputeProbabilitiesOfBasicEvents(double t);
   void ComputeProbabilitiesOfBasicEvents(double t, const LumoContainer* events);
 
-  // Draw the random deviates of expressions anew, or set them back to their central values: of
-  // the given events and of the parameters that they use, of the given parameters, of the whole
-  // model. Drawn and reset parameters must have a definition.
-  void DrawRandomDeviatesOfModel(LumoRandomizer* randomizer);
-  void DrawRandomDeviatesOfBasicEvents(LumoRandomizer* randomizer, const LumoContainer* events);
-  void DrawRandomDeviatesOfParameters(LumoRandomizer* randomizer, const LumoContainer* parameters);
+  // Set the random deviates of expressions back to their central values: of the whole model, of
+  // the given events and of the parameters that they use, of the given parameters, which must have
+  // a definition.
   void ResetRandomDeviatesOfModel();
   void ResetRandomDeviatesOfBasicEvents(const LumoContainer* events);
   void ResetRandomDeviatesOfParameters(const LumoContainer* parameters);
@@ -87,6 +79,19 @@ class OrvaModel {
   // Inserts every parameter that the expressions of the events use, each once and after those
   // that it uses itself.
   static void CollectParametersOfEvents(const LumoContainer* events, LumoContainer* result);
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  // Cursors run in name order and belong to the caller.
+  int GetNumberOfEvents() const { return _events.GetNumberOfItems(); }
+  LumoCursor* NewCursorOnEvents() { return _events.NewCursor(); }
+  int GetNumberOfParameters() const { return _parameters.GetNumberOfItems(); }
+  LumoCursor* NewCursorOnParameters() { return _parameters.NewCursor(); }
+  LumoCursor* NewCursorOnCCFGroups() { return _ccfGroups.NewCursor(); }
+  // Draw the random deviates anew, under the terms of the Reset forms.
+  void DrawRandomDeviatesOfModel(LumoRandomizer* randomizer);
+  void DrawRandomDeviatesOfBasicEvents(LumoRandomizer* randomizer, const LumoContainer* events);
+  void DrawRandomDeviatesOfParameters(LumoRandomizer* randomizer, const LumoContainer* parameters);
 
  private:
   void _SetDefaultDefinition(OrvaEvent::Type type, bool value);

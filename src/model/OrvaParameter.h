@@ -21,8 +21,6 @@ class OrvaParameter : public OrvaSymbol {
 
   // The value of the last evaluation, nil before the first.
   LumoConstant* GetValue() { return &_value; }
-  // Copies the value.
-  void SetValue(const LumoConstant* value) { _value.Set(value); }
   // The definition's value at date t, the real 0 without one. The parameters that the definition
   // uses must have been computed before.
   LumoConstant* ComputeValue(double t);
@@ -39,6 +37,11 @@ class OrvaParameter : public OrvaSymbol {
   // The statistics of the sampled values, as for events.
   LumoMeasure* GetMeasure() const { return _measure.get(); }
   void ResetMeasure(int numberOfQuantiles, int numberOfBins);
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  // Copies the value.
+  void SetValue(const LumoConstant* value) { _value.Set(value); }
 
  private:
   LumoConstant _value;

@@ -125,21 +125,15 @@ class OrvaProbabilityDistribution : public OrvaTerm {
   OrvaProbabilityDistribution* GetLastChild() const {
     return static_cast<OrvaProbabilityDistribution*>(GetChildren().GetLastItem());
   }
-  OrvaProbabilityDistribution* GetParent() const {
-    return static_cast<OrvaProbabilityDistribution*>(OrvaTerm::GetParent());
-  }
   // Null unless the node is a reference.
   OrvaParameter* GetReferencedParameter() const;
 
   // The current value; nil before the first evaluation of a node that is no constant.
-  LumoConstant* GetValue() { return &_value; }
   const LumoConstant* GetValue() const { return &_value; }
-  void SetValue(const LumoConstant* value) { _value.Set(value); }
   double GetValueAsDouble() const { return _value.ToDouble(); }
   bool GetValueAsBool() const { return _value.ToBool(); }
   // Child i's current value, from 1; 0 without such a child.
   double GetValueOfChildAsDouble(int i) const;
-  double GetUnconditionalFailureIntensity() const { return _unconditionalFailureIntensity; }
 
   // Evaluation at date t: the node's value, also kept in the node. The parameters used must have
   // been computed before.
@@ -165,6 +159,15 @@ class OrvaProbabilityDistribution : public OrvaTerm {
   void DrawRandomDeviates(LumoRandomizer* randomizer);
   // Sets every deviate of the tree to its central value.
   void ResetRandomDeviates();
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  OrvaProbabilityDistribution* GetParent() const {
+    return static_cast<OrvaProbabilityDistribution*>(OrvaTerm::GetParent());
+  }
+  LumoConstant* GetValue() { return &_value; }
+  void SetValue(const LumoConstant* value) { _value.Set(value); }
+  double GetUnconditionalFailureIntensity() const { return _unconditionalFailureIntensity; }
 
  private:
   using Operation = void (LumoConstant::*)(const LumoConstant*);

@@ -31,10 +31,6 @@ OrvaSymbol::~OrvaSymbol() {
   LumoMemoryManager::TraceDelete(this, "OrvaSymbol");
 }
 
-void OrvaSymbol::Delete(void* symbol) {
-  if (symbol != nullptr) delete static_cast<OrvaSymbol*>(symbol);
-}
-
 void OrvaSymbol::SetName(const char* name) { LumoRawString::Replace(_name, name); }
 
 void OrvaSymbol::SetDefinition(OrvaTerm* definition) {
@@ -91,6 +87,12 @@ void OrvaSymbol::CollectDescendants(Selector selector, const void* argument,
   OrvaDescendantWalk walk(selector, argument, result);
   walk.VisitSymbol(this);
   walk.ClearFlags();
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+void OrvaSymbol::Delete(void* symbol) {
+  if (symbol != nullptr) delete static_cast<OrvaSymbol*>(symbol);
 }
 
 void OrvaSymbol::CollectAncestors(Selector selector, const void* argument, LumoContainer* result) {

@@ -23,7 +23,6 @@ class OrvaSymbol : public LumoAttributeAccess<OrvaSymbol> {
   ~OrvaSymbol();
   OrvaSymbol(const OrvaSymbol&) = delete;
   OrvaSymbol& operator=(const OrvaSymbol&) = delete;
-  static void Delete(void* symbol);
 
   OrvaModel* GetModel() const { return _model; }
   const char* GetName() const { return _name; }
@@ -37,9 +36,6 @@ class OrvaSymbol : public LumoAttributeAccess<OrvaSymbol> {
   int GetNumberOfOccurrences() const { return _occurrences.GetNumberOfItems(); }
   void AddOccurrence(OrvaTerm* term);
   void RemoveOccurrence(OrvaTerm* term);
-  const LumoList& GetOccurrences() const { return _occurrences; }
-  // A new cursor, owned by the caller.
-  LumoListCursor* NewCursorOnOccurrences() { return new LumoListCursor(&_occurrences); }
 
   int GetFlag() const { return _flag; }
   void SetFlag(int flag) { _flag = flag; }
@@ -61,6 +57,13 @@ class OrvaSymbol : public LumoAttributeAccess<OrvaSymbol> {
   // Insert into the result the selected symbols at or below this one, each once and after all the
   // symbols below it.
   void CollectDescendants(Selector selector, const void* argument, LumoContainer* result);
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  static void Delete(void* symbol);
+  const LumoList& GetOccurrences() const { return _occurrences; }
+  // A new cursor, owned by the caller.
+  LumoListCursor* NewCursorOnOccurrences() { return new LumoListCursor(&_occurrences); }
   // Insert into the result this symbol and, for each formula in which it occurs, the symbol
   // defined by it together with everything below that; the walk climbs no further. This pairing
   // is the defined behaviour.

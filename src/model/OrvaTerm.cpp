@@ -36,12 +36,6 @@ void OrvaTerm::AddChild(OrvaTerm* child) {
   _AttachChild(child, nullptr);
 }
 
-// The child may be the cursor's neighbour: its place is looked for when it has left.
-void OrvaTerm::AddChildAfter(LumoListCursor* cursor, OrvaTerm* child) {
-  child->_Detach();
-  _AttachChild(child, cursor->GetCell()->GetNext());
-}
-
 void OrvaTerm::AddChildBefore(LumoListCursor* cursor, OrvaTerm* child) {
   child->_Detach();
   _AttachChild(child, cursor->GetCell());
@@ -57,14 +51,6 @@ bool OrvaTerm::RemoveChild(OrvaTerm* child) {
   child->_parent = nullptr;
   child->_cellInParent = nullptr;
   return true;
-}
-
-void OrvaTerm::RemoveChildren(const LumoContainer* children) {
-  if (children != nullptr) {
-    for (OrvaTerm* child : LumoItems<OrvaTerm>(*children)) RemoveChild(child);
-  } else {
-    while (OrvaTerm* child = GetFirstChild()) RemoveChild(child);
-  }
 }
 
 void OrvaTerm::SetReferencedSymbol(OrvaSymbol* symbol) {
@@ -105,18 +91,6 @@ void OrvaTerm::SetAttribute(const char* name, const char* text) {
   }
 }
 
-OrvaSymbol* OrvaTerm::GetAttributeAsSymbol(const char* name, OrvaSymbol* defaultValue) const {
-  if (OrvaSymbol* const* place = _FindSymbol(name)) {
-    return *place != nullptr ? *place : defaultValue;
-  }
-  return static_cast<OrvaSymbol*>(_attributes.GetValueOfAttributeAsPointer(name, defaultValue));
-}
-
-const char* OrvaTerm::GetAttributeAsString(const char* name, const char* defaultValue) const {
-  if (LumoRawString::IsEqual(name, FUNCTOR)) return _functor != nullptr ? _functor : defaultValue;
-  return _attributes.GetValueOfAttributeAsString(name, defaultValue);
-}
-
 OrvaTerm* OrvaTerm::GetFirstInPostOrder() {
   OrvaTerm* term = this;
   while (OrvaTerm* child = term->GetFirstChild()) term = child;
@@ -127,6 +101,56 @@ OrvaTerm* OrvaTerm::GetNextInPostOrder(const OrvaTerm* root) const {
   if (this == root) return nullptr;
   OrvaTerm* sibling = GetNextSibling();
   return sibling == nullptr ? _parent : sibling->GetFirstInPostOrder();
+}
+
+void OrvaTerm::Delete(void* term) {
+  if (term != nullptr) static_cast<OrvaTerm*>(term)->_Delete(true);
+}
+
+// Bottom-up and without recursion: a term is deleted once it has no child left.
+void OrvaTerm::_Delete(bool checkConnectionToParent) {
+  if (checkConnectionToParent && _parent != nullptr) return;
+  OrvaTerm* term = this;
+  for (;;) {
+    if (OrvaTerm* child = term->GetFirstChild()) {
+      term = child;
+      continue;
+    }
+    if (term == this) break;
+    OrvaTerm* parent = term->_parent;
+    parent->RemoveChild(term);
+    delete term;
+    term = parent;
+  }
+  delete this;
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+// The child may be the cursor's neighbour: its place is looked for when it has left.
+void OrvaTerm::AddChildAfter(LumoListCursor* cursor, OrvaTerm* child) {
+  child->_Detach();
+  _AttachChild(child, cursor->GetCell()->GetNext());
+}
+
+void OrvaTerm::RemoveChildren(const LumoContainer* children) {
+  if (children != nullptr) {
+    for (OrvaTerm* child : LumoItems<OrvaTerm>(*children)) RemoveChild(child);
+  } else {
+    while (OrvaTerm* child = GetFirstChild()) RemoveChild(child);
+  }
+}
+
+OrvaSymbol* OrvaTerm::GetAttributeAsSymbol(const char* name, OrvaSymbol* defaultValue) const {
+  if (OrvaSymbol* const* place = _FindSymbol(name)) {
+    return *place != nullptr ? *place : defaultValue;
+  }
+  return static_cast<OrvaSymbol*>(_attributes.GetValueOfAttributeAsPointer(name, defaultValue));
+}
+
+const char* OrvaTerm::GetAttributeAsString(const char* name, const char* defaultValue) const {
+  if (LumoRawString::IsEqual(name, FUNCTOR)) return _functor != nullptr ? _functor : defaultValue;
+  return _attributes.GetValueOfAttributeAsString(name, defaultValue);
 }
 
 void OrvaTerm::CollectDescendants(OrvaSymbol::Selector selector, const void* argument,
@@ -166,28 +190,6 @@ void OrvaTerm::SetFlagsOfAncestors(int flag) {
   }
 }
 
-void OrvaTerm::Delete(void* term) {
-  if (term != nullptr) static_cast<OrvaTerm*>(term)->_Delete(true);
-}
-
 void OrvaTerm::DeleteWithoutCheckingConnectionToParent(void* term) {
   if (term != nullptr) static_cast<OrvaTerm*>(term)->_Delete(false);
-}
-
-// Bottom-up and without recursion: a term is deleted once it has no child left.
-void OrvaTerm::_Delete(bool checkConnectionToParent) {
-  if (checkConnectionToParent && _parent != nullptr) return;
-  OrvaTerm* term = this;
-  for (;;) {
-    if (OrvaTerm* child = term->GetFirstChild()) {
-      term = child;
-      continue;
-    }
-    if (term == this) break;
-    OrvaTerm* parent = term->_parent;
-    parent->RemoveChild(term);
-    delete term;
-    term = parent;
-  }
-  delete this;
 }

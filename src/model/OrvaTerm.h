@@ -32,8 +32,6 @@ class OrvaTerm {
   void SetType(int type) { _type = type; }
 
   OrvaTerm* GetParent() const { return _parent; }
-  // Moves the term to the end of the new parent's children.
-  void SetParent(OrvaTerm* parent) { parent->AddChild(this); }
   // Leaves the parent, which must exist.
   void ResetParent() { _parent->RemoveChild(this); }
 
@@ -45,19 +43,15 @@ class OrvaTerm {
   const LumoList& GetChildren() const { return _children; }
   // A new cursor, owned by the caller.
   LumoListCursor* NewCursorOnChildren() { return new LumoListCursor(&_children); }
-  void CollectChildren(LumoContainer* result) const { _children.CollectItems(result); }
 
-  // Make a term a child: last, or right after or before the cursor's position in this term's
-  // children. A child of another term, or of this one, is moved; it must not be the child under
-  // the cursor.
+  // Make a term a child: last, or right before the cursor's position in this term's children. A
+  // child of another term, or of this one, is moved; it must not be the child under the cursor.
   void AddChild(OrvaTerm* child);
-  void AddChildAfter(LumoListCursor* cursor, OrvaTerm* child);
   void AddChildBefore(LumoListCursor* cursor, OrvaTerm* child);
   // In the container's order.
   void AddChildren(const LumoContainer* children);
-  // Detach without deleting: one child (false when it is none), those listed, or all for null.
+  // Detaches a child without deleting it; false when it is none.
   bool RemoveChild(OrvaTerm* child);
-  void RemoveChildren(const LumoContainer* children);
 
   OrvaSymbol* GetReferencedSymbol() const { return _referencedSymbol; }
   // Keeps the occurrences of the old and of the new symbol, either of which may be null.
@@ -70,16 +64,8 @@ class OrvaTerm {
   void ResetAttribute(const char* name);
   void SetAttribute(const char* name, OrvaSymbol* symbol);
   void SetAttribute(const char* name, const char* text);
-  void SetAttribute(const char* name, double value) {
-    _attributes.SetValueOfAttribute(name, value);
-  }
   void SetAttribute(const char* name, int value) { _attributes.SetValueOfAttribute(name, value); }
   void SetAttribute(const char* name, bool value) { _attributes.SetValueOfAttribute(name, value); }
-  OrvaSymbol* GetAttributeAsSymbol(const char* name, OrvaSymbol* defaultValue) const;
-  const char* GetAttributeAsString(const char* name, const char* defaultValue) const;
-  double GetAttributeAsDouble(const char* name, double defaultValue) const {
-    return _attributes.GetValueOfAttributeAsDouble(name, defaultValue);
-  }
   int GetAttributeAsInt(const char* name, int defaultValue) const {
     return _attributes.GetValueOfAttributeAsInt(name, defaultValue);
   }
@@ -92,15 +78,34 @@ class OrvaTerm {
   OrvaTerm* GetFirstInPostOrder();
   OrvaTerm* GetNextInPostOrder(const OrvaTerm* root) const;
 
+  // Deletes a term with its subtree; does nothing at all when the term has a parent.
+  static void Delete(void* term);
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  // Moves the term to the end of the new parent's children.
+  void SetParent(OrvaTerm* parent) { parent->AddChild(this); }
+  void CollectChildren(LumoContainer* result) const { _children.CollectItems(result); }
+  // Makes a term a child right after the cursor's position, under the terms of AddChildBefore.
+  void AddChildAfter(LumoListCursor* cursor, OrvaTerm* child);
+  // Detaches the children listed, or all for null.
+  void RemoveChildren(const LumoContainer* children);
+
+  void SetAttribute(const char* name, double value) {
+    _attributes.SetValueOfAttribute(name, value);
+  }
+  OrvaSymbol* GetAttributeAsSymbol(const char* name, OrvaSymbol* defaultValue) const;
+  const char* GetAttributeAsString(const char* name, const char* defaultValue) const;
+  double GetAttributeAsDouble(const char* name, double defaultValue) const {
+    return _attributes.GetValueOfAttributeAsDouble(name, defaultValue);
+  }
+
   // Walks as for symbols, from this term. Terms themselves are never collected, only symbols.
   void CollectDescendants(OrvaSymbol::Selector selector, const void* argument,
                           LumoContainer* result);
   void CollectAncestors(OrvaSymbol::Selector selector, const void* argument, LumoContainer* result);
   void SetFlagsOfDescendants(int flag);
   void SetFlagsOfAncestors(int flag);
-
-  // Deletes a term with its subtree; does nothing at all when the term has a parent.
-  static void Delete(void* term);
   // The same whether or not there is a parent, from whose children the term is not removed: the
   // caller has done that, or is discarding the parent as well.
   static void DeleteWithoutCheckingConnectionToParent(void* term);

@@ -64,14 +64,6 @@ int OrvaHandle::CompareNames(const void* a, const void* b) {
   return AsHandle(a)->CompareNames(AsHandle(b));
 }
 
-int OrvaHandle::CompareType(const void* handle, const void* type) {
-  return AsHandle(handle)->CompareType(static_cast<const Type*>(type));
-}
-
-int OrvaHandle::CompareTypes(const void* a, const void* b) {
-  return AsHandle(a)->CompareTypes(AsHandle(b));
-}
-
 double OrvaHandle::GetTopEventProbability() const { return _topEvent->GetProbability(); }
 
 double OrvaHandle::GetProbabilityOfBasicEvent(const OrvaEvent* event) const {
@@ -80,10 +72,6 @@ double OrvaHandle::GetProbabilityOfBasicEvent(const OrvaEvent* event) const {
 
 double OrvaHandle::GetTopEventUnconditionalFailureIntensity() const {
   return _topEvent->GetUnconditionalFailureIntensity();
-}
-
-double OrvaHandle::GetUnconditionalFailureIntensityOfBasicEvent(const OrvaEvent* event) const {
-  return event->GetUnconditionalFailureIntensity();
 }
 
 double OrvaHandle::GetMarginalImportanceFactorOfBasicEvent(const OrvaEvent* event) const {
@@ -194,4 +182,18 @@ void OrvaHandle::ResetRandomDeviatesOfParameters(const LumoContainer* parameters
   for (const OrvaParameter* parameter : LumoItems<OrvaParameter>(*parameters)) {
     parameter->GetDefinition()->ResetRandomDeviates();
   }
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+int OrvaHandle::CompareType(const void* handle, const void* type) {
+  return AsHandle(handle)->CompareType(static_cast<const Type*>(type));
+}
+
+int OrvaHandle::CompareTypes(const void* a, const void* b) {
+  return AsHandle(a)->CompareTypes(AsHandle(b));
+}
+
+double OrvaHandle::GetUnconditionalFailureIntensityOfBasicEvent(const OrvaEvent* event) const {
+  return event->GetUnconditionalFailureIntensity();
 }

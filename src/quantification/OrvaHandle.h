@@ -38,29 +38,22 @@ class OrvaHandle {
   OrvaMCSSet* GetMCSSet() const { return _set; }
 
   // The basic events below the top event, and the parameters that their expressions use, each
-  // once and after those that it uses itself. Not owned. Cursors are the caller's.
+  // once and after those that it uses itself. Not owned.
   const LumoList* GetBasicEvents() const { return &_basicEvents; }
   const LumoList* GetParameters() const { return &_parameters; }
-  LumoCursor* NewCursorOnBasicEvents() { return _basicEvents.NewCursor(); }
-  LumoCursor* NewCursorOnParameters() { return _parameters.NewCursor(); }
   // Fills both lists again, after a change of the model.
   void UpdateBasicEventsAndParameters();
 
-  // Comparison functions for containers: by name, and by type (this minus the other).
+  // Comparison functions for containers.
   int CompareName(const char* name) const;
   int CompareNames(const OrvaHandle* other) const { return CompareName(other->_name); }
-  int CompareType(const Type* type) const { return _type - *type; }
-  int CompareTypes(const OrvaHandle* other) const { return _type - other->_type; }
   static int CompareName(const void* handle, const void* name);
   static int CompareNames(const void* a, const void* b);
-  static int CompareType(const void* handle, const void* type);
-  static int CompareTypes(const void* a, const void* b);
 
   // Quantities of the last computation.
   double GetTopEventProbability() const;
   double GetProbabilityOfBasicEvent(const OrvaEvent* event) const;
   double GetTopEventUnconditionalFailureIntensity() const;
-  double GetUnconditionalFailureIntensityOfBasicEvent(const OrvaEvent* event) const;
   double GetMarginalImportanceFactorOfBasicEvent(const OrvaEvent* event) const;
   // w / (1 - P), per time unit; 1.0 when P is exactly 1. The unconditional failure intensity w is
   // handed over as well.
@@ -86,8 +79,7 @@ class OrvaHandle {
   double GetRiskReductionWorthOfBasicEvent(const OrvaEvent* event) const;
 
   // Computations at mission time t, on the handle's own lists or on a container of the caller's.
-  // Values of parameters, in list order; without a time, at 0.
-  void ComputeValuesOfParameters() { ComputeValuesOfParameters(0.0); }
+  // Values of parameters, in list order.
   void ComputeValuesOfParameters(double t) { ComputeValuesOfParameters(t, &_parameters); }
   void ComputeValuesOfParameters(double t, const LumoContainer* parameters);
   // Probabilities of basic events, 1.0 without an expression (an undefined event is taken as
@@ -131,8 +123,6 @@ class OrvaHandle {
   void ComputeCurveOfTopEventConditionalFailureIntensity(double lastDate, double step,
                                                          bool addSingularPoints, bool smoothCurve,
                                                          double smoothingRatio, LumoCurve* curve);
-  LumoCurvePoint* ComputePointOfTopEventProbability(double t, LumoCurve* curve);
-  LumoCurvePoint* ComputePointOfTopEventConditionalFailureIntensity(double t, LumoCurve* curve);
   void ComputeSingularPointsOfTopEventProbability(double firstDate, double lastDate,
                                                   LumoCurve* curve);
   void ComputeSingularPointsOfTopEventConditionalFailureIntensity(double lastDate,
@@ -171,6 +161,22 @@ class OrvaHandle {
       const LumoContainer* basicEvents);
   void AddCurrentValuesOfParametersToTheirSensitivityMeasures();
   void AddCurrentValuesOfParametersToTheirSensitivityMeasures(const LumoContainer* parameters);
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  // Cursors are the caller's.
+  LumoCursor* NewCursorOnBasicEvents() { return _basicEvents.NewCursor(); }
+  LumoCursor* NewCursorOnParameters() { return _parameters.NewCursor(); }
+  // This type minus the other.
+  int CompareType(const Type* type) const { return _type - *type; }
+  int CompareTypes(const OrvaHandle* other) const { return _type - other->_type; }
+  static int CompareType(const void* handle, const void* type);
+  static int CompareTypes(const void* a, const void* b);
+  double GetUnconditionalFailureIntensityOfBasicEvent(const OrvaEvent* event) const;
+  // At time 0.
+  void ComputeValuesOfParameters() { ComputeValuesOfParameters(0.0); }
+  LumoCurvePoint* ComputePointOfTopEventProbability(double t, LumoCurve* curve);
+  LumoCurvePoint* ComputePointOfTopEventConditionalFailureIntensity(double t, LumoCurve* curve);
 
  private:
   // The quantity of a curve, computed at a date.

@@ -72,15 +72,6 @@ double OrvaHandle::_ComputeConditionalFailureIntensityAt(double t) {
   return GetTopEventConditionalFailureIntensity();
 }
 
-LumoCurvePoint* OrvaHandle::ComputePointOfTopEventProbability(double t, LumoCurve* curve) {
-  return _ComputePoint(&OrvaHandle::_ComputeProbabilityAt, t, curve);
-}
-
-LumoCurvePoint* OrvaHandle::ComputePointOfTopEventConditionalFailureIntensity(double t,
-                                                                              LumoCurve* curve) {
-  return _ComputePoint(&OrvaHandle::_ComputeConditionalFailureIntensityAt, t, curve);
-}
-
 LumoCurvePoint* OrvaHandle::_ComputePoint(Quantity quantity, double t, LumoCurve* curve) {
   LumoCurvePoint* point = curve->LookForPointAtX(t);
   if (point != nullptr || IsFull(curve)) return point;
@@ -202,4 +193,15 @@ void OrvaHandle::_SmoothCurve(Quantity quantity, double smoothingRatio, LumoCurv
       cursor->Decrement();
     }
   }
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+LumoCurvePoint* OrvaHandle::ComputePointOfTopEventProbability(double t, LumoCurve* curve) {
+  return _ComputePoint(&OrvaHandle::_ComputeProbabilityAt, t, curve);
+}
+
+LumoCurvePoint* OrvaHandle::ComputePointOfTopEventConditionalFailureIntensity(double t,
+                                                                              LumoCurve* curve) {
+  return _ComputePoint(&OrvaHandle::_ComputeConditionalFailureIntensityAt, t, curve);
 }

@@ -43,6 +43,8 @@ std::string Substitute(const LumoRegex& regex, const char* text, const char* rep
 
 }  // namespace
 
+// Offered to users of the class; the program itself does not call what follows.
+
 bool LumoRawString::MatchPattern(const char* text, const char* pattern) {
   std::size_t start;
   std::size_t end;

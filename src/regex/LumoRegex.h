@@ -22,6 +22,8 @@
 // it); nothing backtracks, and nothing recurses on the text or on the pattern.
 class LumoRegex {
  public:
+  // Offered to users of the class; the program itself does not call what follows.
+
   // Null counts as the empty pattern.
   explicit LumoRegex(const char* pattern);
   ~LumoRegex();

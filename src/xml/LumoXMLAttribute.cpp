@@ -61,24 +61,8 @@ int LumoXMLAttribute::CompareName(const char* name) const {
   return LumoRawString::Compare(_name, name);
 }
 
-int LumoXMLAttribute::CompareValue(const char* text) const {
-  return LumoRawString::Compare(_value, text);
-}
-
 int LumoXMLAttribute::CompareName(const void* attribute, const void* name) {
   return AsAttribute(attribute)->CompareName(AsText(name));
-}
-
-int LumoXMLAttribute::CompareNames(const void* a, const void* b) {
-  return AsAttribute(a)->CompareNames(AsAttribute(b));
-}
-
-int LumoXMLAttribute::CompareValue(const void* attribute, const void* text) {
-  return AsAttribute(attribute)->CompareValue(AsText(text));
-}
-
-int LumoXMLAttribute::CompareValues(const void* a, const void* b) {
-  return AsAttribute(a)->CompareValues(AsAttribute(b));
 }
 
 void LumoXMLAttribute::SetValue(const char* text) { LumoRawString::Replace(_value, text); }
@@ -96,3 +80,21 @@ void LumoXMLAttribute::SetValueAsInt(int n) {
 }
 
 void LumoXMLAttribute::SetValueAsBool(bool b) { SetValue(b ? "true" : "false"); }
+
+// Offered to users of the class; the program itself does not call what follows.
+
+int LumoXMLAttribute::CompareValue(const char* text) const {
+  return LumoRawString::Compare(_value, text);
+}
+
+int LumoXMLAttribute::CompareNames(const void* a, const void* b) {
+  return AsAttribute(a)->CompareNames(AsAttribute(b));
+}
+
+int LumoXMLAttribute::CompareValue(const void* attribute, const void* text) {
+  return AsAttribute(attribute)->CompareValue(AsText(text));
+}
+
+int LumoXMLAttribute::CompareValues(const void* a, const void* b) {
+  return AsAttribute(a)->CompareValues(AsAttribute(b));
+}

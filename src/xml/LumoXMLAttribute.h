@@ -25,21 +25,24 @@ class LumoXMLAttribute {
   int GetValueAsInt() const;
   bool GetValueAsBool() const;
 
-  bool HasName(const char* name) const { return CompareName(name) == 0; }
-  bool HasValue(const char* text) const { return CompareValue(text) == 0; }
   int CompareName(const char* name) const;
-  int CompareNames(const LumoXMLAttribute* other) const { return CompareName(other->_name); }
-  int CompareValue(const char* text) const;
-  int CompareValues(const LumoXMLAttribute* other) const { return CompareValue(other->_value); }
   static int CompareName(const void* attribute, const void* name);
-  static int CompareNames(const void* a, const void* b);
-  static int CompareValue(const void* attribute, const void* text);
-  static int CompareValues(const void* a, const void* b);
 
   void SetValue(const char* text);
   void SetValueAsDouble(double x);  // "%g"
   void SetValueAsInt(int n);        // "%d"
   void SetValueAsBool(bool b);      // "true" or "false"
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  bool HasName(const char* name) const { return CompareName(name) == 0; }
+  bool HasValue(const char* text) const { return CompareValue(text) == 0; }
+  int CompareNames(const LumoXMLAttribute* other) const { return CompareName(other->_name); }
+  int CompareValue(const char* text) const;
+  int CompareValues(const LumoXMLAttribute* other) const { return CompareValue(other->_value); }
+  static int CompareNames(const void* a, const void* b);
+  static int CompareValue(const void* attribute, const void* text);
+  static int CompareValues(const void* a, const void* b);
 
  private:
   char* _name;

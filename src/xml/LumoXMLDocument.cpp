@@ -29,6 +29,8 @@ void LumoXMLDocument::Load(std::FILE* file) {
   parser.ParseFile(this, file);
 }
 
+// Offered to users of the class; the program itself does not call what follows.
+
 void LumoXMLDocument::Print(LumoStream* stream, int indentation) const {
   LumoXMLPrinter printer;
   printer.SetIndentation(indentation);

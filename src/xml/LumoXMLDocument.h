@@ -16,7 +16,6 @@ class LumoXMLDocument : public LumoXMLNode {
   void Reset() { DeleteDescendants(); }
   void AddRoot(LumoXMLNode* root) { AddChild(root); }
   LumoXMLNode* GetFirstRoot() const { return GetFirstChild(); }
-  LumoXMLNode* GetLastRoot() const { return GetLastChild(); }
   // The first root, of any type, whose name field equals `name`; null when there is none.
   LumoXMLNode* FindRoot(const char* name) const { return FindChild(name); }
   // Null when the document has no type.
@@ -28,6 +27,10 @@ class LumoXMLDocument : public LumoXMLNode {
   void Load(std::FILE* file);
   // False when the file can't be opened or read.
   bool Load(const char* fileName);
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  LumoXMLNode* GetLastRoot() const { return GetLastChild(); }
   // Write the document, each level indented by that number of blanks.
   void Print(LumoStream* stream, int indentation) const;
   void Print(std::FILE* file, int indentation) const;

@@ -14,10 +14,6 @@ LumoXMLNode::~LumoXMLNode() {
   LumoMemoryManager::TraceDelete(this, "LumoXMLNode");
 }
 
-void LumoXMLNode::Delete(void* node) {
-  if (node != nullptr) delete static_cast<LumoXMLNode*>(node);
-}
-
 LumoXMLNode* LumoXMLNode::_New(Type type, const char* name) {
   auto* node = new LumoXMLNode(type);
   node->SetName(name);
@@ -32,26 +28,9 @@ LumoXMLNode* LumoXMLNode::NewCDATA(const char* text) { return _New(CDATA, text);
 
 LumoXMLNode* LumoXMLNode::NewComment(const char* text) { return _New(COMMENT, text); }
 
-char* LumoXMLNode::CopyName() const { return LumoRawString::CopyIfAny(_name); }
-
 void LumoXMLNode::SetName(const char* name) { LumoRawString::Replace(_name, name); }
 
 int LumoXMLNode::CompareName(const char* name) const { return LumoRawString::Compare(_name, name); }
-
-int LumoXMLNode::CompareName(const void* node, const void* name) {
-  return static_cast<const LumoXMLNode*>(node)->CompareName(static_cast<const char*>(name));
-}
-
-int LumoXMLNode::CompareNames(const void* a, const void* b) {
-  return static_cast<const LumoXMLNode*>(a)->CompareNames(static_cast<const LumoXMLNode*>(b));
-}
-
-LumoXMLNode* LumoXMLNode::GetChild(int n) const {
-  if (n < 1) return nullptr;
-  LumoXMLNode* child = _firstChild;
-  for (int i = 1; child != nullptr && i < n; ++i) child = child->_nextSibling;
-  return child;
-}
 
 LumoXMLNode* LumoXMLNode::GetChild(int n, Type type) const {
   if (n < 1) return nullptr;
@@ -62,66 +41,10 @@ LumoXMLNode* LumoXMLNode::GetChild(int n, Type type) const {
   return nullptr;
 }
 
-int LumoXMLNode::GetNumberOfChildren() const {
-  int count = 0;
-  for (const LumoXMLNode* child = _firstChild; child != nullptr; child = child->_nextSibling) {
-    ++count;
-  }
-  return count;
-}
-
-int LumoXMLNode::GetNumberOfChildren(Type type) const {
-  int count = 0;
-  for (const LumoXMLNode* child = _firstChild; child != nullptr; child = child->_nextSibling) {
-    count += static_cast<int>(child->_type == type);
-  }
-  return count;
-}
-
-int LumoXMLNode::GetNumberOfChildNodesOfName(const char* name) const {
-  int count = 0;
-  for (const LumoXMLNode* child = _firstChild; child != nullptr; child = child->_nextSibling) {
-    count += static_cast<int>(child->IsNodeOfName(name));
-  }
-  return count;
-}
-
 LumoXMLNode* LumoXMLNode::FindChild(const char* name) const {
   LumoXMLNode* child = _firstChild;
   while (child != nullptr && child->CompareName(name) != 0) child = child->_nextSibling;
   return child;
-}
-
-int LumoXMLNode::CountChildren(LumoContainer::Match match, const void* key) const {
-  const LumoFunctionComparator comparator(match);
-  return CountChildren(&comparator, key);
-}
-
-int LumoXMLNode::CountChildren(const LumoComparator* comparator, const void* key) const {
-  LumoList matching;
-  CollectChildren(comparator, key, &matching);
-  return matching.GetNumberOfItems();
-}
-
-void LumoXMLNode::CollectChildren(LumoContainer::Match match, const void* key,
-                                  LumoContainer* target) const {
-  const LumoFunctionComparator comparator(match);
-  CollectChildren(&comparator, key, target);
-}
-
-void LumoXMLNode::CollectChildren(const LumoComparator* comparator, const void* key,
-                                  LumoContainer* target) const {
-  for (LumoXMLNode* child = _firstChild; child != nullptr; child = child->_nextSibling) {
-    if (comparator->Compare(child, key) == 0) target->InsertItem(child);
-  }
-}
-
-void LumoXMLNode::InsertChildFirst(LumoXMLNode* child) {
-  child->_parent = this;
-  child->_previousSibling = nullptr;
-  child->_nextSibling = _firstChild;
-  (_firstChild == nullptr ? _lastChild : _firstChild->_previousSibling) = child;
-  _firstChild = child;
 }
 
 void LumoXMLNode::InsertChildLast(LumoXMLNode* child) {
@@ -130,25 +53,6 @@ void LumoXMLNode::InsertChildLast(LumoXMLNode* child) {
   child->_nextSibling = nullptr;
   (_lastChild == nullptr ? _firstChild : _lastChild->_nextSibling) = child;
   _lastChild = child;
-}
-
-void LumoXMLNode::InsertChildBefore(LumoXMLNode* child, LumoXMLNode* before) {
-  if (before == nullptr || before->_parent != this) return;
-  if (before == _firstChild) return InsertChildFirst(child);
-  child->_parent = this;
-  child->_previousSibling = before->_previousSibling;
-  child->_nextSibling = before;
-  before->_previousSibling->_nextSibling = child;
-  before->_previousSibling = child;
-}
-
-void LumoXMLNode::InsertChildInPosition(LumoXMLNode* child, int n) {
-  LumoXMLNode* before = GetChild(n < 1 ? 1 : n);
-  if (before == nullptr) {
-    InsertChildLast(child);
-  } else {
-    InsertChildBefore(child, before);
-  }
 }
 
 // Bottom-up and without recursion, whatever the depth of the tree: each node is deleted when it
@@ -183,6 +87,104 @@ const char* LumoXMLNode::GetAttributeValue(const char* name) const {
 double LumoXMLNode::GetAttributeValueAsDouble(const char* name, double defaultValue) const {
   const LumoXMLAttribute* attribute = FindAttribute(name);
   return attribute == nullptr ? defaultValue : attribute->GetValueAsDouble();
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+void LumoXMLNode::Delete(void* node) {
+  if (node != nullptr) delete static_cast<LumoXMLNode*>(node);
+}
+
+char* LumoXMLNode::CopyName() const { return LumoRawString::CopyIfAny(_name); }
+
+int LumoXMLNode::CompareName(const void* node, const void* name) {
+  return static_cast<const LumoXMLNode*>(node)->CompareName(static_cast<const char*>(name));
+}
+
+int LumoXMLNode::CompareNames(const void* a, const void* b) {
+  return static_cast<const LumoXMLNode*>(a)->CompareNames(static_cast<const LumoXMLNode*>(b));
+}
+
+LumoXMLNode* LumoXMLNode::GetChild(int n) const {
+  if (n < 1) return nullptr;
+  LumoXMLNode* child = _firstChild;
+  for (int i = 1; child != nullptr && i < n; ++i) child = child->_nextSibling;
+  return child;
+}
+
+int LumoXMLNode::GetNumberOfChildren() const {
+  int count = 0;
+  for (const LumoXMLNode* child = _firstChild; child != nullptr; child = child->_nextSibling) {
+    ++count;
+  }
+  return count;
+}
+
+int LumoXMLNode::GetNumberOfChildren(Type type) const {
+  int count = 0;
+  for (const LumoXMLNode* child = _firstChild; child != nullptr; child = child->_nextSibling) {
+    count += static_cast<int>(child->_type == type);
+  }
+  return count;
+}
+
+int LumoXMLNode::GetNumberOfChildNodesOfName(const char* name) const {
+  int count = 0;
+  for (const LumoXMLNode* child = _firstChild; child != nullptr; child = child->_nextSibling) {
+    count += static_cast<int>(child->IsNodeOfName(name));
+  }
+  return count;
+}
+
+int LumoXMLNode::CountChildren(LumoContainer::Match match, const void* key) const {
+  const LumoFunctionComparator comparator(match);
+  return CountChildren(&comparator, key);
+}
+
+int LumoXMLNode::CountChildren(const LumoComparator* comparator, const void* key) const {
+  LumoList matching;
+  CollectChildren(comparator, key, &matching);
+  return matching.GetNumberOfItems();
+}
+
+void LumoXMLNode::CollectChildren(LumoContainer::Match match, const void* key,
+                                  LumoContainer* target) const {
+  const LumoFunctionComparator comparator(match);
+  CollectChildren(&comparator, key, target);
+}
+
+void LumoXMLNode::CollectChildren(const LumoComparator* comparator, const void* key,
+                                  LumoContainer* target) const {
+  for (LumoXMLNode* child = _firstChild; child != nullptr; child = child->_nextSibling) {
+    if (comparator->Compare(child, key) == 0) target->InsertItem(child);
+  }
+}
+
+void LumoXMLNode::InsertChildFirst(LumoXMLNode* child) {
+  child->_parent = this;
+  child->_previousSibling = nullptr;
+  child->_nextSibling = _firstChild;
+  (_firstChild == nullptr ? _lastChild : _firstChild->_previousSibling) = child;
+  _firstChild = child;
+}
+
+void LumoXMLNode::InsertChildBefore(LumoXMLNode* child, LumoXMLNode* before) {
+  if (before == nullptr || before->_parent != this) return;
+  if (before == _firstChild) return InsertChildFirst(child);
+  child->_parent = this;
+  child->_previousSibling = before->_previousSibling;
+  child->_nextSibling = before;
+  before->_previousSibling->_nextSibling = child;
+  before->_previousSibling = child;
+}
+
+void LumoXMLNode::InsertChildInPosition(LumoXMLNode* child, int n) {
+  LumoXMLNode* before = GetChild(n < 1 ? 1 : n);
+  if (before == nullptr) {
+    InsertChildLast(child);
+  } else {
+    InsertChildBefore(child, before);
+  }
 }
 
 int LumoXMLNode::GetAttributeValueAsInt(const char* name, int defaultValue) const {

@@ -14,7 +14,6 @@ class LumoXMLNode {
   virtual ~LumoXMLNode();
   LumoXMLNode(const LumoXMLNode&) = delete;
   LumoXMLNode& operator=(const LumoXMLNode&) = delete;
-  static void Delete(void* node);
 
   // New terms, owned by the caller until they are added to a node. The text is copied.
   static LumoXMLNode* NewNode(const char* name);
@@ -24,63 +23,34 @@ class LumoXMLNode {
 
   Type GetType() const { return _type; }
   bool IsNode() const { return _type == NODE; }
-  bool IsText() const { return _type == TEXT; }
-  bool IsCDATA() const { return _type == CDATA; }
   bool IsComment() const { return _type == COMMENT; }
 
   // An element's tag name, the type of a document (which may be null), the text of other terms.
   const char* GetName() const { return _name; }
   // The text of a term that is not an element; null for an element.
   const char* GetText() const { return IsNode() ? nullptr : _name; }
-  // A new raw string, owned by the caller.
-  char* CopyName() const;
   void SetName(const char* name);
   // Whether the term is an element of that very name.
   bool IsNodeOfName(const char* name) const { return IsNode() && CompareName(name) == 0; }
   int CompareName(const char* name) const;
-  int CompareNames(const LumoXMLNode* other) const { return CompareName(other->_name); }
-  static int CompareName(const void* node, const void* name);
-  static int CompareNames(const void* a, const void* b);
   // The line on which the term began in its file; 0 for a term that was not read from one.
   int GetLineNumber() const { return _lineNumber; }
   void SetLineNumber(int line) { _lineNumber = line; }
 
-  LumoXMLNode* GetParent() const { return _parent; }
-  LumoXMLNode* GetPreviousSibling() const { return _previousSibling; }
   LumoXMLNode* GetNextSibling() const { return _nextSibling; }
   LumoXMLNode* GetFirstChild() const { return _firstChild; }
-  LumoXMLNode* GetLastChild() const { return _lastChild; }
   bool HasChild() const { return _firstChild != nullptr; }
-  // The n-th child: of any type, of a type, among the elements.
-  LumoXMLNode* GetChild(int n) const;
+  // The n-th child of a type.
   LumoXMLNode* GetChild(int n, Type type) const;
-  LumoXMLNode* GetChildNode(int n) const { return GetChild(n, NODE); }
-  int GetNumberOfChildren() const;
-  int GetNumberOfChildren(Type type) const;
-  int GetNumberOfChildNodes() const { return GetNumberOfChildren(NODE); }
-  int GetNumberOfChildNodesOfName(const char* name) const;
   // The first child, of any type, whose name field equals `name`: a text too, by what it says.
   LumoXMLNode* FindChild(const char* name) const;
-  bool HasChild(const char* name) const { return FindChild(name) != nullptr; }
-  // The children that a matching function picks (0 for a match): how many, and into a container.
-  int CountChildren(LumoContainer::Match match, const void* key) const;
-  int CountChildren(const LumoComparator* comparator, const void* key) const;
-  void CollectChildren(LumoContainer::Match match, const void* key, LumoContainer* target) const;
-  void CollectChildren(const LumoComparator* comparator, const void* key,
-                       LumoContainer* target) const;
 
   // The child must belong to no node yet; this one takes it over.
   void AddChild(LumoXMLNode* child) { InsertChildLast(child); }
-  void InsertChildFirst(LumoXMLNode* child);
   void InsertChildLast(LumoXMLNode* child);
-  // Does nothing unless `before` is a child of this node.
-  void InsertChildBefore(LumoXMLNode* child, LumoXMLNode* before);
-  // Before the n-th child (n ≤ 1 means the first), or last when there is none.
-  void InsertChildInPosition(LumoXMLNode* child, int n);
   // Deletes every child with its subtree.
   void DeleteDescendants();
 
-  bool HasAttribute() const { return !_attributes.IsEmpty(); }
   // Appends an attribute, which the node takes over; a name may occur twice.
   void AddAttribute(LumoXMLAttribute* attribute) { _attributes.InsertItemLast(attribute); }
   template <class Value>
@@ -92,11 +62,48 @@ class LumoXMLNode {
   // Its text, or null; its typed view whatever its text, or the default when it is absent.
   const char* GetAttributeValue(const char* name) const;
   double GetAttributeValueAsDouble(const char* name, double defaultValue) const;
+  const LumoList& GetAttributes() const { return _attributes; }
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  static void Delete(void* node);
+  bool IsText() const { return _type == TEXT; }
+  bool IsCDATA() const { return _type == CDATA; }
+  // A new raw string, owned by the caller.
+  char* CopyName() const;
+  int CompareNames(const LumoXMLNode* other) const { return CompareName(other->_name); }
+  static int CompareName(const void* node, const void* name);
+  static int CompareNames(const void* a, const void* b);
+
+  LumoXMLNode* GetParent() const { return _parent; }
+  LumoXMLNode* GetPreviousSibling() const { return _previousSibling; }
+  LumoXMLNode* GetLastChild() const { return _lastChild; }
+  // The n-th child of any type, or among the elements.
+  LumoXMLNode* GetChild(int n) const;
+  LumoXMLNode* GetChildNode(int n) const { return GetChild(n, NODE); }
+  int GetNumberOfChildren() const;
+  int GetNumberOfChildren(Type type) const;
+  int GetNumberOfChildNodes() const { return GetNumberOfChildren(NODE); }
+  int GetNumberOfChildNodesOfName(const char* name) const;
+  bool HasChild(const char* name) const { return FindChild(name) != nullptr; }
+  // The children that a matching function picks (0 for a match): how many, and into a container.
+  int CountChildren(LumoContainer::Match match, const void* key) const;
+  int CountChildren(const LumoComparator* comparator, const void* key) const;
+  void CollectChildren(LumoContainer::Match match, const void* key, LumoContainer* target) const;
+  void CollectChildren(const LumoComparator* comparator, const void* key,
+                       LumoContainer* target) const;
+  void InsertChildFirst(LumoXMLNode* child);
+  // Does nothing unless `before` is a child of this node.
+  void InsertChildBefore(LumoXMLNode* child, LumoXMLNode* before);
+  // Before the n-th child (n ≤ 1 means the first), or last when there is none.
+  void InsertChildInPosition(LumoXMLNode* child, int n);
+
+  bool HasAttribute() const { return !_attributes.IsEmpty(); }
+  // As GetAttributeValueAsDouble.
   int GetAttributeValueAsInt(const char* name, int defaultValue) const;
   bool GetAttributeValueAsBool(const char* name, bool defaultValue) const;
   // A new cursor, owned by the caller.
   LumoCursor* NewCursorOnAttributes() const { return _attributes.NewCursor(); }
-  const LumoList& GetAttributes() const { return _attributes; }
 
  private:
   static LumoXMLNode* _New(Type type, const char* name);

@@ -69,21 +69,9 @@ LumoXMLParser::~LumoXMLParser() {
   LumoMemoryManager::TraceDelete(this, "LumoXMLParser");
 }
 
-void LumoXMLParser::SetInputFileName(const char* name) {
-  LumoRawString::Replace(_inputFileName, name);
-}
-
-void LumoXMLParser::SetErrorFile(std::FILE* file) {
-  _defaultErrorStream.reset(file == nullptr ? nullptr : new LumoFileStream(false, file));
-}
-
 LumoStream* LumoXMLParser::GetErrorStream() const {
   return _errorStream != nullptr ? _errorStream : _defaultErrorStream.get();
 }
-
-void LumoXMLParser::SetMessenger(LumoXMLParserMessenger* messenger) { _messenger.reset(messenger); }
-
-void LumoXMLParser::SetPrinter(LumoXMLPrinter* printer) { _printer.reset(printer); }
 
 LumoXMLParserMessenger* LumoXMLParser::GetMessenger() {
   if (!_messenger) _messenger = std::make_unique<LumoXMLParserMessenger>();
@@ -449,12 +437,26 @@ void LumoXMLParser::RaiseError(const char* text, const LumoXMLNode* node) {
   _RaiseAlert(Messenger::ERROR, text, node);
 }
 
-void LumoXMLParser::RaiseWarning(const char* text, const LumoXMLNode* node) {
-  _RaiseAlert(Messenger::WARNING, text, node);
-}
-
 void LumoXMLParser::RaiseError(const char* format, const char* argument, const LumoXMLNode* node) {
   _RaiseAlert(Messenger::ERROR, format, argument, node);
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+void LumoXMLParser::SetInputFileName(const char* name) {
+  LumoRawString::Replace(_inputFileName, name);
+}
+
+void LumoXMLParser::SetErrorFile(std::FILE* file) {
+  _defaultErrorStream.reset(file == nullptr ? nullptr : new LumoFileStream(false, file));
+}
+
+void LumoXMLParser::SetMessenger(LumoXMLParserMessenger* messenger) { _messenger.reset(messenger); }
+
+void LumoXMLParser::SetPrinter(LumoXMLPrinter* printer) { _printer.reset(printer); }
+
+void LumoXMLParser::RaiseWarning(const char* text, const LumoXMLNode* node) {
+  _RaiseAlert(Messenger::WARNING, text, node);
 }
 
 void LumoXMLParser::RaiseWarning(const char* format, const char* argument,

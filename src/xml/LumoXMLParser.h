@@ -35,25 +35,13 @@ class LumoXMLParser {
   // it has been reported, and the document is empty.
   int ParseFile(LumoXMLDocument* document, std::FILE* file);
 
-  // The name that syntax errors give the file; null for none. Copied, and kept between files.
-  void SetInputFileName(const char* name);
-  const char* GetInputFileName() const { return _inputFileName; }
-  // Where messages go: a file (null for nowhere), or a stream that is not owned and goes first.
-  void SetErrorFile(std::FILE* file);
-  void SetErrorStream(LumoStream* stream) { _errorStream = stream; }
   LumoStream* GetErrorStream() const;
-  // Take ownership.
-  void SetMessenger(LumoXMLParserMessenger* messenger);
-  void SetPrinter(LumoXMLPrinter* printer);
   LumoXMLParserMessenger* GetMessenger();
   LumoXMLPrinter* GetPrinter();
 
-  bool GetParseError() const { return _parseError; }
   void ResetParseError() { _parseError = false; }
-  int GetLineNumber() const { return _lineNumber; }
   // Lines beyond the range of integers are not counted.
   void IncrementLineNumber() { _lineNumber += static_cast<int>(_lineNumber < INT_MAX); }
-  void DecrementLineNumber() { --_lineNumber; }
   void ResetLineNumber() { _lineNumber = 1; }
 
   // Alerts of the parser's users. With an element, the report gives its line and prints it with
@@ -61,8 +49,25 @@ class LumoXMLParser {
   // the place of each "%s" and write nothing when the format or the argument is null. The code
   // forms take their text from the messenger. Alerts do not set the parse-error flag.
   void RaiseError(const char* text, const LumoXMLNode* node);
-  void RaiseWarning(const char* text, const LumoXMLNode* node);
   void RaiseError(const char* format, const char* argument, const LumoXMLNode* node);
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  // The name that syntax errors give the file; null for none. Copied, and kept between files.
+  void SetInputFileName(const char* name);
+  const char* GetInputFileName() const { return _inputFileName; }
+  // Where messages go: a file (null for nowhere), or a stream that is not owned and goes first.
+  void SetErrorFile(std::FILE* file);
+  void SetErrorStream(LumoStream* stream) { _errorStream = stream; }
+  // Take ownership.
+  void SetMessenger(LumoXMLParserMessenger* messenger);
+  void SetPrinter(LumoXMLPrinter* printer);
+
+  bool GetParseError() const { return _parseError; }
+  int GetLineNumber() const { return _lineNumber; }
+  void DecrementLineNumber() { --_lineNumber; }
+
+  void RaiseWarning(const char* text, const LumoXMLNode* node);
   void RaiseWarning(const char* format, const char* argument, const LumoXMLNode* node);
   void RaiseError(int code, const LumoXMLNode* node);
   void RaiseWarning(int code, const LumoXMLNode* node);

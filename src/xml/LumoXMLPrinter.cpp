@@ -22,14 +22,6 @@ LumoXMLPrinter::~LumoXMLPrinter() {
   LumoMemoryManager::TraceDelete(this, "LumoXMLPrinter");
 }
 
-void LumoXMLPrinter::SetIndentation(int n) {
-  SetIndentation(std::string(static_cast<std::size_t>(n), ' ').c_str());
-}
-
-void LumoXMLPrinter::SetIndentation(const char* unit) {
-  LumoRawString::Replace(_indentation, unit);
-}
-
 void LumoXMLPrinter::PrintIndentation(LumoStream* stream) {
   for (int i = 0; i < _depth; ++i) stream->Put(_indentation);
 }
@@ -40,11 +32,6 @@ void LumoXMLPrinter::_PrintHeader(const char* documentType, LumoStream* stream) 
   stream->Put("<!DOCTYPE ");
   stream->Put(documentType);
   stream->Put(">\n");
-}
-
-void LumoXMLPrinter::PrintDocumentHeader(const char* documentType, LumoStream* stream) {
-  _PrintHeader(documentType, stream);
-  _depth = 0;
 }
 
 void LumoXMLPrinter::PrintTag(const char* name, LumoStream* stream) {
@@ -184,4 +171,19 @@ void LumoXMLPrinter::PrintDocument(const LumoXMLDocument* document, LumoStream* 
     PrintTerm(root, stream);
   }
   stream->Flush();
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+void LumoXMLPrinter::SetIndentation(int n) {
+  SetIndentation(std::string(static_cast<std::size_t>(n), ' ').c_str());
+}
+
+void LumoXMLPrinter::SetIndentation(const char* unit) {
+  LumoRawString::Replace(_indentation, unit);
+}
+
+void LumoXMLPrinter::PrintDocumentHeader(const char* documentType, LumoStream* stream) {
+  _PrintHeader(documentType, stream);
+  _depth = 0;
 }

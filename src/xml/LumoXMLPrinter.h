@@ -42,8 +42,6 @@ class LumoXMLPrinter {
   virtual void PrintComment(const char* text, LumoStream* stream);
 
   void PrintIndentation(LumoStream* stream);
-  // The XML declaration and, for a type that is not null, the document type. Back to depth 0.
-  void PrintDocumentHeader(const char* documentType, LumoStream* stream);
 
   // A term with its subtree; a document prints nothing.
   void PrintTerm(const LumoXMLNode* node, LumoStream* stream);
@@ -52,14 +50,19 @@ class LumoXMLPrinter {
   // The header, then every root; the stream is flushed. The depth is not reset.
   void PrintDocument(const LumoXMLDocument* document, LumoStream* stream);
 
+  void IncrementDepth() { ++_depth; }
+  void DecrementDepth() { --_depth; }
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  // The XML declaration and, for a type that is not null, the document type. Back to depth 0.
+  void PrintDocumentHeader(const char* documentType, LumoStream* stream);
   // The unit: n blanks (n ≥ 0), or a copy of a text. Two blanks at construction.
   void SetIndentation(int n);
   void SetIndentation(const char* unit);
   const char* GetIndentation() const { return _indentation; }
   int GetDepth() const { return _depth; }
   void SetDepth(int depth) { _depth = depth; }
-  void IncrementDepth() { ++_depth; }
-  void DecrementDepth() { --_depth; }
 
  private:
   void _PrintHeader(const char* documentType, LumoStream* stream);

@@ -199,6 +199,8 @@ void LumoAVLTree::DeleteItems(Release release) {
 
 LumoCursor* LumoAVLTree::NewCursor() { return new LumoAVLTreeCursor(this); }
 
+// Offered to users of the class; the program itself does not call what follows.
+
 LumoList* LumoAVLTree::CopyAsList() const {
   auto* list = new LumoList;
   list->InsertItems(this);

@@ -67,6 +67,8 @@ class LumoAVLTree : public LumoContainer {
   // before it, which goes instead. Null is ignored.
   void* RemoveNode(LumoAVLTreeNode* node);
 
+  // Offered to users of the class; the program itself does not call what follows.
+
   // New containers, owned by the caller. Set operations go by the tree's order: an item is in the
   // other tree when one there compares equal to it.
   LumoList* CopyAsList() const;

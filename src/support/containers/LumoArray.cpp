@@ -14,8 +14,6 @@ void** NewSlots(int size) { return new void*[static_cast<std::size_t>(size)](); 
 
 }  // namespace
 
-LumoArray::LumoArray() : LumoArray(DEFAULT_SIZE) {}
-
 LumoArray::LumoArray(int size)
     : _slots(NewSlots(std::max(size, 0))), _size(std::max(size, 0)), _increment(std::max(size, 1)) {
   LumoMemoryManager::TraceNew(this, "LumoArray");
@@ -68,21 +66,10 @@ void* LumoArray::RemoveItem(int index) {
   return GetItem(index) == nullptr ? nullptr : _Exchange(index, nullptr);
 }
 
-void* LumoArray::RemoveItemAtIndex(int index) {
-  if (index < 0 || index >= _size) return nullptr;
-  void* item = RemoveItem(index);
-  ShiftBlockLeft(index + 1, _size - index - 1, 1);
-  return item;
-}
-
 void LumoArray::_Clip(int& start, int& length) const {
   const long long end = std::min<long long>(static_cast<long long>(start) + length, _size);
   start = std::max(start, 0);
   length = static_cast<int>(std::max<long long>(end - start, 0));
-}
-
-void LumoArray::RemoveItems(int from, int count) {
-  DeleteItems(from, count, LumoFunction::DoNothing);
 }
 
 void LumoArray::DeleteItems(int from, int count, Release release) {
@@ -99,12 +86,6 @@ void LumoArray::InsertItemAtIndex(int index, void* item) {
   ShiftBlockRight(index, GetIndexOfLastItem() + 1 - index, 1);
   _Exchange(index, item);
 }
-
-void LumoArray::PushItem(void* item) {
-  if (item != nullptr) SetItem(_numberOfItems, item);
-}
-
-void* LumoArray::PopItem() { return RemoveItem(_numberOfItems - 1); }
 
 int LumoArray::GetIndexOfItem(const void* item) const {
   return GetIndexOfItem(LumoFunction::CompareAddress, item);
@@ -135,6 +116,46 @@ int LumoArray::GetIndexOfNthItem(int n) const {
   return index;
 }
 
+void LumoArray::ShiftBlockRight(int start, int length, int distance) {
+  if (length <= 0 || distance <= 0 || start < 0 || distance > _size - start - length) return;
+  for (int i = start + length - 1; i >= start; --i) {
+    _Exchange(i + distance, _Exchange(i, nullptr));
+  }
+}
+
+void LumoArray::_Resize(int size) {
+  void** slots = NewSlots(size);
+  std::copy_n(_slots, std::min(_size, size), slots);
+  delete[] std::exchange(_slots, slots);
+  _size = size;
+}
+
+void LumoArray::Expand(int n) {
+  if (n < _size) return;
+  _Resize(_size + ((n - _size) / _increment + 1) * _increment);
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+LumoArray::LumoArray() : LumoArray(DEFAULT_SIZE) {}
+
+void* LumoArray::RemoveItemAtIndex(int index) {
+  if (index < 0 || index >= _size) return nullptr;
+  void* item = RemoveItem(index);
+  ShiftBlockLeft(index + 1, _size - index - 1, 1);
+  return item;
+}
+
+void LumoArray::RemoveItems(int from, int count) {
+  DeleteItems(from, count, LumoFunction::DoNothing);
+}
+
+void LumoArray::PushItem(void* item) {
+  if (item != nullptr) SetItem(_numberOfItems, item);
+}
+
+void* LumoArray::PopItem() { return RemoveItem(_numberOfItems - 1); }
+
 void LumoArray::SwapItems(int i, int j) {
   if (i < 0 || j < 0 || i >= _size || j >= _size) return;
   std::swap(_slots[i], _slots[j]);
@@ -144,13 +165,6 @@ void LumoArray::ShiftBlockLeft(int start, int length, int distance) {
   if (length <= 0 || distance <= 0 || distance > start || length > _size - start) return;
   for (int i = start; i < start + length; ++i) {
     _Exchange(i - distance, _Exchange(i, nullptr));
-  }
-}
-
-void LumoArray::ShiftBlockRight(int start, int length, int distance) {
-  if (length <= 0 || distance <= 0 || start < 0 || distance > _size - start - length) return;
-  for (int i = start + length - 1; i >= start; --i) {
-    _Exchange(i + distance, _Exchange(i, nullptr));
   }
 }
 
@@ -172,18 +186,6 @@ void LumoArray::SortBlock(int start, int length, Order order) {
   void** first = _slots + start;
   void** last = std::find(first, first + length, nullptr);
   std::stable_sort(first, last, [order](void* a, void* b) { return order(a, b) < 0; });
-}
-
-void LumoArray::_Resize(int size) {
-  void** slots = NewSlots(size);
-  std::copy_n(_slots, std::min(_size, size), slots);
-  delete[] std::exchange(_slots, slots);
-  _size = size;
-}
-
-void LumoArray::Expand(int n) {
-  if (n < _size) return;
-  _Resize(_size + ((n - _size) / _increment + 1) * _increment);
 }
 
 void LumoArray::Shrink(int n) {
@@ -267,6 +269,8 @@ void* LumoArrayCursor::RemoveItemAndDecrement() {
   Decrement();
   return item;
 }
+
+// Offered to users of the class; the program itself does not call what follows.
 
 void LumoArrayCursor::ResetOnCursor(const LumoArrayCursor* other) { *this = *other; }
 

@@ -9,8 +9,6 @@
 // before sorting.
 class LumoArray : public LumoContainer {
  public:
-  // Capacity and growth increment of 1024, or of `size` each.
-  LumoArray();
   explicit LumoArray(int size);
   ~LumoArray() override;
 
@@ -44,20 +42,13 @@ class LumoArray : public LumoContainer {
 
   // Empties one slot, without shifting. The item is returned.
   void* RemoveItem(int index);
-  // Removes the slot itself: the following ones shift one to the left. The item is returned.
-  void* RemoveItemAtIndex(int index);
-  // Empty the slots [from, from + count), as far as there are.
-  void RemoveItems(int from, int count);
+  // Empties the slots [from, from + count), as far as there are, releasing their items.
   void DeleteItems(int from, int count, Release release);
 
   // Inserts before a slot, the following ones shifting one to the right. Indices outside
   // 0 .. number of items are ignored.
   void InsertItemAtIndex(int index, void* item);
-  void InsertItemFirst(void* item) { InsertItemAtIndex(0, item); }
   void InsertItemLast(void* item) { InsertItemAtIndex(_numberOfItems, item); }
-  // As a stack, over slots without holes. A null item is ignored.
-  void PushItem(void* item);
-  void* PopItem();
 
   // Slot indices, -1 when there is none.
   int GetIndexOfItem(const void* item) const;
@@ -67,11 +58,28 @@ class LumoArray : public LumoContainer {
   int GetIndexOfLastItem() const;
   int GetIndexOfNthItem(int n) const;
 
-  void SwapItems(int i, int j);
   // Move the slots [start, start + length) by `distance`, overwriting what they move onto and
   // leaving null behind. Runs that would leave the capacity are ignored.
-  void ShiftBlockLeft(int start, int length, int distance);
   void ShiftBlockRight(int start, int length, int distance);
+
+  // Grows, by whole increments, until slot `n` exists.
+  void Expand(int n);
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  // A capacity and a growth increment of 1024.
+  LumoArray();
+  void InsertItemFirst(void* item) { InsertItemAtIndex(0, item); }
+  // As a stack, over slots without holes. A null item is ignored.
+  void PushItem(void* item);
+  void* PopItem();
+  // Removes the slot itself: the following ones shift one to the left. The item is returned.
+  void* RemoveItemAtIndex(int index);
+  // As DeleteItems, releasing nothing.
+  void RemoveItems(int from, int count);
+  void SwapItems(int i, int j);
+  // As ShiftBlockRight, the other way.
+  void ShiftBlockLeft(int start, int length, int distance);
   // Move the items of a run, or of the whole array, together to its left (right) end, in order.
   void CompactBlockLeft(int start, int length);
   void CompactBlockRight(int start, int length);
@@ -80,13 +88,9 @@ class LumoArray : public LumoContainer {
   // Compact to the left, then sort; equal items keep their order.
   void Sort(Order order) { SortBlock(0, _size, order); }
   void SortBlock(int start, int length, Order order);
-
-  // Grows, by whole increments, until slot `n` exists.
-  void Expand(int n);
   // Shrinks to the smallest multiple of the increment (at least one) that keeps slot `n`; to
   // nothing for a negative `n`. Items beyond are removed.
   void Shrink(int n);
-
   // New arrays, owned by the caller: the same items, or copies of them.
   LumoArray* Copy() const;
   LumoArray* CopyWithItems(CopyItem copy) const;
@@ -122,6 +126,8 @@ class LumoArrayCursor : public LumoCursor {
   void* GetItem() const override;
   void* RemoveItemAndIncrement() override;
   void* RemoveItemAndDecrement() override;
+
+  // Offered to users of the class; the program itself does not call what follows.
 
   // Stands where the other cursor stands.
   void ResetOnCursor(const LumoArrayCursor* other);

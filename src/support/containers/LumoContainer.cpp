@@ -57,6 +57,33 @@ int LumoContainer::SearchItem(const LumoComparator* comparator, const void* key)
   return 0;
 }
 
+void LumoContainer::CollectItems(LumoContainer* target) const {
+  for (void* item : LumoItems<void>(*this)) target->InsertItem(item);
+}
+
+void LumoContainer::CollectItems(Match match, const void* key, LumoContainer* target) const {
+  const LumoFunctionComparator comparator(match);
+  CollectItems(&comparator, key, target);
+}
+
+void LumoContainer::CollectItems(const LumoComparator* comparator, const void* key,
+                                 LumoContainer* target) const {
+  for (void* item : LumoItems<void>(*this)) {
+    if (comparator->Compare(item, key) == 0) target->InsertItem(item);
+  }
+}
+
+void LumoContainer::RemoveItems() { DeleteItems(LumoFunction::DoNothing); }
+
+void LumoContainer::DeleteItems(const LumoContainer* other, Release release) {
+  if (other == this) return DeleteItems(release);
+  for (const void* item : LumoItems<void>(*other)) {
+    if (void* removed = RemoveItem(item)) release(removed);
+  }
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
 int LumoContainer::CountItems(Predicate predicate) const {
   int count = 0;
   for (const void* item : LumoItems<void>(*this)) count += static_cast<int>(predicate(item));
@@ -76,25 +103,9 @@ int LumoContainer::CountItems(const LumoComparator* comparator, const void* key)
   return count;
 }
 
-void LumoContainer::CollectItems(LumoContainer* target) const {
-  for (void* item : LumoItems<void>(*this)) target->InsertItem(item);
-}
-
 void LumoContainer::CollectItems(Predicate predicate, LumoContainer* target) const {
   for (void* item : LumoItems<void>(*this)) {
     if (predicate(item)) target->InsertItem(item);
-  }
-}
-
-void LumoContainer::CollectItems(Match match, const void* key, LumoContainer* target) const {
-  const LumoFunctionComparator comparator(match);
-  CollectItems(&comparator, key, target);
-}
-
-void LumoContainer::CollectItems(const LumoComparator* comparator, const void* key,
-                                 LumoContainer* target) const {
-  for (void* item : LumoItems<void>(*this)) {
-    if (comparator->Compare(item, key) == 0) target->InsertItem(item);
   }
 }
 
@@ -108,8 +119,6 @@ void LumoContainer::Apply(void* (*function)(void*, void*), void* argument, LumoC
   }
 }
 
-void LumoContainer::RemoveItems() { DeleteItems(LumoFunction::DoNothing); }
-
 void LumoContainer::RemoveItems(Match match, const void* key) {
   DeleteItems(match, key, LumoFunction::DoNothing);
 }
@@ -120,13 +129,6 @@ void LumoContainer::RemoveItems(const LumoComparator* comparator, const void* ke
 
 void LumoContainer::RemoveItems(const LumoContainer* other) {
   DeleteItems(other, LumoFunction::DoNothing);
-}
-
-void LumoContainer::DeleteItems(const LumoContainer* other, Release release) {
-  if (other == this) return DeleteItems(release);
-  for (const void* item : LumoItems<void>(*other)) {
-    if (void* removed = RemoveItem(item)) release(removed);
-  }
 }
 
 void LumoContainer::Add(const LumoContainer* other) {

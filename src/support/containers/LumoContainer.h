@@ -53,27 +53,31 @@ class LumoContainer {
   int SearchItem(Match match, const void* key) const;
   int SearchItem(const LumoComparator* comparator, const void* key) const;
 
-  int CountItems(Predicate predicate) const;
-  int CountItems(Match match, const void* key) const;
-  int CountItems(const LumoComparator* comparator, const void* key) const;
-
-  // Insert all items, or those chosen, into another container.
+  // Insert all items, or those that match, into another container.
   void CollectItems(LumoContainer* target) const;
-  void CollectItems(Predicate predicate, LumoContainer* target) const;
   void CollectItems(Match match, const void* key, LumoContainer* target) const;
   void CollectItems(const LumoComparator* comparator, const void* key, LumoContainer* target) const;
 
+  void InsertItems(const LumoContainer* other) { other->CollectItems(this); }
+  void RemoveItems();
+  // Removes and releases each item of the other container (one occurrence for one).
+  void DeleteItems(const LumoContainer* other, Release release);
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  int CountItems(Predicate predicate) const;
+  int CountItems(Match match, const void* key) const;
+  int CountItems(const LumoComparator* comparator, const void* key) const;
+  // Inserts the items chosen by the predicate into another container.
+  void CollectItems(Predicate predicate, LumoContainer* target) const;
   // Call a function on each item. The second form inserts what it returns, if not null.
   void Apply(void (*function)(void* item, void* argument), void* argument);
   void Apply(void* (*function)(void* item, void* argument), void* argument, LumoContainer* target);
-
-  void InsertItems(const LumoContainer* other) { other->CollectItems(this); }
-  void RemoveItems();
+  // Remove the items that match.
   void RemoveItems(Match match, const void* key);
   void RemoveItems(const LumoComparator* comparator, const void* key);
-  // Remove each item of the other container (one occurrence for one).
+  // Removes each item of the other container.
   void RemoveItems(const LumoContainer* other);
-  void DeleteItems(const LumoContainer* other, Release release);
 
   // Set operations in place, by identity of the items.
   void Add(const LumoContainer* other);

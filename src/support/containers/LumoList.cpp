@@ -42,17 +42,6 @@ class Marking {
 
 LumoList::LumoList() { LumoMemoryManager::TraceNew(this, "LumoList"); }
 
-LumoList::LumoList(int count, ...) : LumoList() {
-  std::va_list items;
-  va_start(items, count);
-  for (int i = 0; i < count; ++i) {
-    // The analyser misses va_start on some targets.
-    void* item = va_arg(items, void*);  // NOLINT(clang-analyzer-valist.Uninitialized)
-    InsertItemLast(item);
-  }
-  va_end(items);
-}
-
 LumoList::~LumoList() {
   // RemoveCell moves _first on, which the analyser misses.
   while (_first != nullptr) RemoveCell(_first);  // NOLINT(clang-analyzer-cplusplus.NewDelete)
@@ -112,6 +101,19 @@ LumoListCell* LumoList::InsertItemBefore(LumoListCell* cell, void* item) {
   (added->_next == nullptr ? _last : added->_next->_previous) = added;
   ++_numberOfItems;
   return added;
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+LumoList::LumoList(int count, ...) : LumoList() {
+  std::va_list items;
+  va_start(items, count);
+  for (int i = 0; i < count; ++i) {
+    // The analyser misses va_start on some targets.
+    void* item = va_arg(items, void*);  // NOLINT(clang-analyzer-valist.Uninitialized)
+    InsertItemLast(item);
+  }
+  va_end(items);
 }
 
 LumoListCell* LumoList::InsertItemAfter(LumoListCell* cell, void* item) {

@@ -23,8 +23,6 @@ class LumoListCell {
 class LumoList : public LumoContainer {
  public:
   LumoList();
-  // A list of the `count` item pointers that follow, in order.
-  LumoList(int count, ...);
   ~LumoList() override;
 
   using LumoContainer::DeleteItems;
@@ -54,11 +52,16 @@ class LumoList : public LumoContainer {
   // Frees the cell and returns its item. Null is ignored.
   void* RemoveCell(LumoListCell* cell);
 
-  void InsertItemFirst(void* item) { InsertItemBefore(_first, item); }
   void InsertItemLast(void* item) { InsertItemBefore(static_cast<LumoListCell*>(nullptr), item); }
-  // Insert beside a cell; before no cell means at the end, after no cell at the start. The new
-  // cell is returned.
+  // Inserts before a cell, or at the end before no cell. The new cell is returned.
   LumoListCell* InsertItemBefore(LumoListCell* cell, void* item);
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  // A list of the `count` item pointers that follow, in order.
+  LumoList(int count, ...);
+  void InsertItemFirst(void* item) { InsertItemBefore(_first, item); }
+  // After no cell means at the start.
   LumoListCell* InsertItemAfter(LumoListCell* cell, void* item);
   // Makes the item the n-th; beyond the end, the last.
   void InsertItemInPosition(void* item, int n);

@@ -82,6 +82,23 @@ void LumoMemoryManager::Trace(const char* fileName, const char* format, ...) {
   va_end(arguments);
 }
 
+void LumoMemoryManager::_WriteTraceLine(const char* event, const void* object,
+                                        const char* className) {
+  Trace(TRACE_FILE, "LumoMemoryManager::%s %ld/%s [%ld]\n", event, AddressOf(object), className,
+        static_cast<long>(_allocationBalance));
+}
+
+void LumoMemoryManager::_EndOnNegativeBalance(const void* object, const char* className) {
+  char line[MAXIMUM_LINE_LENGTH];
+  std::snprintf(line, sizeof line,
+                "LumoMemoryManager::NegativeAllocationBalance Delete %ld/%s [%ld]\n",
+                AddressOf(object), className, static_cast<long>(_allocationBalance));
+  Dump(line);
+  std::exit(1);
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
 void LumoMemoryManager::Trace(const char* label, int value) {
   if (_traceAllocations) Trace(TRACE_FILE, "%s %d\n", label, value);
 }
@@ -98,21 +115,6 @@ void LumoMemoryManager::TraceAllocationBalance(const char* label) {
 
 void LumoMemoryManager::TraceAllocationDebugPoint(const char* label) {
   if (_traceAllocations) Trace(TRACE_FILE, "%s\n", label);
-}
-
-void LumoMemoryManager::_WriteTraceLine(const char* event, const void* object,
-                                        const char* className) {
-  Trace(TRACE_FILE, "LumoMemoryManager::%s %ld/%s [%ld]\n", event, AddressOf(object), className,
-        static_cast<long>(_allocationBalance));
-}
-
-void LumoMemoryManager::_EndOnNegativeBalance(const void* object, const char* className) {
-  char line[MAXIMUM_LINE_LENGTH];
-  std::snprintf(line, sizeof line,
-                "LumoMemoryManager::NegativeAllocationBalance Delete %ld/%s [%ld]\n",
-                AddressOf(object), className, static_cast<long>(_allocationBalance));
-  Dump(line);
-  std::exit(1);
 }
 
 // The replaced global allocation functions. `new` never yields null to code that doesn't expect

@@ -33,12 +33,8 @@ class LumoMemoryManager {
     if (--_allocationBalance < 0) _EndOnNegativeBalance(object, className);
   }
 
-  static std::int64_t GetAllocationBalance() { return _allocationBalance; }
-
   // Whether each TraceNew and TraceDelete is written to the trace file. Off at start.
   static void SetTraceAllocations(bool on) { _traceAllocations = on; }
-  // Whether the release of a null pointer is written to the dump file. On at start.
-  static void SetTraceNullPointerDeletions(bool on) { _traceNullPointerDeletions = on; }
 
   // Zero-filled memory of `size` bytes, or null, after a line in the dump file, when there is none.
   static void* NewCell(std::size_t size);
@@ -56,6 +52,11 @@ class LumoMemoryManager {
   static void Trace(const char* fileName, const char* format, ...)
       __attribute__((format(printf, 2, 3)));
 
+  // Offered to users of the class; the program itself does not call what follows.
+
+  static std::int64_t GetAllocationBalance() { return _allocationBalance; }
+  // Whether the release of a null pointer is written to the dump file. On at start.
+  static void SetTraceNullPointerDeletions(bool on) { _traceNullPointerDeletions = on; }
   // When tracing, append a labelled line to the trace file: a value, the balance, or nothing more.
   static void Trace(const char* label, int value);
   static void Trace(const char* label, double value);

@@ -24,6 +24,8 @@ class LumoCongruentialRandomizer : public LumoRandomizer {
   double UniformDraw() override;
   using LumoRandomizer::UniformDraw;
 
+  // Offered to users of the class; the program itself does not call what follows.
+
   long GetModulus() const { return _modulus; }
   long GetMultiplier() const { return _multiplier; }
   long GetMask() const { return _mask; }

@@ -47,29 +47,6 @@ LumoRandomizer::~LumoRandomizer() = default;
 
 double LumoRandomizer::UniformDraw(double a, double b) { return a + (b - a) * UniformDraw(); }
 
-long LumoRandomizer::DrawModulo(long n) {
-  return static_cast<long>(std::floor(UniformDraw() * static_cast<double>(n)));
-}
-
-double LumoRandomizer::ExponentialDraw() {
-  double u = UniformDraw();
-  while (u == 0.0) u = UniformDraw();
-  double a = 0.0;
-  u += u;
-  while (u <= 1.0) {
-    a += LN_2;
-    u += u;
-  }
-  u -= 1.0;
-  if (u <= LN_2) return a + u;
-  double smallest = UniformDraw();
-  int i = 1;
-  do {
-    smallest = std::min(smallest, UniformDraw());
-  } while (u > EXPONENTIAL_TABLE[i++]);
-  return a + smallest * LN_2;
-}
-
 double LumoRandomizer::NormalDraw() {
   if (_normalDrawValue != 0.0) {
     const double value = _normalDrawValue;
@@ -129,4 +106,29 @@ double LumoRandomizer::StandardScore(double level) {
     if (level <= row.level) return row.score;
   }
   return HIGHEST_STANDARD_SCORE;
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+long LumoRandomizer::DrawModulo(long n) {
+  return static_cast<long>(std::floor(UniformDraw() * static_cast<double>(n)));
+}
+
+double LumoRandomizer::ExponentialDraw() {
+  double u = UniformDraw();
+  while (u == 0.0) u = UniformDraw();
+  double a = 0.0;
+  u += u;
+  while (u <= 1.0) {
+    a += LN_2;
+    u += u;
+  }
+  u -= 1.0;
+  if (u <= LN_2) return a + u;
+  double smallest = UniformDraw();
+  int i = 1;
+  do {
+    smallest = std::min(smallest, UniformDraw());
+  } while (u > EXPONENTIAL_TABLE[i++]);
+  return a + smallest * LN_2;
 }

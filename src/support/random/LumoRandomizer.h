@@ -25,11 +25,6 @@ class LumoRandomizer {
 
   // a + (b - a) u.
   double UniformDraw(double a, double b);
-  // An integer in 0 .. n; n itself only when the uniform draw is exactly 1.
-  long DrawModulo(long n);
-  // Mean 1. Algorithm SA of J. H. Ahrens and U. Dieter, "Computer methods for sampling from the
-  // exponential and normal distributions", 1972.
-  double ExponentialDraw();
   // Mean 0 and deviation 1, or `mu` and `sigma`. The polar method of G. Marsaglia and T. A. Bray,
   // "A convenient method for generating normal variables", 1964. A generator stuck on a value
   // that the method refuses yields 0.
@@ -48,6 +43,14 @@ class LumoRandomizer {
   // The two-sided standard normal quantile of a confidence level, from a table of usual levels:
   // the score of the first level not below the given one.
   static double StandardScore(double level);
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  // An integer in 0 .. n; n itself only when the uniform draw is exactly 1.
+  long DrawModulo(long n);
+  // Mean 1. Algorithm SA of J. H. Ahrens and U. Dieter, "Computer methods for sampling from the
+  // exponential and normal distributions", 1972.
+  double ExponentialDraw();
 
  private:
   long _seed = 0;

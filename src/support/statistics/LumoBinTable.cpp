@@ -14,14 +14,6 @@ LumoBinTable::LumoBinTable(int targetSize, int shrinkFactor)
 
 LumoBinTable::~LumoBinTable() { LumoMemoryManager::TraceDelete(this, "LumoBinTable"); }
 
-LumoBinTable* LumoBinTable::Copy() const {
-  auto* copy = new LumoBinTable(_targetSize, _shrinkFactor);
-  copy->_size = _size;
-  copy->_totalWeight = _totalWeight;
-  copy->_entries = _entries;
-  return copy;
-}
-
 void LumoBinTable::Reset() {
   _size = 0;
   _totalWeight = 0.0;
@@ -65,4 +57,14 @@ void LumoBinTable::Shrink(int k) {
   }
   if (weight > 0.0) _entries[Index(bins++)] = {sum / weight, weight, 0};
   _size = bins;
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+LumoBinTable* LumoBinTable::Copy() const {
+  auto* copy = new LumoBinTable(_targetSize, _shrinkFactor);
+  copy->_size = _size;
+  copy->_totalWeight = _totalWeight;
+  copy->_entries = _entries;
+  return copy;
 }

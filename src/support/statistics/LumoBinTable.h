@@ -12,8 +12,6 @@ class LumoBinTable {
   ~LumoBinTable();
   LumoBinTable(const LumoBinTable&) = delete;
   LumoBinTable& operator=(const LumoBinTable&) = delete;
-  // A new table with the same entries, owned by the caller.
-  LumoBinTable* Copy() const;
 
   void Reset();
   void AddValue(double x);
@@ -24,14 +22,19 @@ class LumoBinTable {
   // capacity.
   void Shrink(int k);
 
-  // An entry's value and weight, 0.0 outside the table.
+  // The value of an entry, 0.0 outside the table.
   double GetValue(int i) const { return _IsInside(i) ? _entries[Index(i)].value : 0.0; }
+  int GetCapacity() const { return _targetSize * _shrinkFactor; }
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  // A new table with the same entries, owned by the caller.
+  LumoBinTable* Copy() const;
+  // The weight of an entry, 0.0 outside the table; the total weight.
   double GetWeight(int i) const { return _IsInside(i) ? _entries[Index(i)].weight : 0.0; }
-  // The total weight.
   double GetWeight() const { return _totalWeight; }
   int GetTargetSize() const { return _targetSize; }
   int GetShrinkFactor() const { return _shrinkFactor; }
-  int GetCapacity() const { return _targetSize * _shrinkFactor; }
   // The number of entries in use, and the index of the last (-1 without any).
   int GetSize() const { return _size; }
   int GetTop() const { return _size - 1; }

@@ -51,6 +51,8 @@ int LumoCurvePoint::CompareXs(const void* a, const void* b) {
   return AsPoint(a)->CompareXs(AsPoint(b));
 }
 
+// Offered to users of the class; the program itself does not call what follows.
+
 int LumoCurvePoint::CompareY(const void* point, const void* y) {
   return AsPoint(point)->CompareY(*static_cast<const double*>(y));
 }
@@ -81,10 +83,6 @@ LumoCurvePoint* LumoCurve::NewPoint(double x, double y) {
 
 LumoCurvePoint* LumoCurve::LookForPointAtX(double x) const {
   return static_cast<LumoCurvePoint*>(_points.LookForItem(LumoCurvePoint::CompareX, &x));
-}
-
-void LumoCurve::DeletePoint(LumoCurvePoint* point) {
-  LumoCurvePoint::Delete(_points.RemoveItem(point));
 }
 
 LumoCurvePoint* LumoCurve::GetFirstPoint() const {
@@ -128,6 +126,12 @@ double LumoCurve::GetXSojournBetweenYValues(double low, double high) const {
     sojourn += GetSojournOfSegment(to->GetX() - from->GetX(), from->GetY(), to->GetY(), low, high);
   });
   return sojourn;
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+void LumoCurve::DeletePoint(LumoCurvePoint* point) {
+  LumoCurvePoint::Delete(_points.RemoveItem(point));
 }
 
 LumoCurvePoint* LumoCurve::GetPointWithMaximumY() const {

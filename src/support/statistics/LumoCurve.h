@@ -11,22 +11,25 @@ class LumoCurvePoint {
   LumoCurvePoint(const LumoCurvePoint&) = delete;
   LumoCurvePoint& operator=(const LumoCurvePoint&) = delete;
   static void Delete(void* point);
-  // A new point, the caller's.
-  LumoCurvePoint* Copy() const { return new LumoCurvePoint(_x, _y); }
 
   double GetX() const { return _x; }
-  // Not while the point is in a curve, which is ordered by x.
-  void SetX(double x) { _x = x; }
   double GetY() const { return _y; }
   void SetY(double y) { _y = y; }
 
   // -1, 0 or 1.
   int CompareX(double x) const { return _Compare(_x, x); }
   int CompareXs(const LumoCurvePoint* other) const { return CompareX(other->_x); }
-  int CompareY(double y) const { return _Compare(_y, y); }
-  int CompareYs(const LumoCurvePoint* other) const { return CompareY(other->_y); }
   static int CompareX(const void* point, const void* x);
   static int CompareXs(const void* a, const void* b);
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  // A new point, the caller's.
+  LumoCurvePoint* Copy() const { return new LumoCurvePoint(_x, _y); }
+  // Not while the point is in a curve, which is ordered by x.
+  void SetX(double x) { _x = x; }
+  int CompareY(double y) const { return _Compare(_y, y); }
+  int CompareYs(const LumoCurvePoint* other) const { return CompareY(other->_y); }
   static int CompareY(const void* point, const void* y);
   static int CompareYs(const void* a, const void* b);
 
@@ -52,7 +55,6 @@ class LumoCurve {
   LumoCurvePoint* NewPoint(double x, double y);
   // Null when there is none at exactly x.
   LumoCurvePoint* LookForPointAtX(double x) const;
-  void DeletePoint(LumoCurvePoint* point);
   // Deletes all points.
   void Reset() { _points.DeleteItems(LumoCurvePoint::Delete); }
 
@@ -60,7 +62,6 @@ class LumoCurve {
   // By increasing x. The cursor is the caller's; points may be added while it walks.
   LumoCursor* NewCursorOnPoints() { return _points.NewCursor(); }
   const LumoAVLTree* GetPoints() const { return &_points; }
-  void CollectPoints(LumoList* result) const { _points.CollectItems(result); }
   // Null for an empty curve.
   LumoCurvePoint* GetFirstPoint() const;
   LumoCurvePoint* GetLastPoint() const;
@@ -71,6 +72,11 @@ class LumoCurve {
   double GetIntegral() const;
   // The total length of x over which the curve lies within [low, high].
   double GetXSojournBetweenYValues(double low, double high) const;
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  void DeletePoint(LumoCurvePoint* point);
+  void CollectPoints(LumoList* result) const { _points.CollectItems(result); }
   // The first point with the largest (smallest) y. The search starts from the smallest positive
   // (the largest) double, so that a curve that never exceeds it has no such point: null.
   LumoCurvePoint* GetPointWithMaximumY() const;

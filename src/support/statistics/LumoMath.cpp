@@ -11,6 +11,8 @@ double LumoMath::Binomial(int k, int n) {
   return result;
 }
 
+// Offered to users of the class; the program itself does not call what follows.
+
 double LumoMath::Gammaln(double x) { return std::lgamma(x); }
 
 double LumoMath::Gamma(double x) { return std::tgamma(x); }

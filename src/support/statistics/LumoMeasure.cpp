@@ -28,34 +28,6 @@ LumoMeasure::~LumoMeasure() {
   LumoMemoryManager::TraceDelete(this, "LumoMeasure");
 }
 
-void LumoMeasure::Delete(void* measure) {
-  if (measure != nullptr) delete static_cast<LumoMeasure*>(measure);
-}
-
-LumoMeasure* LumoMeasure::Copy() const {
-  auto* copy = new LumoMeasure(_name);
-  copy->_reference = _reference;
-  copy->_sum = _sum;
-  copy->_sumOfSquares = _sumOfSquares;
-  copy->_numberOfValues = _numberOfValues;
-  copy->_lastValue = _lastValue;
-  copy->_minimum = _minimum;
-  copy->_maximum = _maximum;
-  if (_quantilizer) copy->_quantilizer.reset(_quantilizer->Copy());
-  if (_binTable) copy->_binTable.reset(_binTable->Copy());
-  return copy;
-}
-
-int LumoMeasure::CompareName(const char* name) const { return LumoRawString::Compare(_name, name); }
-
-int LumoMeasure::CompareName(const void* measure, const void* name) {
-  return static_cast<const LumoMeasure*>(measure)->CompareName(static_cast<const char*>(name));
-}
-
-int LumoMeasure::CompareNames(const void* a, const void* b) {
-  return static_cast<const LumoMeasure*>(a)->CompareNames(static_cast<const LumoMeasure*>(b));
-}
-
 void LumoMeasure::_AddMoments(double sum, double sumOfSquares, int numberOfValues) {
   _sum += sum;
   _sumOfSquares += sumOfSquares;
@@ -73,19 +45,6 @@ void LumoMeasure::AddValue(double x) {
   _AddExtremes(x, x);
   if (_quantilizer) _quantilizer->AddValue(x);
   if (_binTable) _binTable->AddValue(x);
-}
-
-void LumoMeasure::Import(const LumoMeasure* other, double scale, double offset) {
-  const int n = other->_numberOfValues;
-  if (n == 0) return;
-  _AddMoments(scale * other->_sum + offset * n,
-              scale * scale * other->_sumOfSquares + 2.0 * scale * offset * other->_sum +
-                  offset * offset * n,
-              n);
-  _lastValue = scale * other->_lastValue + offset;
-  const auto [low, high] =
-      std::minmax({scale * other->_minimum + offset, scale * other->_maximum + offset});
-  _AddExtremes(low, high);
 }
 
 void LumoMeasure::Reset() {
@@ -135,4 +94,47 @@ void LumoMeasure::CreateBinTable(int b) {
 
 void LumoMeasure::CreateBinTable(int targetSize, int shrinkFactor) {
   _binTable = std::make_unique<LumoBinTable>(targetSize, shrinkFactor);
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+void LumoMeasure::Delete(void* measure) {
+  if (measure != nullptr) delete static_cast<LumoMeasure*>(measure);
+}
+
+LumoMeasure* LumoMeasure::Copy() const {
+  auto* copy = new LumoMeasure(_name);
+  copy->_reference = _reference;
+  copy->_sum = _sum;
+  copy->_sumOfSquares = _sumOfSquares;
+  copy->_numberOfValues = _numberOfValues;
+  copy->_lastValue = _lastValue;
+  copy->_minimum = _minimum;
+  copy->_maximum = _maximum;
+  if (_quantilizer) copy->_quantilizer.reset(_quantilizer->Copy());
+  if (_binTable) copy->_binTable.reset(_binTable->Copy());
+  return copy;
+}
+
+int LumoMeasure::CompareName(const char* name) const { return LumoRawString::Compare(_name, name); }
+
+int LumoMeasure::CompareName(const void* measure, const void* name) {
+  return static_cast<const LumoMeasure*>(measure)->CompareName(static_cast<const char*>(name));
+}
+
+int LumoMeasure::CompareNames(const void* a, const void* b) {
+  return static_cast<const LumoMeasure*>(a)->CompareNames(static_cast<const LumoMeasure*>(b));
+}
+
+void LumoMeasure::Import(const LumoMeasure* other, double scale, double offset) {
+  const int n = other->_numberOfValues;
+  if (n == 0) return;
+  _AddMoments(scale * other->_sum + offset * n,
+              scale * scale * other->_sumOfSquares + 2.0 * scale * offset * other->_sum +
+                  offset * offset * n,
+              n);
+  _lastValue = scale * other->_lastValue + offset;
+  const auto [low, high] =
+      std::minmax({scale * other->_minimum + offset, scale * other->_maximum + offset});
+  _AddExtremes(low, high);
 }

@@ -13,35 +13,14 @@ class LumoMeasure {
   ~LumoMeasure();
   LumoMeasure(const LumoMeasure&) = delete;
   LumoMeasure& operator=(const LumoMeasure&) = delete;
-  static void Delete(void* measure);
-  // A new measure with the same values, owned by the caller.
-  LumoMeasure* Copy() const;
 
   const char* GetName() const { return _name; }
-  int CompareName(const char* name) const;
-  int CompareNames(const LumoMeasure* other) const { return CompareName(other->_name); }
-  static int CompareName(const void* measure, const void* name);
-  static int CompareNames(const void* a, const void* b);
   // The measured object. Not owned.
-  void* GetReference() const { return _reference; }
   void SetReference(void* reference) { _reference = reference; }
 
   void AddValue(double x);
-  // Adds the values of another measure, each taken as scale × x + offset, to the moments and the
-  // extremes. Quantiles and bins, which keep no single values, take no part.
-  void Import(const LumoMeasure* other, double scale, double offset);
   // Forgets all values but the last. The quantilizer and the bin table are emptied and kept.
   void Reset();
-
-  int GetNumberOfValues() const { return _numberOfValues; }
-  double GetSumOfValues() const { return _sum; }
-  double GetSumOfValueSquares() const { return _sumOfSquares; }
-  double GetLastValue() const { return _lastValue; }
-  // The largest double when there is no value below it.
-  double GetMinimumValue() const { return _minimum; }
-  // Starts at the smallest positive normal double, not at the lowest one: a sample of values that
-  // are all below it reports it as its maximum. This is the defined behaviour.
-  double GetMaximumValue() const { return _maximum; }
 
   // S / n; 0 without values.
   double ComputeMean() const;
@@ -58,13 +37,36 @@ class LumoMeasure {
   LumoQuantilizer* GetQuantilizer() const { return _quantilizer.get(); }
   void CreateQuantilizer(int q);
   void CreateQuantilizer(int buffers, int size);
-  // Takes ownership; the former one is deleted.
-  void SetQuantilizer(LumoQuantilizer* quantilizer) { _quantilizer.reset(quantilizer); }
   void DeleteQuantilizer() { _quantilizer.reset(); }
   LumoBinTable* GetBinTable() const { return _binTable.get(); }
   void CreateBinTable(int b);
   void CreateBinTable(int targetSize, int shrinkFactor);
   void DeleteBinTable() { _binTable.reset(); }
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  static void Delete(void* measure);
+  // A new measure with the same values, owned by the caller.
+  LumoMeasure* Copy() const;
+  int CompareName(const char* name) const;
+  int CompareNames(const LumoMeasure* other) const { return CompareName(other->_name); }
+  static int CompareName(const void* measure, const void* name);
+  static int CompareNames(const void* a, const void* b);
+  void* GetReference() const { return _reference; }
+  // Adds the values of another measure, each taken as scale × x + offset, to the moments and the
+  // extremes. Quantiles and bins, which keep no single values, take no part.
+  void Import(const LumoMeasure* other, double scale, double offset);
+  int GetNumberOfValues() const { return _numberOfValues; }
+  double GetSumOfValues() const { return _sum; }
+  double GetSumOfValueSquares() const { return _sumOfSquares; }
+  double GetLastValue() const { return _lastValue; }
+  // The largest double when there is no value below it.
+  double GetMinimumValue() const { return _minimum; }
+  // Starts at the smallest positive normal double, not at the lowest one: a sample of values that
+  // are all below it reports it as its maximum. This is the defined behaviour.
+  double GetMaximumValue() const { return _maximum; }
+  // Takes ownership; the former one is deleted.
+  void SetQuantilizer(LumoQuantilizer* quantilizer) { _quantilizer.reset(quantilizer); }
 
  private:
   void _AddMoments(double sum, double sumOfSquares, int numberOfValues);

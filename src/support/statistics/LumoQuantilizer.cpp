@@ -14,20 +14,6 @@ LumoQuantilizer::LumoQuantilizer(int numberOfBuffers, int sizeOfBuffers)
 
 LumoQuantilizer::~LumoQuantilizer() { LumoMemoryManager::TraceDelete(this, "LumoQuantilizer"); }
 
-LumoQuantilizer* LumoQuantilizer::Copy() const {
-  auto* copy = new LumoQuantilizer(_numberOfBuffers, _sizeOfBuffers);
-  for (int i = 0; i <= _numberOfBuffers; ++i) {
-    const LumoQuantileTable* from = _GetBuffer(i);
-    LumoQuantileTable* to = copy->_GetBuffer(i);
-    for (int j = 0; j < from->GetNumberOfValues(); ++j) to->AddValue(from->GetQuantile(j));
-    to->SetWeight(from->GetWeight());
-    to->SetLevel(from->GetLevel());
-  }
-  copy->_currentBuffer = _currentBuffer;
-  copy->_roundsUp = _roundsUp;
-  return copy;
-}
-
 void LumoQuantilizer::Reset() {
   for (auto& buffer : _buffers) buffer->Reset();
   _currentBuffer = 1;
@@ -133,6 +119,22 @@ LumoQuantileTable* LumoQuantilizer::ExtractQuantiles(int n) {
     }
   });
   return quantiles;
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+LumoQuantilizer* LumoQuantilizer::Copy() const {
+  auto* copy = new LumoQuantilizer(_numberOfBuffers, _sizeOfBuffers);
+  for (int i = 0; i <= _numberOfBuffers; ++i) {
+    const LumoQuantileTable* from = _GetBuffer(i);
+    LumoQuantileTable* to = copy->_GetBuffer(i);
+    for (int j = 0; j < from->GetNumberOfValues(); ++j) to->AddValue(from->GetQuantile(j));
+    to->SetWeight(from->GetWeight());
+    to->SetLevel(from->GetLevel());
+  }
+  copy->_currentBuffer = _currentBuffer;
+  copy->_roundsUp = _roundsUp;
+  return copy;
 }
 
 LumoQuantileTable* LumoQuantilizer::ExtractBins(int n) {

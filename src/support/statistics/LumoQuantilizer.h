@@ -28,35 +28,37 @@ class LumoQuantilizer {
   ~LumoQuantilizer();
   LumoQuantilizer(const LumoQuantilizer&) = delete;
   LumoQuantilizer& operator=(const LumoQuantilizer&) = delete;
-  // A new quantilizer with the same contents, owned by the caller.
-  LumoQuantilizer* Copy() const;
 
   void Reset();
   void AddValue(double x);
 
-  // New tables, owned by the caller, computed from what was sampled so far; all their values are
-  // in use, or none when nothing was sampled.
-  // The n quantiles, in increasing order.
+  // The n quantiles, in increasing order, of what was sampled so far: a new table, owned by the
+  // caller, all of whose values are in use, or none when nothing was sampled.
   LumoQuantileTable* ExtractQuantiles(int n);
-  // The means of n runs of equal weight of the sorted values.
-  LumoQuantileTable* ExtractBins(int n);
-  // The share of the values in each of n intervals of equal width over [low, high), and the share
-  // of the values below the upper end of each.
-  LumoQuantileTable* ExtractDistribution(double low, double high, int n);
-  LumoQuantileTable* ExtractCumulativeDistribution(double low, double high, int n);
 
   // Among the buffers first .. last, the index of the one with the smallest unread value; 0 when
   // all have been read.
   int GetBufferWithMinimumTopValue(int first, int last) const;
-  int GetNumberOfBuffers() const { return _numberOfBuffers; }
-  int GetSizeOfBuffers() const { return _sizeOfBuffers; }
-  long GetSizeInBytes() const;
 
   // Merges the sorted buffers first .. last into the table in the scratch slot 0: as many values
   // as it has places, at equally spaced ranks (see above).
   void CollapseBuffers(int first, int last);
   // Makes one buffer out of the rightmost ones of the lowest level, freeing at least one.
   void CollapseRightBuffers();
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  // A new quantilizer with the same contents, owned by the caller.
+  LumoQuantilizer* Copy() const;
+  // New tables as that of the quantiles. The means of n runs of equal weight of the sorted values.
+  LumoQuantileTable* ExtractBins(int n);
+  // The share of the values in each of n intervals of equal width over [low, high), and the share
+  // of the values below the upper end of each.
+  LumoQuantileTable* ExtractDistribution(double low, double high, int n);
+  LumoQuantileTable* ExtractCumulativeDistribution(double low, double high, int n);
+  int GetNumberOfBuffers() const { return _numberOfBuffers; }
+  int GetSizeOfBuffers() const { return _sizeOfBuffers; }
+  long GetSizeInBytes() const;
 
  private:
   LumoQuantileTable* _GetBuffer(int i) const { return _buffers[static_cast<std::size_t>(i)].get(); }

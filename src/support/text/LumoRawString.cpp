@@ -55,13 +55,6 @@ int LumoRawString::Compare(const char* a, const char* b) {
   return static_cast<int>(a != nullptr) - static_cast<int>(b != nullptr);
 }
 
-int LumoRawString::CompareNumerically(const char* a, const char* b) {
-  if (!IsDouble(a) || !IsDouble(b)) return Compare(a, b);
-  const double x = ToDouble(a);
-  const double y = ToDouble(b);
-  return static_cast<int>(x > y) - static_cast<int>(x < y);
-}
-
 bool LumoRawString::IsInt(const char* text) {
   if (text == nullptr) return false;
   char printed[NUMBER_LENGTH];
@@ -97,6 +90,15 @@ double LumoRawString::ToDouble(const char* text) {
 
 bool LumoRawString::IsBool(const char* text) {
   return IsEqual(text, "true") || IsEqual(text, "false");
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+int LumoRawString::CompareNumerically(const char* a, const char* b) {
+  if (!IsDouble(a) || !IsDouble(b)) return Compare(a, b);
+  const double x = ToDouble(a);
+  const double y = ToDouble(b);
+  return static_cast<int>(x > y) - static_cast<int>(x < y);
 }
 
 std::size_t LumoRawString::GetLength(const char* text) {

@@ -28,19 +28,8 @@ class LumoRawString {
 
   // Byte-wise three-way comparison (strcmp). Null sorts before any string; two nulls are equal.
   static int Compare(const char* a, const char* b);
-  static int ReverseCompare(const char* a, const char* b) { return Compare(b, a); }
   static bool IsEqual(const char* a, const char* b) { return Compare(a, b) == 0; }
   static bool IsDifferent(const char* a, const char* b) { return Compare(a, b) != 0; }
-  static bool IsLessThan(const char* a, const char* b) { return Compare(a, b) < 0; }
-  static bool IsLessOrEqual(const char* a, const char* b) { return Compare(a, b) <= 0; }
-  static bool IsGreaterThan(const char* a, const char* b) { return Compare(a, b) > 0; }
-  static bool IsGreaterOrEqual(const char* a, const char* b) { return Compare(a, b) >= 0; }
-  // Compares the real values of two strings: -1, 0 or 1. Strings that are not both reals compare
-  // as text.
-  static int CompareNumerically(const char* a, const char* b);
-  static int ReverseCompareNumerically(const char* a, const char* b) {
-    return CompareNumerically(b, a);
-  }
 
   // An integer is a text that its own value prints back as: "-5" is one, "+5", "05" and " 5"
   // are not, nor is a number beyond 32 bits.
@@ -56,6 +45,19 @@ class LumoRawString {
   static bool IsBool(const char* text);
   static bool ToBool(const char* text) { return IsEqual(text, "true"); }
 
+  // Offered to users of the class; the program itself does not call what follows.
+
+  static int ReverseCompare(const char* a, const char* b) { return Compare(b, a); }
+  static bool IsLessThan(const char* a, const char* b) { return Compare(a, b) < 0; }
+  static bool IsLessOrEqual(const char* a, const char* b) { return Compare(a, b) <= 0; }
+  static bool IsGreaterThan(const char* a, const char* b) { return Compare(a, b) > 0; }
+  static bool IsGreaterOrEqual(const char* a, const char* b) { return Compare(a, b) >= 0; }
+  // Compares the real values of two strings: -1, 0 or 1. Strings that are not both reals compare
+  // as text.
+  static int CompareNumerically(const char* a, const char* b);
+  static int ReverseCompareNumerically(const char* a, const char* b) {
+    return CompareNumerically(b, a);
+  }
   // The number of bytes before the terminator; 0 for null.
   static std::size_t GetLength(const char* text);
   // A new string: the two texts one after the other (null counts as empty).

@@ -25,13 +25,15 @@ void LumoStream::Put(const LumoConstant* value) {
   }
 }
 
+void LumoStream::Putln() {
+  Put('\n');
+  Flush();
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
 void LumoStream::Put(const LumoString* text) { Put(text->GetAscii()); }
 
 void LumoStream::Put(const int* value) {
   if (value != nullptr) Put(*value);
-}
-
-void LumoStream::Putln() {
-  Put('\n');
-  Flush();
 }

@@ -37,9 +37,6 @@ class LumoStream {
 
   // By type: "nil", "true" or "false", the integer, the real, the text, the pointer as a number.
   void Put(const LumoConstant* value);
-  void Put(const LumoString* text);
-  // The integer pointed to; null writes nothing.
-  void Put(const int* value);
 
   // The end of a row: a newline, then a flush. Putln(x) writes the value first.
   void Putln();
@@ -55,11 +52,16 @@ class LumoStream {
   }
 
   int GetSignificantDigitNumber() const { return _significantDigits; }
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  void Put(const LumoString* text);
+  // The integer pointed to; null writes nothing.
+  void Put(const int* value);
   void SetSignificantDigitNumber(int n) { _significantDigits = n; }
   // The number of newlines read, counting from 1.
   int GetLineNumber() const { return _lineNumber; }
   void ResetLineNumber() { _lineNumber = 1; }
-
   // Every character read or written is echoed to the trace stream while one is set. Not owned.
   void SetTraceStream(LumoStream* stream) { _traceStream = stream; }
   void ResetTraceStream() { _traceStream = nullptr; }

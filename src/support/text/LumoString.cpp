@@ -37,28 +37,9 @@ LumoString* LumoString::New(std::size_t size, std::size_t increment) {
   return new LumoString(size, increment);
 }
 
-LumoString* LumoString::New(const char* text) {
-  return New(LumoRawString::GetLength(text) + 1, DEFAULT_INCREMENT)->Append(text);
-}
-
-LumoString* LumoString::New(int value, const char* format) {
-  return New(Print(format, value).c_str());
-}
-
-LumoString* LumoString::New(double value, const char* format) {
-  return New(Print(format, value).c_str());
-}
-
-LumoString* LumoString::Copy() {
-  ++_count;
-  return this;
-}
-
 void LumoString::Delete(LumoString* string) {
   if (string != nullptr && --string->_count == 0) delete string;
 }
-
-char* LumoString::CopyAscii() const { return LumoRawString::Copy(_buffer); }
 
 LumoString* LumoString::_GetPrivateCopy() {
   if (_count == 1) return this;
@@ -80,19 +61,52 @@ void LumoString::_Grow(std::size_t size) {
   _size = newSize;
 }
 
+LumoString* LumoString::Flush() {
+  LumoString* own = _GetPrivateCopy();
+  own->_length = 0;
+  own->_buffer[0] = '\0';
+  return own;
+}
+
+LumoString* LumoString::PopChar(char& c) {
+  c = _length == 0 ? '\0' : _buffer[_length - 1];
+  return Chop(1);
+}
+
+LumoString* LumoString::Chop(std::size_t n) {
+  LumoString* own = _GetPrivateCopy();
+  own->_length -= std::min(n, own->_length);
+  own->_buffer[own->_length] = '\0';
+  return own;
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+LumoString* LumoString::New(const char* text) {
+  return New(LumoRawString::GetLength(text) + 1, DEFAULT_INCREMENT)->Append(text);
+}
+
+LumoString* LumoString::New(int value, const char* format) {
+  return New(Print(format, value).c_str());
+}
+
+LumoString* LumoString::New(double value, const char* format) {
+  return New(Print(format, value).c_str());
+}
+
+LumoString* LumoString::Copy() {
+  ++_count;
+  return this;
+}
+
+char* LumoString::CopyAscii() const { return LumoRawString::Copy(_buffer); }
+
 LumoString* LumoString::_Append(const char* text, std::size_t length) {
   LumoString* own = _GetPrivateCopy();
   if (own->_length + length >= own->_size) own->_Grow(own->_length + length + 1);
   std::memmove(own->_buffer + own->_length, text, length);
   own->_length += length;
   own->_buffer[own->_length] = '\0';
-  return own;
-}
-
-LumoString* LumoString::Flush() {
-  LumoString* own = _GetPrivateCopy();
-  own->_length = 0;
-  own->_buffer[0] = '\0';
   return own;
 }
 
@@ -112,18 +126,6 @@ LumoString* LumoString::Append(int value, const char* format) {
 
 LumoString* LumoString::Append(double value, const char* format) {
   return Append(Print(format, value).c_str());
-}
-
-LumoString* LumoString::PopChar(char& c) {
-  c = _length == 0 ? '\0' : _buffer[_length - 1];
-  return Chop(1);
-}
-
-LumoString* LumoString::Chop(std::size_t n) {
-  LumoString* own = _GetPrivateCopy();
-  own->_length -= std::min(n, own->_length);
-  own->_buffer[own->_length] = '\0';
-  return own;
 }
 
 LumoString* LumoString::GetSlice(std::size_t from, std::size_t length) const {

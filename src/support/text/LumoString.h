@@ -15,22 +15,12 @@ class LumoString {
 
   // An empty string of `size` bytes of capacity that grows by multiples of `increment`.
   static LumoString* New(std::size_t size, std::size_t increment);
-  static LumoString* New(const char* text);
-  // One value written with a printf format for that type.
-  static LumoString* New(int value, const char* format);
-  static LumoString* New(double value, const char* format);
 
-  // The same string, with one more holder.
-  LumoString* Copy();
   // Gives a holder's count back; the last one frees the string. Null is ignored.
   static void Delete(LumoString* string);
 
   // The text, valid until the next modification.
   const char* GetAscii() const { return _buffer; }
-  // A new raw string, owned by the caller.
-  char* CopyAscii() const;
-  std::size_t GetLength() const { return _length; }
-  std::size_t GetSize() const { return _size; }
   bool IsEmpty() const { return _length == 0; }
 
   LumoString* Flush();
@@ -41,27 +31,37 @@ class LumoString {
     own->_buffer[own->_length] = '\0';
     return own;
   }
-  LumoString* Append(const char* text);
-  LumoString* Append(const LumoString* other);
-  LumoString* Append(int value, const char* format);
-  LumoString* Append(double value, const char* format);
   LumoString* PushChar(char c) { return Append(c); }
   // Removes the last character and hands it over; '\0' when there is none.
   LumoString* PopChar(char& c);
   // Removes the last `n` characters, as far as there are.
   LumoString* Chop(std::size_t n);
 
+  // Offered to users of the class; the program itself does not call what follows.
+
+  static LumoString* New(const char* text);
+  // One value written with a printf format for that type.
+  static LumoString* New(int value, const char* format);
+  static LumoString* New(double value, const char* format);
+  // The same string, with one more holder.
+  LumoString* Copy();
+  // A new raw string, owned by the caller.
+  char* CopyAscii() const;
+  std::size_t GetLength() const { return _length; }
+  std::size_t GetSize() const { return _size; }
+  LumoString* Append(const char* text);
+  LumoString* Append(const LumoString* other);
+  LumoString* Append(int value, const char* format);
+  LumoString* Append(double value, const char* format);
   // New strings: characters [from, from + length) as far as there are, the first and the last
   // `length` characters.
   LumoString* GetSlice(std::size_t from, std::size_t length) const;
   LumoString* GetPrefix(std::size_t length) const { return GetSlice(0, length); }
   LumoString* GetSuffix(std::size_t length) const;
-
   int Compare(const LumoString* other) const { return Compare(other->_buffer); }
   int Compare(const char* text) const;
   bool IsEqual(const LumoString* other) const { return Compare(other) == 0; }
   bool IsEqual(const char* text) const { return Compare(text) == 0; }
-
   bool IsInt() const;
   bool IsDouble() const;
   // The value, or the default when the whole text is not a number of that kind.

@@ -14,10 +14,6 @@ LumoTimer::~LumoTimer() {
   LumoMemoryManager::TraceDelete(this, "LumoTimer");
 }
 
-void LumoTimer::SetName(const char* name) { LumoRawString::Replace(_name, name); }
-
-int LumoTimer::CompareName(const char* name) const { return LumoRawString::Compare(_name, name); }
-
 void LumoTimer::Start() {
   _startTime = std::time(nullptr);
   _startTicks = std::clock();
@@ -26,11 +22,6 @@ void LumoTimer::Start() {
 void LumoTimer::Stop() {
   _accumulatedSeconds += std::difftime(std::time(nullptr), _startTime);
   _accumulatedTicks += std::clock() - _startTicks;
-}
-
-void LumoTimer::Reset() {
-  _accumulatedSeconds = 0.0;
-  _accumulatedTicks = 0;
 }
 
 char* LumoTimer::ToStringOfTimeInSeconds() const {
@@ -43,4 +34,15 @@ char* LumoTimer::ToStringOfTimeInSeconds() const {
     std::snprintf(text, sizeof text, "%g", _accumulatedSeconds);
   }
   return LumoRawString::Copy(text);
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+void LumoTimer::SetName(const char* name) { LumoRawString::Replace(_name, name); }
+
+int LumoTimer::CompareName(const char* name) const { return LumoRawString::Compare(_name, name); }
+
+void LumoTimer::Reset() {
+  _accumulatedSeconds = 0.0;
+  _accumulatedTicks = 0;
 }

@@ -12,23 +12,24 @@ class LumoTimer {
   LumoTimer(const LumoTimer&) = delete;
   LumoTimer& operator=(const LumoTimer&) = delete;
 
-  const char* GetName() const { return _name; }
-  void SetName(const char* name);
-  int CompareName(const char* name) const;
-  int CompareNames(const LumoTimer* other) const { return CompareName(other->_name); }
-
   void Start();
   // Adds what has passed since Start to the two accumulators.
   void Stop();
-  // Forgets what has accumulated.
-  void Reset();
-
-  double GetAccumulatedSeconds() const { return _accumulatedSeconds; }
-  std::int64_t GetAccumulatedTicks() const { return _accumulatedTicks; }
 
   // The running time as text, a new raw string owned by the caller: below 60 wall-clock seconds
   // the processor time in seconds and hundredths ("3.07"), else the wall-clock seconds ("125").
   char* ToStringOfTimeInSeconds() const;
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  const char* GetName() const { return _name; }
+  void SetName(const char* name);
+  int CompareName(const char* name) const;
+  int CompareNames(const LumoTimer* other) const { return CompareName(other->_name); }
+  // Forgets what has accumulated.
+  void Reset();
+  double GetAccumulatedSeconds() const { return _accumulatedSeconds; }
+  std::int64_t GetAccumulatedTicks() const { return _accumulatedTicks; }
 
  private:
   char* _name;

@@ -16,11 +16,13 @@ void LumoAttribute::Delete(void* attribute) {
   if (attribute != nullptr) delete static_cast<LumoAttribute*>(attribute);
 }
 
-char* LumoAttribute::CopyName() const { return LumoRawString::CopyIfAny(_name); }
-
 int LumoAttribute::CompareName(const char* name) const {
   return LumoRawString::Compare(_name, name);
 }
+
+// Offered to users of the class; the program itself does not call what follows.
+
+char* LumoAttribute::CopyName() const { return LumoRawString::CopyIfAny(_name); }
 
 int LumoAttribute::CompareName(const void* attribute, const void* name) {
   return static_cast<const LumoAttribute*>(attribute)->CompareName(static_cast<const char*>(name));

@@ -20,19 +20,36 @@ class LumoAttribute {
   static void Delete(void* attribute);
 
   const char* GetName() const { return _name; }
-  // A new raw string, owned by the caller.
-  char* CopyName() const;
   int CompareName(const char* name) const;
-  int CompareNames(const LumoAttribute* other) const { return CompareName(other->_name); }
-  int Compare(const LumoAttribute* other) const { return CompareNames(other); }
-  static int CompareName(const void* attribute, const void* name);
-  static int CompareNames(const void* a, const void* b);
 
   // The constant itself, owned by the attribute.
   LumoConstant* GetValue() { return &_value; }
   const LumoConstant* GetValue() const { return &_value; }
   // Everything else about the value is the constant's: its type and tests, its conversions (a
   // value that is no string has no text), its setters.
+  bool GetValueAsBool() const { return _value.ToBool(); }
+  int GetValueAsInt() const { return _value.ToInt(); }
+  double GetValueAsDouble() const { return _value.ToDouble(); }
+  const char* GetValueAsString() const { return _value.ToString(); }
+  void* GetValueAsPointer() { return _value.ToPointer(); }
+  template <class... Values>
+  void SetValue(Values... values) {
+    _value.Set(values...);
+  }
+
+  bool DoesPrivacyMatch(int mask) const { return (_privacy & mask) != 0; }
+  bool DoesLocalityMatch(int mask) const { return (_locality & mask) != 0; }
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  // A new raw string, owned by the caller.
+  char* CopyName() const;
+  int CompareNames(const LumoAttribute* other) const { return CompareName(other->_name); }
+  int Compare(const LumoAttribute* other) const { return CompareNames(other); }
+  static int CompareName(const void* attribute, const void* name);
+  static int CompareNames(const void* a, const void* b);
+
+  // The constant's own operations.
   LumoConstant::Type GetType() const { return _value.GetType(); }
   bool IsNil() const { return _value.IsNil(); }
   bool IsBool() const { return _value.IsBool(); }
@@ -42,16 +59,7 @@ class LumoAttribute {
   bool IsString() const { return _value.IsString(); }
   bool IsPointer() const { return _value.IsPointer(); }
   bool IsPointerOfCode(int code) const { return _value.IsPointerOfCode(code); }
-  bool GetValueAsBool() const { return _value.ToBool(); }
-  int GetValueAsInt() const { return _value.ToInt(); }
-  double GetValueAsDouble() const { return _value.ToDouble(); }
-  const char* GetValueAsString() const { return _value.ToString(); }
-  void* GetValueAsPointer() { return _value.ToPointer(); }
   void* GetValueAsPointerOfCode(int code) const { return _value.ToPointerOfCode(code); }
-  template <class... Values>
-  void SetValue(Values... values) {
-    _value.Set(values...);
-  }
   template <class Value>
   void IncrementValue(Value value) {
     _value.Inc(value);
@@ -68,12 +76,10 @@ class LumoAttribute {
 
   int GetPrivacy() const { return _privacy; }
   void SetPrivacy(int flags) { _privacy = flags; }
-  bool DoesPrivacyMatch(int mask) const { return (_privacy & mask) != 0; }
   bool IsPublic() const { return DoesPrivacyMatch(PUBLIC); }
   bool IsPrivate() const { return DoesPrivacyMatch(PRIVATE); }
   int GetLocality() const { return _locality; }
   void SetLocality(int flags) { _locality = flags; }
-  bool DoesLocalityMatch(int mask) const { return (_locality & mask) != 0; }
   bool IsLocal() const { return DoesLocalityMatch(LOCAL); }
   bool IsInherited() const { return DoesLocalityMatch(INHERITED); }
   bool IsSynthesized() const { return DoesLocalityMatch(SYNTHESIZED); }

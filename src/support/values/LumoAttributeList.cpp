@@ -28,11 +28,6 @@ LumoAttribute* LumoAttributeList::_GetAttribute(const char* name) {
   return attribute;
 }
 
-bool LumoAttributeList::_IsOfType(const char* name, LumoConstant::Type type) const {
-  const LumoAttribute* attribute = FindAttribute(name);
-  return attribute != nullptr && attribute->GetType() == type;
-}
-
 LumoConstant* LumoAttributeList::GetValueOfAttribute(const char* name) const {
   LumoAttribute* attribute = FindAttribute(name);
   return attribute == nullptr ? nullptr : attribute->GetValue();
@@ -64,12 +59,6 @@ void* LumoAttributeList::GetValueOfAttributeAsPointer(const char* name, void* de
   return attribute == nullptr ? defaultValue : attribute->GetValueAsPointer();
 }
 
-void* LumoAttributeList::GetValueOfAttributeAsPointerOfCode(const char* name, int code,
-                                                            void* defaultValue) const {
-  const LumoAttribute* attribute = FindAttribute(name);
-  return attribute == nullptr ? defaultValue : attribute->GetValueAsPointerOfCode(code);
-}
-
 void LumoAttributeList::ResetValueOfAttribute(const char* name) {
   if (LumoAttribute* attribute = FindAttribute(name)) {
     RemoveItem(attribute);
@@ -90,6 +79,19 @@ void LumoAttributeList::CollectAttributes(LumoList* target, int privacyMask,
       target->InsertItemLast(attribute);
     }
   }
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+bool LumoAttributeList::_IsOfType(const char* name, LumoConstant::Type type) const {
+  const LumoAttribute* attribute = FindAttribute(name);
+  return attribute != nullptr && attribute->GetType() == type;
+}
+
+void* LumoAttributeList::GetValueOfAttributeAsPointerOfCode(const char* name, int code,
+                                                            void* defaultValue) const {
+  const LumoAttribute* attribute = FindAttribute(name);
+  return attribute == nullptr ? defaultValue : attribute->GetValueAsPointerOfCode(code);
 }
 
 void LumoAttributeList::SetValuesOfAttributes(const LumoAttributeList* other) {

@@ -12,7 +12,6 @@ class LumoAttributeList : public LumoList {
 
   // The first attribute of that name, or null.
   LumoAttribute* FindAttribute(const char* name) const;
-  bool HasAttribute(const char* name) const { return FindAttribute(name) != nullptr; }
 
   // Sets the value of the attribute of that name, which is created, public and local, at the end
   // of the list when absent. The values are those of a LumoConstant; none at all sets nil.
@@ -30,8 +29,17 @@ class LumoAttributeList : public LumoList {
   int GetValueOfAttributeAsInt(const char* name, int defaultValue) const;
   bool GetValueOfAttributeAsBool(const char* name, bool defaultValue) const;
   void* GetValueOfAttributeAsPointer(const char* name, void* defaultValue) const;
-  void* GetValueOfAttributeAsPointerOfCode(const char* name, int code, void* defaultValue) const;
 
+  // Removes and deletes the attribute of that name, or every attribute that matches both masks.
+  void ResetValueOfAttribute(const char* name);
+  void ResetValuesOfAttributes(int privacyMask, int localityMask);
+  // Appends the attributes that match both masks (not copies of them) to a list.
+  void CollectAttributes(LumoList* target, int privacyMask, int localityMask) const;
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  bool HasAttribute(const char* name) const { return FindAttribute(name) != nullptr; }
+  void* GetValueOfAttributeAsPointerOfCode(const char* name, int code, void* defaultValue) const;
   // Whether there is an attribute of that name whose value is of that kind.
   bool IsNilAttribute(const char* name) const { return _IsOfType(name, LumoConstant::NIL); }
   bool IsBoolAttribute(const char* name) const { return _IsOfType(name, LumoConstant::BOOL); }
@@ -39,7 +47,6 @@ class LumoAttributeList : public LumoList {
   bool IsDoubleAttribute(const char* name) const { return _IsOfType(name, LumoConstant::DOUBLE); }
   bool IsStringAttribute(const char* name) const { return _IsOfType(name, LumoConstant::STRING); }
   bool IsPointerAttribute(const char* name) const { return _IsOfType(name, LumoConstant::POINTER); }
-
   // On an existing attribute only.
   template <class Value>
   void IncrementValueOfAttribute(const char* name, Value value) {
@@ -49,12 +56,6 @@ class LumoAttributeList : public LumoList {
   void DecrementValueOfAttribute(const char* name, Value value) {
     if (LumoAttribute* attribute = FindAttribute(name)) attribute->DecrementValue(value);
   }
-
-  // Removes and deletes the attribute of that name, or every attribute that matches both masks.
-  void ResetValueOfAttribute(const char* name);
-  void ResetValuesOfAttributes(int privacyMask, int localityMask);
-  // Appends the attributes that match both masks (not copies of them) to a list.
-  void CollectAttributes(LumoList* target, int privacyMask, int localityMask) const;
   // Takes over the value, the privacy and the locality of every attribute of the other list.
   void SetValuesOfAttributes(const LumoAttributeList* other);
   bool HasPublicAttribute() const;

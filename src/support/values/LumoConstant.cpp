@@ -39,27 +39,11 @@ int FloorToInt(double x) {
 
 LumoConstant::LumoConstant() { LumoMemoryManager::TraceNew(this, CLASS_NAME); }
 
-LumoConstant::LumoConstant(bool value) : LumoConstant() { Set(value); }
-
 LumoConstant::LumoConstant(int value) : LumoConstant() { Set(value); }
-
-LumoConstant::LumoConstant(double value) : LumoConstant() { Set(value); }
-
-LumoConstant::LumoConstant(const char* value) : LumoConstant() { Set(value); }
-
-LumoConstant::LumoConstant(void* pointer, Release release, int code) : LumoConstant() {
-  Set(pointer, release, code);
-}
-
-LumoConstant::LumoConstant(const LumoConstant* other) : LumoConstant() { Set(other); }
 
 LumoConstant::~LumoConstant() {
   _DeleteValue();
   LumoMemoryManager::TraceDelete(this, CLASS_NAME);
-}
-
-void LumoConstant::Delete(void* constant) {
-  if (constant != nullptr) delete static_cast<LumoConstant*>(constant);
 }
 
 void LumoConstant::_DeleteValue() {
@@ -192,30 +176,6 @@ long LumoConstant::ToAddress() const {
   return static_cast<long>(reinterpret_cast<std::intptr_t>(_value.pointer));
 }
 
-void LumoConstant::Inc(const LumoConstant* x) {
-  if (IsNum() && x->IsNum()) SetAdd(x);
-}
-
-void LumoConstant::Dec(const LumoConstant* x) {
-  if (IsNum() && x->IsNum()) SetSub(x);
-}
-
-void LumoConstant::Inc(int x) {
-  if (IsNum()) SetAdd(x);
-}
-
-void LumoConstant::Inc(double x) {
-  if (IsNum()) SetAdd(x);
-}
-
-void LumoConstant::Dec(int x) {
-  if (IsNum()) SetSub(x);
-}
-
-void LumoConstant::Dec(double x) {
-  if (IsNum()) SetSub(x);
-}
-
 template <class IntegerOperation, class RealOperation>
 void LumoConstant::_SetArithmetic(const LumoConstant* a, const LumoConstant* b,
                                   IntegerOperation onIntegers, RealOperation onReals) {
@@ -261,11 +221,6 @@ void LumoConstant::Mod(const LumoConstant* a, const LumoConstant* b) {
 void LumoConstant::Pow(const LumoConstant* a, const LumoConstant* b) {
   if (!a->IsNum() || !b->IsNum()) return Set();
   Set(std::pow(a->ToDouble(), b->ToDouble()));
-}
-
-void LumoConstant::Atan2(const LumoConstant* a, const LumoConstant* b) {
-  if (!a->IsNum() || !b->IsNum()) return Set();
-  Set(std::atan2(a->ToDouble(), b->ToDouble()));
 }
 
 void LumoConstant::Sup(const LumoConstant* a, const LumoConstant* b) {
@@ -357,33 +312,8 @@ void LumoConstant::And(const LumoConstant* a, const LumoConstant* b) {
 void LumoConstant::Or(const LumoConstant* a, const LumoConstant* b) {
   _SetLogical(a, b, std::logical_or<>());
 }
-void LumoConstant::Imply(const LumoConstant* a, const LumoConstant* b) {
-  _SetLogical(a, b, std::less_equal<>());
-}
 void LumoConstant::Not(const LumoConstant* a) {
   _SetLogical(a, a, [](bool x, bool) { return !x; });
-}
-
-void LumoConstant::Append(const LumoConstant* other) {
-  if (!IsString() || other->IsNil() || other->IsPointer()) return Set();
-  std::string text = _value.string == nullptr ? "" : _value.string;
-  char number[64];
-  switch (other->_type) {
-    case BOOL:
-      text += GetText(other->_value.boolean);
-      break;
-    case INT:
-      std::snprintf(number, sizeof number, "%d", other->_value.integer);
-      text += number;
-      break;
-    case DOUBLE:
-      std::snprintf(number, sizeof number, "%g", other->_value.real);
-      text += number;
-      break;
-    default:
-      if (other->_value.string != nullptr) text += other->_value.string;
-  }
-  Set(text.c_str());
 }
 
 int LumoConstant::Compare(bool value) const {
@@ -426,18 +356,6 @@ int LumoConstant::Compare(const LumoConstant* other) const {
   }
 }
 
-int LumoConstant::CompareNumbers(const LumoConstant* other) const {
-  return Sign(ToDouble() - other->ToDouble());
-}
-
-int LumoConstant::Compare(const void* a, const void* b) {
-  return static_cast<const LumoConstant*>(a)->Compare(static_cast<const LumoConstant*>(b));
-}
-
-int LumoConstant::CompareNumbers(const void* a, const void* b) {
-  return static_cast<const LumoConstant*>(a)->CompareNumbers(static_cast<const LumoConstant*>(b));
-}
-
 void LumoConstant::Dump(std::FILE* file) const {
   switch (_type) {
     case NIL:
@@ -459,4 +377,89 @@ void LumoConstant::Dump(std::FILE* file) const {
       std::fprintf(file, "%ld", ToAddress());
   }
   std::fflush(file);
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+LumoConstant::LumoConstant(bool value) : LumoConstant() { Set(value); }
+
+LumoConstant::LumoConstant(double value) : LumoConstant() { Set(value); }
+
+LumoConstant::LumoConstant(const char* value) : LumoConstant() { Set(value); }
+
+LumoConstant::LumoConstant(void* pointer, Release release, int code) : LumoConstant() {
+  Set(pointer, release, code);
+}
+
+LumoConstant::LumoConstant(const LumoConstant* other) : LumoConstant() { Set(other); }
+
+void LumoConstant::Delete(void* constant) {
+  if (constant != nullptr) delete static_cast<LumoConstant*>(constant);
+}
+
+void LumoConstant::Inc(int x) {
+  if (IsNum()) SetAdd(x);
+}
+
+void LumoConstant::Inc(double x) {
+  if (IsNum()) SetAdd(x);
+}
+
+void LumoConstant::Inc(const LumoConstant* x) {
+  if (IsNum() && x->IsNum()) SetAdd(x);
+}
+
+void LumoConstant::Dec(int x) {
+  if (IsNum()) SetSub(x);
+}
+
+void LumoConstant::Dec(double x) {
+  if (IsNum()) SetSub(x);
+}
+
+void LumoConstant::Dec(const LumoConstant* x) {
+  if (IsNum() && x->IsNum()) SetSub(x);
+}
+
+void LumoConstant::Atan2(const LumoConstant* a, const LumoConstant* b) {
+  if (!a->IsNum() || !b->IsNum()) return Set();
+  Set(std::atan2(a->ToDouble(), b->ToDouble()));
+}
+
+void LumoConstant::Imply(const LumoConstant* a, const LumoConstant* b) {
+  _SetLogical(a, b, std::less_equal<>());
+}
+
+void LumoConstant::Append(const LumoConstant* other) {
+  if (!IsString() || other->IsNil() || other->IsPointer()) return Set();
+  std::string text = _value.string == nullptr ? "" : _value.string;
+  char number[64];
+  switch (other->_type) {
+    case BOOL:
+      text += GetText(other->_value.boolean);
+      break;
+    case INT:
+      std::snprintf(number, sizeof number, "%d", other->_value.integer);
+      text += number;
+      break;
+    case DOUBLE:
+      std::snprintf(number, sizeof number, "%g", other->_value.real);
+      text += number;
+      break;
+    default:
+      if (other->_value.string != nullptr) text += other->_value.string;
+  }
+  Set(text.c_str());
+}
+
+int LumoConstant::CompareNumbers(const LumoConstant* other) const {
+  return Sign(ToDouble() - other->ToDouble());
+}
+
+int LumoConstant::Compare(const void* a, const void* b) {
+  return static_cast<const LumoConstant*>(a)->Compare(static_cast<const LumoConstant*>(b));
+}
+
+int LumoConstant::CompareNumbers(const void* a, const void* b) {
+  return static_cast<const LumoConstant*>(a)->CompareNumbers(static_cast<const LumoConstant*>(b));
 }

@@ -13,28 +13,17 @@ class LumoConstant {
   using Release = void (*)(void*);
 
   LumoConstant();
-  explicit LumoConstant(bool value);
   explicit LumoConstant(int value);
-  explicit LumoConstant(double value);
-  explicit LumoConstant(const char* value);
-  // `code` tells the caller's kinds of pointers apart. `release` must not be null.
-  LumoConstant(void* pointer, Release release, int code);
-  // A copy, as by Set(const LumoConstant*).
-  explicit LumoConstant(const LumoConstant* other);
   ~LumoConstant();
   LumoConstant(const LumoConstant&) = delete;
   LumoConstant& operator=(const LumoConstant&) = delete;
-  static void Delete(void* constant);
 
   Type GetType() const { return _type; }
-  bool IsNil() const { return _type == NIL; }
   bool IsBool() const { return _type == BOOL; }
   bool IsInt() const { return _type == INT; }
-  bool IsDouble() const { return _type == DOUBLE; }
   bool IsNum() const { return _type == INT || _type == DOUBLE; }
   bool IsString() const { return _type == STRING; }
   bool IsPointer() const { return _type == POINTER; }
-  bool IsPointerOfCode(int code) const { return _type == POINTER && _code == code; }
 
   // Replace the value, releasing the old one.
   void Set();
@@ -56,41 +45,17 @@ class LumoConstant {
   const char* ToString() const { return _type == STRING ? _value.string : nullptr; }
   // The pointer or the string itself, or the place of a Boolean, integer or real.
   void* ToPointer();
-  void* ToPointerOfCode(int code) const { return IsPointerOfCode(code) ? _value.pointer : nullptr; }
   // The pointer as a number, 0 for other kinds.
   long ToAddress() const;
 
-  // In place on numbers, by the rules of Add and Sub; other kinds are left unchanged.
-  void Inc(int x);
-  void Inc(double x);
-  void Inc(const LumoConstant* x);
-  void Dec(int x);
-  void Dec(double x);
-  void Dec(const LumoConstant* x);
-
   // In place: the operation of the same name with this constant as first operand.
   void SetAdd(const LumoConstant* x) { Add(this, x); }
-  void SetSub(const LumoConstant* x) { Sub(this, x); }
   void SetMul(const LumoConstant* x) { Mul(this, x); }
-  void SetDiv(const LumoConstant* x) { Div(this, x); }
   void SetSup(const LumoConstant* x) { Sup(this, x); }
   void SetInf(const LumoConstant* x) { Inf(this, x); }
   void SetOr(const LumoConstant* x) { Or(this, x); }
   void SetAnd(const LumoConstant* x) { And(this, x); }
-  void SetAdd(int x) { _Apply(&LumoConstant::Add, x); }
-  void SetSub(int x) { _Apply(&LumoConstant::Sub, x); }
-  void SetMul(int x) { _Apply(&LumoConstant::Mul, x); }
   void SetDiv(int x) { _Apply(&LumoConstant::Div, x); }
-  void SetSup(int x) { _Apply(&LumoConstant::Sup, x); }
-  void SetInf(int x) { _Apply(&LumoConstant::Inf, x); }
-  void SetAdd(double x) { _Apply(&LumoConstant::Add, x); }
-  void SetSub(double x) { _Apply(&LumoConstant::Sub, x); }
-  void SetMul(double x) { _Apply(&LumoConstant::Mul, x); }
-  void SetDiv(double x) { _Apply(&LumoConstant::Div, x); }
-  void SetSup(double x) { _Apply(&LumoConstant::Sup, x); }
-  void SetInf(double x) { _Apply(&LumoConstant::Inf, x); }
-  void SetOr(bool x) { _Apply(&LumoConstant::Or, x); }
-  void SetAnd(bool x) { _Apply(&LumoConstant::And, x); }
 
   // `this` becomes the result of an operation on `a` and `b`, either of which may be `this`.
   // Two integers give an integer, with 32-bit wrap-around; any other two numbers a real.
@@ -103,7 +68,6 @@ class LumoConstant {
   // other two numbers fmod.
   void Mod(const LumoConstant* a, const LumoConstant* b);
   void Pow(const LumoConstant* a, const LumoConstant* b);
-  void Atan2(const LumoConstant* a, const LumoConstant* b);
   // The larger (smaller) operand with its own kind; on a tie the second.
   void Sup(const LumoConstant* a, const LumoConstant* b);
   void Inf(const LumoConstant* a, const LumoConstant* b);
@@ -142,12 +106,7 @@ class LumoConstant {
   // Boolean operands required, else nil.
   void And(const LumoConstant* a, const LumoConstant* b);
   void Or(const LumoConstant* a, const LumoConstant* b);
-  void Imply(const LumoConstant* a, const LumoConstant* b);
   void Not(const LumoConstant* a);
-
-  // Appends the other value as text to a string; nil and pointers, and appending to anything but
-  // a string, make this constant nil.
-  void Append(const LumoConstant* other);
 
   // Three-way comparisons. Values of matching kind compare by value (numbers by their difference,
   // NaN giving 0); otherwise the result is this constant's type code minus that of the other kind.
@@ -157,6 +116,56 @@ class LumoConstant {
   int Compare(const char* value) const;
   int Compare(const void* value) const;
   int Compare(const LumoConstant* other) const;
+
+  // Writes the value ("nil", "true", "%d", "%g", the text, "%ld" for a pointer) and flushes.
+  void Dump(std::FILE* file) const;
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  explicit LumoConstant(bool value);
+  explicit LumoConstant(double value);
+  explicit LumoConstant(const char* value);
+  // `code` tells the caller's kinds of pointers apart. `release` must not be null.
+  LumoConstant(void* pointer, Release release, int code);
+  // A copy, as by Set(const LumoConstant*).
+  explicit LumoConstant(const LumoConstant* other);
+  static void Delete(void* constant);
+  bool IsNil() const { return _type == NIL; }
+  bool IsDouble() const { return _type == DOUBLE; }
+  bool IsPointerOfCode(int code) const { return _type == POINTER && _code == code; }
+  void* ToPointerOfCode(int code) const { return IsPointerOfCode(code) ? _value.pointer : nullptr; }
+
+  // In place on numbers, by the rules of Add and Sub; other kinds are left unchanged.
+  void Inc(int x);
+  void Inc(double x);
+  void Inc(const LumoConstant* x);
+  void Dec(int x);
+  void Dec(double x);
+  void Dec(const LumoConstant* x);
+
+  // In place, as the forms above.
+  void SetSub(const LumoConstant* x) { Sub(this, x); }
+  void SetDiv(const LumoConstant* x) { Div(this, x); }
+  void SetAdd(int x) { _Apply(&LumoConstant::Add, x); }
+  void SetSub(int x) { _Apply(&LumoConstant::Sub, x); }
+  void SetMul(int x) { _Apply(&LumoConstant::Mul, x); }
+  void SetSup(int x) { _Apply(&LumoConstant::Sup, x); }
+  void SetInf(int x) { _Apply(&LumoConstant::Inf, x); }
+  void SetAdd(double x) { _Apply(&LumoConstant::Add, x); }
+  void SetSub(double x) { _Apply(&LumoConstant::Sub, x); }
+  void SetMul(double x) { _Apply(&LumoConstant::Mul, x); }
+  void SetDiv(double x) { _Apply(&LumoConstant::Div, x); }
+  void SetSup(double x) { _Apply(&LumoConstant::Sup, x); }
+  void SetInf(double x) { _Apply(&LumoConstant::Inf, x); }
+  void SetOr(bool x) { _Apply(&LumoConstant::Or, x); }
+  void SetAnd(bool x) { _Apply(&LumoConstant::And, x); }
+
+  void Atan2(const LumoConstant* a, const LumoConstant* b);
+  void Imply(const LumoConstant* a, const LumoConstant* b);
+  // Appends the other value as text to a string; nil and pointers, and appending to anything but
+  // a string, make this constant nil.
+  void Append(const LumoConstant* other);
+
   template <class Value>
   bool Is(Value value) const {
     return Compare(value) == 0;
@@ -165,9 +174,6 @@ class LumoConstant {
   int CompareNumbers(const LumoConstant* other) const;
   static int Compare(const void* a, const void* b);
   static int CompareNumbers(const void* a, const void* b);
-
-  // Writes the value ("nil", "true", "%d", "%g", the text, "%ld" for a pointer) and flushes.
-  void Dump(std::FILE* file) const;
 
  private:
   using BinaryOperation = void (LumoConstant::*)(const LumoConstant*, const LumoConstant*);
