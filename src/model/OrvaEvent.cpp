@@ -2,11 +2,8 @@
 
 #include "model/OrvaDescendantWalk.h"
 #include "model/OrvaGate.h"
-#include "model/OrvaParameter.h"
 #include "model/OrvaProbabilityDistribution.h"
 #include "model/OrvaSampling.h"
-#include "support/memory/LumoMemoryManager.h"
-#include "support/statistics/LumoMeasure.h"
 
 void OrvaEvent::Delete(void* event) {
   if (event != nullptr) delete static_cast<OrvaEvent*>(event);

@@ -2,8 +2,6 @@
 // is a module. This is the one source file of events that looks upward.
 
 #include "model/OrvaEvent.h"
-#include "model/OrvaGate.h"
-#include "model/OrvaProbabilityDistribution.h"
 #include "quantification/OrvaHandle.h"
 #include "support/memory/LumoMemoryManager.h"
 #include "support/statistics/LumoMeasure.h"

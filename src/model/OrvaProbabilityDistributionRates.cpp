@@ -10,6 +10,7 @@
 
 double OrvaProbabilityDistribution::ComputeProbabilityAndUnconditionalFailureIntensity(double t) {
   constexpr double STEP = 0.001;
+  constexpr double STEPS_PER_DATE = 1000.0;
   constexpr double LATEST_DATE_OF_RELATIVE_STEP = 100.0;
   const double date = t < 0.0 ? 0.0 : t;
   if (!IsTimeDependent()) {
@@ -20,7 +21,7 @@ double OrvaProbabilityDistribution::ComputeProbabilityAndUnconditionalFailureInt
     _unconditionalFailureIntensity = _ComputeFailureRate(date) * (1.0 - p);
   } else {
     const bool isRelative = date != 0.0 && date <= LATEST_DATE_OF_RELATIVE_STEP;
-    const double h = isRelative ? date / 1000.0 : STEP;
+    const double h = isRelative ? date / STEPS_PER_DATE : STEP;
     // The later value first: the node's value ends as the probability at the date.
     const double p1 = ComputeValueAsProbability(date + h);
     const double p0 = ComputeValueAsProbability(date);

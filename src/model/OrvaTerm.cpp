@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "model/OrvaDescendantWalk.h"
+#include "support/containers/LumoFunction.h"
 #include "support/containers/LumoRange.h"
 #include "support/memory/LumoMemoryManager.h"
 #include "support/text/LumoRawString.h"

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "model/OrvaSymbol.h"
-#include "support/containers/LumoFunction.h"
 #include "support/containers/LumoList.h"
 #include "support/values/LumoAttributeList.h"
 

@@ -17,6 +17,8 @@ using Distribution = OrvaProbabilityDistribution;
 
 // The distance of a point from the test that it shows, and the shortest interval that is split.
 constexpr double LARGEST_OFFSET = 0.1;
+constexpr double OFFSETS_PER_DURATION = 100.0;
+constexpr double OFFSETS_PER_INTERVAL = 1000.0;
 constexpr double SHORTEST_INTERVAL = 0.1;
 
 // Where the arguments of a "periodic-test" with a given number of children are, from 1; 0 for
@@ -57,8 +59,9 @@ struct OrvaHandle::Tests {
   double duration;
 
   double GetOffset() const {
-    return std::min(LARGEST_OFFSET,
-                    hasDuration && duration != 0.0 ? duration / 100.0 : interval / 1000.0);
+    return std::min(LARGEST_OFFSET, hasDuration && duration != 0.0
+                                        ? duration / OFFSETS_PER_DURATION
+                                        : interval / OFFSETS_PER_INTERVAL);
   }
 };
 

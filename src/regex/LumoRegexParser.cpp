@@ -1,7 +1,5 @@
 #include "regex/LumoRegexParser.h"
 
-#include "regex/LumoRegexScanner.h"
-
 namespace {
 
 using Program = LumoRegexProgram;
@@ -19,49 +17,50 @@ const char* LumoRegexParser::Parse(const char* pattern) {
   _groups = {Group()};
   for (;;) {
     const Scanner::Token token = scanner.Scan();
-    switch (token) {
-      case Scanner::ERROR:
-        return scanner.GetError();
-      case Scanner::CHARS:
-        _program.sets.push_back(scanner.GetChars());
-        _AddPiece(_NewInstruction(Program::CHARS, static_cast<int>(_program.sets.size()) - 1));
-        break;
-      case Scanner::BEGIN:
-        _AddPiece(_NewInstruction(Program::BEGIN, NO_SET));
-        break;
-      case Scanner::END:
-        _AddPiece(_NewInstruction(Program::END, NO_SET));
-        break;
-      case Scanner::STAR:
-      case Scanner::PLUS:
-      case Scanner::OPTIONAL: {
-        Group& group = _groups.back();
-        if (!group.hasPiece) return NOTHING_TO_REPEAT;
-        group.piece = _Repeat(group.piece, token != Scanner::PLUS, token != Scanner::OPTIONAL);
-        break;
-      }
-      case Scanner::ALTERNATIVE:
-        _EndAlternative();
-        break;
-      case Scanner::OPEN:
-        _groups.emplace_back();
-        break;
-      case Scanner::CLOSE: {
-        if (_groups.size() == 1) return UNOPENED_GROUP;
-        const Fragment group = _EndGroup();
-        _AddPiece(group);
-        break;
-      }
-      case Scanner::END_OF_PATTERN: {
-        if (_groups.size() > 1) return UNCLOSED_GROUP;
-        const Fragment whole = _EndGroup();
-        const Fragment match = _NewInstruction(Program::MATCH, NO_SET);
-        _Connect(whole, match.start);
-        _program.start = whole.start;
-        return nullptr;
-      }
+    if (token == Scanner::ERROR) return scanner.GetError();
+    if (token == Scanner::END_OF_PATTERN) return _EndPattern();
+    if (const char* error = _AddToken(token, scanner.GetChars())) return error;
+  }
+}
+
+const char* LumoRegexParser::_AddToken(Scanner::Token token, const Program::CharSet& chars) {
+  switch (token) {
+    case Scanner::CHARS:
+      _program.sets.push_back(chars);
+      _AddPiece(_NewInstruction(Program::CHARS, static_cast<int>(_program.sets.size()) - 1));
+      break;
+    case Scanner::BEGIN:
+      _AddPiece(_NewInstruction(Program::BEGIN, NO_SET));
+      break;
+    case Scanner::END:
+      _AddPiece(_NewInstruction(Program::END, NO_SET));
+      break;
+    case Scanner::ALTERNATIVE:
+      _EndAlternative();
+      break;
+    case Scanner::OPEN:
+      _groups.emplace_back();
+      break;
+    case Scanner::CLOSE:
+      if (_groups.size() == 1) return UNOPENED_GROUP;
+      _AddPiece(_EndGroup());
+      break;
+    default: {
+      Group& group = _groups.back();
+      if (!group.hasPiece) return NOTHING_TO_REPEAT;
+      group.piece = _Repeat(group.piece, token != Scanner::PLUS, token != Scanner::OPTIONAL);
     }
   }
+  return nullptr;
+}
+
+const char* LumoRegexParser::_EndPattern() {
+  if (_groups.size() > 1) return UNCLOSED_GROUP;
+  const Fragment whole = _EndGroup();
+  const Fragment match = _NewInstruction(Program::MATCH, NO_SET);
+  _Connect(whole, match.start);
+  _program.start = whole.start;
+  return nullptr;
 }
 
 // Groups.

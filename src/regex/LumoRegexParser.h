@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "regex/LumoRegexProgram.h"
+#include "regex/LumoRegexScanner.h"
 
 // Reads a pattern and writes its program.
 //
@@ -35,6 +35,10 @@ class LumoRegexParser {
     bool hasPiece = false;
     Fragment piece{};
   };
+
+  // Each null, or what is wrong.
+  const char* _AddToken(LumoRegexScanner::Token token, const LumoRegexProgram::CharSet& chars);
+  const char* _EndPattern();
 
   int& _GetTarget(End end);
   Fragment _NewInstruction(LumoRegexProgram::Code code, int set);

@@ -7,6 +7,8 @@
 
 namespace {
 
+constexpr std::size_t NUMBER_LENGTH = 32;
+
 const LumoXMLAttribute* AsAttribute(const void* item) {
   return static_cast<const LumoXMLAttribute*>(item);
 }
@@ -68,13 +70,13 @@ int LumoXMLAttribute::CompareName(const void* attribute, const void* name) {
 void LumoXMLAttribute::SetValue(const char* text) { LumoRawString::Replace(_value, text); }
 
 void LumoXMLAttribute::SetValueAsDouble(double x) {
-  char text[32];
+  char text[NUMBER_LENGTH];
   std::snprintf(text, sizeof text, "%g", x);
   SetValue(text);
 }
 
 void LumoXMLAttribute::SetValueAsInt(int n) {
-  char text[32];
+  char text[NUMBER_LENGTH];
   std::snprintf(text, sizeof text, "%d", n);
   SetValue(text);
 }

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstring>
+#include <string>
 
 #include "support/memory/LumoMemoryManager.h"
 #include "support/text/LumoFileStream.h"

@@ -3,7 +3,6 @@
 #include <climits>
 #include <cstdio>
 #include <memory>
-#include <string>
 #include <vector>
 
 class LumoFileStream;

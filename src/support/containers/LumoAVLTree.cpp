@@ -137,6 +137,8 @@ void LumoAVLTree::_Unlink(LumoAVLTreeNode* node) {
   _RebalanceFrom(father);
 }
 
+// One insertion or removal changes a height by one, so that no difference is beyond two; the
+// rotations end it, whichever father they leave above the node.
 void LumoAVLTree::_RebalanceFrom(LumoAVLTreeNode* node) {
   while (node != nullptr) {
     node->_UpdateHeight();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace {
 
@@ -37,6 +38,9 @@ constexpr Score STANDARD_SCORES[] = {
     {0.99, 2.5759}, {0.9973, 3.0},  {0.999, 3.2905}, {0.9999, 3.8906}, {0.99993, 4.0},
 };
 constexpr double HIGHEST_STANDARD_SCORE = 4.4172;
+
+// The quartic below which a gamma deviate is accepted without a logarithm.
+constexpr double SQUEEZE = 0.0331;
 
 // A working generator is refused more often than this with a probability below 10^-600.
 constexpr int MAXIMUM_NUMBER_OF_REFUSALS = 1000;
@@ -90,7 +94,7 @@ double LumoRandomizer::GammaDraw(double k) {
     } while (!(v > 0.0));
     v = v * v * v;
     const double u = UniformDraw();
-    if (u < 1.0 - 0.0331 * (x * x) * (x * x)) return d * v;
+    if (u < 1.0 - SQUEEZE * (x * x) * (x * x)) return d * v;
     if (std::log(u) < 0.5 * x * x + d * (1.0 - v + std::log(v))) return d * v;
   }
 }

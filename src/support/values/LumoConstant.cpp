@@ -12,6 +12,7 @@
 namespace {
 
 constexpr const char* CLASS_NAME = "LumoConstant";
+constexpr std::size_t NUMBER_LENGTH = 64;
 
 const char* GetText(bool value) { return value ? "true" : "false"; }
 
@@ -433,7 +434,7 @@ void LumoConstant::Imply(const LumoConstant* a, const LumoConstant* b) {
 void LumoConstant::Append(const LumoConstant* other) {
   if (!IsString() || other->IsNil() || other->IsPointer()) return Set();
   std::string text = _value.string == nullptr ? "" : _value.string;
-  char number[64];
+  char number[NUMBER_LENGTH];
   switch (other->_type) {
     case BOOL:
       text += GetText(other->_value.boolean);
