@@ -1,6 +1,7 @@
 #include "model/OrvaCCFGroup.h"
 
 #include <algorithm>
+#include <cassert>
 #include <iterator>
 
 #include "model/OrvaEvent.h"
@@ -52,6 +53,7 @@ OrvaCCFGroup::Type OrvaCCFGroup::GetType(const char* name) {
 }
 
 const char* OrvaCCFGroup::GetTypeName(Type type) {
+  static_assert(std::size(TYPE_NAMES) == PHI_FACTOR + 1);
   return type == UNKNOWN ? nullptr : TYPE_NAMES[type];
 }
 
@@ -66,11 +68,13 @@ std::string OrvaCCFGroup::GetNameOfMemberGate(int i) const {
 // The array grows by its increment, which would copy a large group once for every eight members.
 void OrvaCCFGroup::AddMember(OrvaEvent* member) {
   const int n = GetNumberOfMembers();
+  assert(n <= _members.GetSize());
   if (n == _members.GetSize()) _members.Expand(2 * n);
   SetMember(n, member);
 }
 
 void OrvaCCFGroup::SetMember(int i, OrvaEvent* member) {
+  assert(i >= 0 && member != nullptr);
   if (OrvaEvent* former = GetMember(i)) _Unlink(former);
   _members.SetItem(i, member);
   member->SetCCFGroup(this);
@@ -145,6 +149,7 @@ void OrvaCCFGroup::_ExpandMember(Subset& subset, int i) {
 // Enumerates the subsets that contain member i by leaving each other member out, then in, from
 // the last to the first: the independent failure comes first, the failure of all members last.
 void OrvaCCFGroup::_ExpandMember(Subset& subset, int i, LumoList* children, int k) {
+  assert(subset[static_cast<std::size_t>(i)] == '1');
   if (k < 0) {
     const auto level = static_cast<int>(std::count(subset.begin(), subset.end(), '1'));
     OrvaEvent* event = level == INDEPENDENT_LEVEL ? GetMember(i) : _FindOrAddBasicEvent(subset);
@@ -176,6 +181,7 @@ void OrvaCCFGroup::_ExpandMemberForBetaFactor(const Subset& subset, int i, OrvaE
 // new event is not linked to the group.
 OrvaEvent* OrvaCCFGroup::_ReplaceMemberByIndependentEvent(int i) {
   OrvaEvent* member = GetMember(i);
+  assert(member != nullptr);
   const std::string name = member->GetName();
   _model->RenameEvent(member, GetNameOfMemberGate(i).c_str());
   OrvaEvent* independent = _model->AddEvent(name.c_str(), OrvaEvent::BASIC_EVENT);
@@ -202,6 +208,7 @@ void OrvaCCFGroup::_AssociateProbabilityDistributionToBasicEvent(OrvaEvent* even
 
 // The probability of the common failure of a given subset of `level` members: one product.
 Distribution* OrvaCCFGroup::_NewExpressionOfLevel(int level) const {
+  assert(level >= INDEPENDENT_LEVEL && level <= GetNumberOfMembers());
   LumoList factors;
   switch (_type) {
     case BETA_FACTOR:
@@ -227,6 +234,7 @@ Distribution* OrvaCCFGroup::_NewExpressionOfLevel(int level) const {
 }
 
 Distribution* OrvaCCFGroup::_CopyFactor(int level) const {
+  assert(GetFactor(level) != nullptr);
   return Distribution::Copy(_model, GetFactor(level));
 }
 

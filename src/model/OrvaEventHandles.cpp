@@ -1,6 +1,8 @@
 // What an event owns of the layers above: its handles, and the module record that tells whether it
 // is a module. This is the one source file of events that looks upward.
 
+#include <cassert>
+
 #include "model/OrvaEvent.h"
 #include "quantification/OrvaHandle.h"
 #include "support/memory/LumoMemoryManager.h"
@@ -20,6 +22,7 @@ OrvaEvent::~OrvaEvent() {
 
 OrvaHandle* OrvaEvent::NewHandle(const char* name, OrvaSystem* system) {
   DeleteHandle(name);
+  assert(GetHandle(name) == nullptr);
   auto* handle = new OrvaHandle(this, name, system);
   _handles.InsertItem(handle);
   return handle;
@@ -27,6 +30,7 @@ OrvaHandle* OrvaEvent::NewHandle(const char* name, OrvaSystem* system) {
 
 OrvaHandle* OrvaEvent::NewHandle(const char* name, OrvaMCSSet* set) {
   DeleteHandle(name);
+  assert(GetHandle(name) == nullptr);
   auto* handle = new OrvaHandle(this, name, set);
   _handles.InsertItem(handle);
   return handle;

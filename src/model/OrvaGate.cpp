@@ -1,5 +1,6 @@
 #include "model/OrvaGate.h"
 
+#include <cassert>
 #include <iterator>
 
 #include "model/OrvaEvent.h"
@@ -78,6 +79,7 @@ void OrvaGate::_CopyChildren(OrvaModel* model, const OrvaGate* gate) {
 }
 
 const char* OrvaGate::GetFunctor(Type type) {
+  static_assert(std::size(_FUNCTORS) == NOT + 2);
   const bool isKnown = type >= 0 && type < static_cast<int>(std::size(_FUNCTORS));
   return isKnown ? _FUNCTORS[type].name : nullptr;
 }
@@ -125,9 +127,15 @@ int OrvaGate::_GetBound(Bound bound) const {
   return 0;
 }
 
-int OrvaGate::GetMin() const { return _GetBound(_FUNCTORS[GetType()].min); }
+int OrvaGate::GetMin() const {
+  assert(GetFunctor(GetType()) != nullptr);
+  return _GetBound(_FUNCTORS[GetType()].min);
+}
 
-int OrvaGate::GetMax() const { return _GetBound(_FUNCTORS[GetType()].max); }
+int OrvaGate::GetMax() const {
+  assert(GetFunctor(GetType()) != nullptr);
+  return _GetBound(_FUNCTORS[GetType()].max);
+}
 
 bool OrvaGate::IsGate() const {
   return IsEvent() && GetReferencedEvent()->GetType() == OrvaEvent::GATE;
@@ -157,6 +165,7 @@ void OrvaGate::MuteToConstant(bool value) {
     RemoveChild(child);
     Delete(child);
   }
+  assert(GetNumberOfChildren() == 0);
   SetType(CONSTANT);
   SetAttribute(VALUE, value);
 }

@@ -1,5 +1,7 @@
 #include "model/OrvaModel.h"
 
+#include <cassert>
+
 #include "model/OrvaCCFGroup.h"
 #include "model/OrvaDescendantWalk.h"
 #include "model/OrvaGate.h"
@@ -50,6 +52,7 @@ void OrvaModel::CollectEvents(OrvaSymbol::Selector selector, const void* argumen
 }
 
 void OrvaModel::RenameEvent(OrvaEvent* event, const char* name) {
+  assert(_events.LookForNodeOfItem(event) != nullptr);
   _events.RemoveNode(_events.LookForNodeOfItem(event));  // not another one of that name
   event->SetName(name);
   _events.InsertItem(event);
@@ -148,6 +151,7 @@ void OrvaModel::ResetRandomDeviatesOfBasicEvents(const LumoContainer* events) {
 
 void OrvaModel::ResetRandomDeviatesOfParameters(const LumoContainer* parameters) {
   for (const OrvaParameter* parameter : LumoItems<OrvaParameter>(*parameters)) {
+    assert(parameter->GetDefinition() != nullptr);
     parameter->GetDefinition()->ResetRandomDeviates();
   }
 }
@@ -223,6 +227,7 @@ void OrvaModel::DrawRandomDeviatesOfBasicEvents(LumoRandomizer* randomizer,
 void OrvaModel::DrawRandomDeviatesOfParameters(LumoRandomizer* randomizer,
                                                const LumoContainer* parameters) {
   for (const OrvaParameter* parameter : LumoItems<OrvaParameter>(*parameters)) {
+    assert(parameter->GetDefinition() != nullptr);
     parameter->GetDefinition()->DrawRandomDeviates(randomizer);
   }
 }

@@ -1,6 +1,7 @@
 #include "model/OrvaProbabilityDistribution.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cfloat>
 #include <iterator>
 #include <vector>
@@ -239,10 +240,12 @@ OrvaProbabilityDistribution* OrvaProbabilityDistribution::Copy(
 }
 
 const OrvaProbabilityDistribution::Functor& OrvaProbabilityDistribution::_GetFunctor() const {
+  assert(GetFunctor(GetType()) != nullptr);
   return _FUNCTORS[GetType()];
 }
 
 const char* OrvaProbabilityDistribution::GetFunctor(Type type) {
+  static_assert(std::size(_FUNCTORS) == HISTOGRAM + 2);
   const bool isKnown = type >= 0 && type < static_cast<int>(std::size(_FUNCTORS));
   return isKnown ? _FUNCTORS[type].name : nullptr;
 }
@@ -288,6 +291,7 @@ double OrvaProbabilityDistribution::ComputeValueAsDouble(double t, double low, d
 }
 
 double OrvaProbabilityDistribution::_Bound(double low, double high) {
+  assert(low <= high);
   const double value = _value.ToDouble();
   if (value < low) {
     _value.Set(low);
@@ -307,6 +311,7 @@ double OrvaProbabilityDistribution::ComputeValueOfChildAsDouble(int i, double t,
 }
 
 int OrvaProbabilityDistribution::ComputeValueOfChildAsInt(int i, double t, int low, int high) {
+  assert(low <= high);
   LumoConstant* value = ComputeValueOfChild(i, t);
   const int n = value == nullptr ? 0 : value->ToInt();
   const int bounded = std::clamp(n, low, high);

@@ -1,5 +1,6 @@
 // Random deviates.
 
+#include <cassert>
 #include <cfloat>
 
 #include "model/OrvaProbabilityDistributionKinds.h"
@@ -92,6 +93,7 @@ void OrvaProbabilityDistribution::_DrawHistogram(LumoRandomizer* randomizer) {
   if (last->GetType() != BIN) return _value.Set(lowerBound);
   const double u = randomizer->UniformDraw(lowerBound, _GetUpperBoundOfBin(last));
   OrvaProbabilityDistribution* bin = GetChild(2);
+  assert(bin != nullptr);
   while (bin != last && !(_GetUpperBoundOfBin(bin) >= u)) bin = bin->GetNextSibling();
   _value.Set(_GetValueOfBin(bin));
 }

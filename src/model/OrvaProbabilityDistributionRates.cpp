@@ -1,5 +1,6 @@
 // Failure intensities and failure rates of expressions.
 
+#include <cassert>
 #include <cfloat>
 #include <cmath>
 
@@ -95,12 +96,14 @@ double OrvaProbabilityDistribution::_GetFailureRateOfProduct(double t) const {
 }
 
 double OrvaProbabilityDistribution::_GetFailureRateOfIte(double t) const {
+  assert(GetNumberOfChildren() == 3);
   return GetChild(GetFirstChild()->GetValueAsBool() ? 2 : 3)->_GetCurrentFailureRate(t);
 }
 
 // The first case whose own value, which evaluation never sets, reads false; else the last child.
 double OrvaProbabilityDistribution::_GetFailureRateOfSwitch(double t) const {
   const OrvaProbabilityDistribution* chosen = GetFirstChild();
+  assert(chosen != nullptr);
   while (chosen->GetType() != CASE || chosen->GetValueAsBool()) {
     const OrvaProbabilityDistribution* next = chosen->GetNextSibling();
     if (next == nullptr) break;

@@ -1,6 +1,7 @@
 // The value of each kind of expression.
 
 #include <algorithm>
+#include <cassert>
 #include <cfloat>
 #include <climits>
 #include <cmath>
@@ -40,6 +41,7 @@ void OrvaProbabilityDistribution::_EvaluatePi(double /*t*/) { _value.Set(LumoMat
 void OrvaProbabilityDistribution::_EvaluateMissionTime(double t) { _value.Set(t); }
 
 void OrvaProbabilityDistribution::_EvaluateOperation(double t) {
+  assert(GetFirstChild() != nullptr);
   (_value.*_GetFunctor().operation)(GetFirstChild()->ComputeValue(t));
 }
 
@@ -52,6 +54,7 @@ void OrvaProbabilityDistribution::_EvaluateBinaryOperation(double t) {
 
 void OrvaProbabilityDistribution::_EvaluateFold(double t) {
   const Functor& functor = _GetFunctor();
+  assert(functor.operation != nullptr);
   switch (functor.startType) {
     case LumoConstant::BOOL:
       _value.Set(functor.start != 0.0);
@@ -73,6 +76,7 @@ void OrvaProbabilityDistribution::_EvaluateMean(double t) {
 }
 
 void OrvaProbabilityDistribution::_EvaluateIte(double t) {
+  assert(GetNumberOfChildren() == 3);
   const bool condition = ComputeValueOfChild(1, t)->ToBool();
   _value.Set(ComputeValueOfChild(condition ? 2 : 3, t));
 }
@@ -85,6 +89,7 @@ void OrvaProbabilityDistribution::_EvaluateSwitch(double t) {
     if (child->GetType() != CASE) {
       return _value.Set((first == nullptr ? child : first)->ComputeValue(t));
     }
+    assert(first != nullptr && child->GetNumberOfChildren() == 2);
     if (first->ComputeValue(t)->ToBool()) return _value.Set(child->ComputeValueOfChild(2, t));
   }
 }
@@ -161,6 +166,7 @@ template <class GetTerm>
 double SumOverStatesOfStandby(const Standby& units, GetTerm getTerm) {
   constexpr double LARGE = 0x1p500;
   const auto& [n, k, r, lambda, lambdaStandby, mu] = units;
+  assert(k >= 0 && k <= n && r >= 0 && r <= n);
   double weight = 1.0;
   double sum = getTerm(0, weight);
   for (long i = 1; i <= n && weight != 0.0; ++i) {
@@ -246,6 +252,7 @@ double OrvaProbabilityDistribution::_ComputeValueOfPeriodicTest5(double t) {
 }
 
 double OrvaProbabilityDistribution::_ComputeValueOfPeriodicTest11(double t) {
+  assert(GetNumberOfChildren() == 11);
   const OrvaPeriodicTest test = {
       .failureRate = _GetRate(1, t),
       .failureRateInTest = _GetRate(2, t),

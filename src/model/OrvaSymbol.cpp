@@ -1,5 +1,6 @@
 #include "model/OrvaSymbol.h"
 
+#include <cassert>
 #include <vector>
 
 #include "model/OrvaDescendantWalk.h"
@@ -38,6 +39,7 @@ void OrvaSymbol::SetDefinition(OrvaTerm* definition) {
     _definition->SetDefinedSymbol(nullptr);
     OrvaTerm::Delete(_definition);
   }
+  assert(definition == nullptr || definition->GetParent() == nullptr);
   _definition = definition;
   if (_definition != nullptr) _definition->SetDefinedSymbol(this);
 }
@@ -50,6 +52,7 @@ void OrvaSymbol::AddOccurrence(OrvaTerm* term) {
 
 void OrvaSymbol::RemoveOccurrence(OrvaTerm* term) {
   if (term->_symbolOfOccurrence == this) {
+    assert(term->_cellOfOccurrence->GetItem() == term);
     _occurrences.RemoveCell(term->_cellOfOccurrence);
     term->_symbolOfOccurrence = nullptr;
     term->_cellOfOccurrence = nullptr;

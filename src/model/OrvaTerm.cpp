@@ -1,5 +1,6 @@
 #include "model/OrvaTerm.h"
 
+#include <cassert>
 #include <vector>
 
 #include "model/OrvaDescendantWalk.h"
@@ -18,6 +19,7 @@ OrvaTerm::~OrvaTerm() {
 }
 
 OrvaTerm* OrvaTerm::GetNextSibling() const {
+  assert((_parent == nullptr) == (_cellInParent == nullptr));
   if (_cellInParent == nullptr) return nullptr;
   const LumoListCell* next = _cellInParent->GetNext();
   return next == nullptr ? nullptr : static_cast<OrvaTerm*>(next->GetItem());
@@ -28,6 +30,7 @@ void OrvaTerm::_Detach() {
 }
 
 void OrvaTerm::_AttachChild(OrvaTerm* child, LumoListCell* before) {
+  assert(child != this && child->_parent == nullptr);
   child->_parent = this;
   child->_cellInParent = _children.InsertItemBefore(before, child);
 }
@@ -39,6 +42,7 @@ void OrvaTerm::AddChild(OrvaTerm* child) {
 
 void OrvaTerm::AddChildBefore(LumoListCursor* cursor, OrvaTerm* child) {
   child->_Detach();
+  assert(cursor->GetCell() != nullptr);
   _AttachChild(child, cursor->GetCell());
 }
 
@@ -48,6 +52,7 @@ void OrvaTerm::AddChildren(const LumoContainer* children) {
 
 bool OrvaTerm::RemoveChild(OrvaTerm* child) {
   if (child->_parent != this) return false;
+  assert(child->_cellInParent->GetItem() == child);
   _children.RemoveCell(child->_cellInParent);
   child->_parent = nullptr;
   child->_cellInParent = nullptr;
@@ -123,6 +128,7 @@ void OrvaTerm::_Delete(bool checkConnectionToParent) {
     delete term;
     term = parent;
   }
+  assert(GetFirstChild() == nullptr);
   delete this;
 }
 
@@ -131,6 +137,7 @@ void OrvaTerm::_Delete(bool checkConnectionToParent) {
 // The child may be the cursor's neighbour: its place is looked for when it has left.
 void OrvaTerm::AddChildAfter(LumoListCursor* cursor, OrvaTerm* child) {
   child->_Detach();
+  assert(cursor->GetCell() != nullptr);
   _AttachChild(child, cursor->GetCell()->GetNext());
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cassert>
+
 #include "model/OrvaSymbol.h"
 #include "support/containers/LumoList.h"
 #include "support/values/LumoAttributeList.h"
@@ -32,7 +34,10 @@ class OrvaTerm {
 
   OrvaTerm* GetParent() const { return _parent; }
   // Leaves the parent, which must exist.
-  void ResetParent() { _parent->RemoveChild(this); }
+  void ResetParent() {
+    assert(_parent != nullptr);
+    _parent->RemoveChild(this);
+  }
 
   int GetNumberOfChildren() const { return _children.GetNumberOfItems(); }
   // The i-th child, from 1; null outside.

@@ -1,5 +1,7 @@
 #include "quantification/OrvaHandle.h"
 
+#include <cassert>
+
 #include "model/OrvaModel.h"
 #include "model/OrvaParameter.h"
 #include "model/OrvaProbabilityDistribution.h"
@@ -26,6 +28,7 @@ OrvaHandle::OrvaHandle(OrvaEvent* topEvent, const char* name, Type type, OrvaSys
       _type(type),
       _system(system),
       _set(set) {
+  assert((_type == SYSTEM_HANDLE ? _set == nullptr : _system == nullptr));
   UpdateBasicEventsAndParameters();
   LumoMemoryManager::TraceNew(this, "OrvaHandle");
 }
@@ -147,6 +150,7 @@ void OrvaHandle::_ComputeImportanceFactorsOfBasicEvents() {
   _set->UpdateMarginalImportanceFactors();
   for (OrvaEvent* event : LumoItems<OrvaEvent>(_basicEvents)) {
     const OrvaMCSBasicEvent* entry = _set->GetBasicEvent(event->GetMCSIndex());
+    assert(entry != nullptr);
     event->SetMarginalImportanceFactor(entry->marginalImportanceFactor);
   }
 }
@@ -180,6 +184,7 @@ void OrvaHandle::ResetRandomDeviatesOfParameters() {
 
 void OrvaHandle::ResetRandomDeviatesOfParameters(const LumoContainer* parameters) {
   for (const OrvaParameter* parameter : LumoItems<OrvaParameter>(*parameters)) {
+    assert(parameter->GetDefinition() != nullptr);
     parameter->GetDefinition()->ResetRandomDeviates();
   }
 }

@@ -2,6 +2,7 @@
 // private steps take the quantity as a member function.
 
 #include <algorithm>
+#include <cassert>
 #include <cfloat>
 #include <cmath>
 #include <memory>
@@ -76,6 +77,7 @@ double OrvaHandle::_ComputeConditionalFailureIntensityAt(double t) {
 }
 
 LumoCurvePoint* OrvaHandle::_ComputePoint(Quantity quantity, double t, LumoCurve* curve) {
+  assert(curve != nullptr);
   LumoCurvePoint* point = curve->LookForPointAtX(t);
   if (point != nullptr || IsFull(curve)) return point;
   return curve->NewPoint(t, (this->*quantity)(t));
@@ -143,6 +145,7 @@ void OrvaHandle::_ComputeSingularPoints(Quantity quantity, double firstDate, dou
 // The points just before and just after a test show the jump there.
 void OrvaHandle::_ComputeSingularPoints(Quantity quantity, const Tests& tests, double firstDate,
                                         double lastDate, LumoCurve* curve) {
+  assert(!(tests.interval < 0.0) && !(tests.duration < 0.0));
   if (tests.interval == 0.0) return;
   const double offset = tests.GetOffset();
   const auto addPoint = [&](double t) {
@@ -183,6 +186,7 @@ void OrvaHandle::_SmoothCurve(Quantity quantity, double smoothingRatio, LumoCurv
     cursor->Increment();
     if (cursor->IsAfterLastItem()) return;
     const auto* b = static_cast<const LumoCurvePoint*>(cursor->GetItem());
+    assert(a->GetX() < b->GetX());
     if (!(b->GetX() - a->GetX() > SHORTEST_INTERVAL)) continue;
     const double middle = (a->GetX() + b->GetX()) * 0.5;
     if (!(middle > a->GetX() && middle < b->GetX())) continue;  // no date lies between them

@@ -1,5 +1,7 @@
 // Uncertainty and sensitivity by sampling.
 
+#include <cassert>
+
 #include "model/OrvaEvent.h"
 #include "model/OrvaParameter.h"
 #include "model/OrvaProbabilityDistribution.h"
@@ -42,6 +44,7 @@ void OrvaHandle::DrawRandomDeviatesOfParameters(LumoRandomizer* randomizer) {
 void OrvaHandle::DrawRandomDeviatesOfParameters(LumoRandomizer* randomizer,
                                                 const LumoContainer* parameters) {
   for (const OrvaParameter* parameter : LumoItems<OrvaParameter>(*parameters)) {
+    assert(parameter->GetDefinition() != nullptr);
     parameter->GetDefinition()->DrawRandomDeviates(randomizer);
   }
 }
@@ -69,6 +72,7 @@ void OrvaHandle::ResetSensitivityMeasuresOfParameters(const LumoContainer* param
 }
 
 void OrvaHandle::AddCurrentTopEventProbabilityToItsSensitivityMeasure() {
+  assert(_topEvent->GetMeasure() != nullptr);
   _topEvent->GetMeasure()->AddValue(GetTopEventProbability());
 }
 
@@ -79,6 +83,7 @@ void OrvaHandle::AddCurrentProbabilitiesOfBasicEventsToTheirSensitivityMeasures(
 void OrvaHandle::AddCurrentProbabilitiesOfBasicEventsToTheirSensitivityMeasures(
     const LumoContainer* basicEvents) {
   for (const OrvaEvent* event : LumoItems<OrvaEvent>(*basicEvents)) {
+    assert(event->GetMeasure() != nullptr);
     event->GetMeasure()->AddValue(event->GetProbability());
   }
 }
@@ -90,6 +95,7 @@ void OrvaHandle::AddCurrentValuesOfParametersToTheirSensitivityMeasures() {
 void OrvaHandle::AddCurrentValuesOfParametersToTheirSensitivityMeasures(
     const LumoContainer* parameters) {
   for (OrvaParameter* parameter : LumoItems<OrvaParameter>(*parameters)) {
+    assert(parameter->GetMeasure() != nullptr);
     parameter->GetMeasure()->AddValue(parameter->GetValue()->ToDouble());
   }
 }

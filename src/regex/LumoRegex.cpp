@@ -1,5 +1,6 @@
 #include "regex/LumoRegex.h"
 
+#include <cassert>
 #include <cstring>
 #include <vector>
 
@@ -23,6 +24,7 @@ class Simulation {
         _formerStartOf(program.instructions.size()) {}
 
   bool Find(std::size_t from, std::size_t& start, std::size_t& end) {
+    assert(from <= _length);
     bool isFound = false;
     for (std::size_t place = from;; ++place) {
       // A new way starts here, after those that started further left.
@@ -31,6 +33,7 @@ class Simulation {
         const std::size_t startOfWay = _startOf[static_cast<std::size_t>(index)];
         if (At(index).code != Program::MATCH) continue;
         if (isFound && startOfWay > start) continue;
+        assert(startOfWay <= place);
         isFound = true;
         start = startOfWay;
         end = place;
@@ -42,6 +45,7 @@ class Simulation {
 
  private:
   const Program::Instruction& At(int index) const {
+    assert(index >= 0 && static_cast<std::size_t>(index) < _program.instructions.size());
     return _program.instructions[static_cast<std::size_t>(index)];
   }
 
@@ -49,6 +53,7 @@ class Simulation {
   // followed in the order of their starts, and a new one starts behind all others: the list stays
   // in that order, and the first way to list an instruction is the leftmost.
   void Follow(int first, std::size_t place, std::size_t start) {
+    assert(_list.empty() || _startOf[static_cast<std::size_t>(_list.back())] <= start);
     _waiting.push_back(first);
     while (!_waiting.empty()) {
       const int index = _waiting.back();
@@ -82,6 +87,7 @@ class Simulation {
   // Reads the character at a place. Once a match is found, ways that started further right are
   // dropped.
   void Step(std::size_t place, bool isFound, std::size_t leftmost) {
+    assert(place < _length);
     const auto c = static_cast<unsigned char>(_text[place]);
     _former.swap(_list);
     _list.clear();
@@ -91,6 +97,7 @@ class Simulation {
       const Program::Instruction& instruction = At(index);
       const std::size_t start = _formerStartOf[static_cast<std::size_t>(index)];
       if (instruction.code != Program::CHARS || (isFound && start > leftmost)) continue;
+      assert(static_cast<std::size_t>(instruction.set) < _program.sets.size());
       if (_program.sets[static_cast<std::size_t>(instruction.set)].test(c)) {
         Follow(instruction.next, place + 1, start);
       }

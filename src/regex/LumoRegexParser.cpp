@@ -1,5 +1,7 @@
 #include "regex/LumoRegexParser.h"
 
+#include <cassert>
+
 namespace {
 
 using Program = LumoRegexProgram;
@@ -57,6 +59,7 @@ const char* LumoRegexParser::_AddToken(Scanner::Token token, const Program::Char
 const char* LumoRegexParser::_EndPattern() {
   if (_groups.size() > 1) return UNCLOSED_GROUP;
   const Fragment whole = _EndGroup();
+  assert(_groups.empty());
   const Fragment match = _NewInstruction(Program::MATCH, NO_SET);
   _Connect(whole, match.start);
   _program.start = whole.start;
@@ -91,6 +94,7 @@ void LumoRegexParser::_EndAlternative() {
 
 LumoRegexParser::Fragment LumoRegexParser::_EndGroup() {
   _EndAlternative();
+  assert(_groups.back().hasAlternatives && !_groups.back().hasSequence);
   const Fragment whole = _groups.back().alternatives;
   _groups.pop_back();
   return whole;
@@ -99,6 +103,7 @@ LumoRegexParser::Fragment LumoRegexParser::_EndGroup() {
 // Fragments.
 
 int& LumoRegexParser::_GetTarget(End end) {
+  assert(end >= 0 && static_cast<std::size_t>(end / 2) < _program.instructions.size());
   Program::Instruction& instruction = _program.instructions[static_cast<std::size_t>(end / 2)];
   return end % 2 == 0 ? instruction.next : instruction.alternative;
 }
@@ -120,6 +125,7 @@ void LumoRegexParser::_Connect(const Fragment& fragment, int target) {
 
 // The open ends of both, one list behind the other; the start of a.
 LumoRegexParser::Fragment LumoRegexParser::_Join(const Fragment& a, const Fragment& b) {
+  assert(_GetTarget(a.lastEnd) == NONE);
   _GetTarget(a.lastEnd) = b.firstEnd;
   return {a.start, a.firstEnd, b.lastEnd};
 }

@@ -1,5 +1,7 @@
 #include "regex/LumoRegexScanner.h"
 
+#include <cassert>
+
 namespace {
 
 using CharSet = LumoRegexProgram::CharSet;
@@ -11,6 +13,7 @@ constexpr const char* REVERSED_RANGE = "A range of characters is reversed";
 unsigned char AsByte(char c) { return static_cast<unsigned char>(c); }
 
 CharSet MakeRange(unsigned char from, unsigned char to) {
+  assert(from <= to);
   CharSet set;
   for (unsigned c = from; c <= to; ++c) set.set(c);
   return set;
@@ -132,6 +135,7 @@ LumoRegexScanner::Token LumoRegexScanner::_ScanClass() {
 }
 
 bool LumoRegexScanner::_ScanClassMember(unsigned char& c) {
+  assert(*_rest != '\0');
   if (*_rest != '\\') {
     c = AsByte(*_rest++);
     return true;
@@ -148,6 +152,7 @@ bool LumoRegexScanner::_ScanClassMember(unsigned char& c) {
 }
 
 LumoRegexScanner::Token LumoRegexScanner::_Fail(const char* error) {
+  assert(error != nullptr);
   _error = error;
   return ERROR;
 }

@@ -1,5 +1,7 @@
 #include "xml/LumoXMLNode.h"
 
+#include <cassert>
+
 #include "support/memory/LumoMemoryManager.h"
 #include "support/text/LumoRawString.h"
 
@@ -48,6 +50,8 @@ LumoXMLNode* LumoXMLNode::FindChild(const char* name) const {
 }
 
 void LumoXMLNode::InsertChildLast(LumoXMLNode* child) {
+  assert(child->_parent == nullptr);
+  assert((_firstChild == nullptr) == (_lastChild == nullptr));
   child->_parent = this;
   child->_previousSibling = _lastChild;
   child->_nextSibling = nullptr;
@@ -65,6 +69,7 @@ void LumoXMLNode::DeleteDescendants() {
       continue;
     }
     LumoXMLNode* parent = node->_parent;
+    assert(parent != nullptr && parent->_firstChild == node);
     LumoXMLNode* next = node->_nextSibling;
     parent->_firstChild = next;
     if (next == nullptr) parent->_lastChild = nullptr;
@@ -161,6 +166,7 @@ void LumoXMLNode::CollectChildren(const LumoComparator* comparator, const void* 
 }
 
 void LumoXMLNode::InsertChildFirst(LumoXMLNode* child) {
+  assert(child->_parent == nullptr);
   child->_parent = this;
   child->_previousSibling = nullptr;
   child->_nextSibling = _firstChild;
@@ -173,6 +179,7 @@ void LumoXMLNode::InsertChildBefore(LumoXMLNode* child, LumoXMLNode* before) {
   if (before == _firstChild) return InsertChildFirst(child);
   child->_parent = this;
   child->_previousSibling = before->_previousSibling;
+  assert(child->_previousSibling != nullptr);
   child->_nextSibling = before;
   before->_previousSibling->_nextSibling = child;
   before->_previousSibling = child;

@@ -1,6 +1,7 @@
 #include "xml/LumoXMLParser.h"
 
 #include <array>
+#include <cassert>
 #include <cstring>
 #include <string>
 
@@ -87,6 +88,7 @@ LumoXMLPrinter* LumoXMLParser::GetPrinter() {
 // Characters. A read error counts as the end of the file.
 
 int LumoXMLParser::_GetChar() {
+  assert(_file != nullptr);
   const int c = getc_unlocked(_file);
   _isAtEndOfFile = c == EOF;
   if (c == '\n') IncrementLineNumber();
@@ -97,6 +99,7 @@ void LumoXMLParser::_UnGetChar(int c) {
   if (c == EOF) return;
   std::ungetc(c, _file);
   if (c == '\n') --_lineNumber;
+  assert(_lineNumber >= 1);
 }
 
 int LumoXMLParser::_LookCharAhead() {
@@ -122,6 +125,7 @@ void LumoXMLParser::_AppendToToken(int c) {
 // The file as a whole.
 
 int LumoXMLParser::ParseFile(LumoXMLDocument* document, std::FILE* file) {
+  assert(document != nullptr && file != nullptr);
   _file = file;
   _document = document;
   _isAtEndOfFile = false;
@@ -133,6 +137,7 @@ int LumoXMLParser::ParseFile(LumoXMLDocument* document, std::FILE* file) {
   if (!_parseError) _LookCharAhead();
   while (!_IsAtEndOfFile() && !_parseError) _ParseTerm();
   if (!_parseError && !_openElements.empty()) _RaiseSyntaxError(Messenger::NON_CLOSED_TAG);
+  assert(_parseError || _openElements.empty());
   if (!_parseError) return 0;
   while (!_openElements.empty()) _DeleteTopElement();
   document->Reset();
@@ -184,6 +189,7 @@ void LumoXMLParser::_ParseOpeningTag(int line) {
   }
   LumoXMLNode* element = LumoXMLNode::NewNode(_token->GetAscii());
   element->SetLineNumber(line);
+  assert(_openElements.size() < MAXIMUM_NUMBER_OF_OPEN_ELEMENTS);
   _openElements.push_back(element);
   _ParseAttributes(element);
   if (!_parseError) _ParseEndOfOpeningTag();
@@ -286,6 +292,7 @@ void LumoXMLParser::_ParseQuotedValue() {
 
 // The first character is in the token already. Each run of blanks becomes one single space.
 void LumoXMLParser::_ParseText() {
+  assert(!_token->IsEmpty());
   int c = _GetChar();
   while (c != '<') {
     if (_IsAtEndOfFile()) return _RaiseSyntaxError(Messenger::UNEXPECTED_END_OF_FILE);
@@ -347,6 +354,7 @@ void LumoXMLParser::_ParseCDATA() {
       ++brackets;
       continue;
     }
+    assert(brackets >= 0 && brackets <= 2);
     if (brackets == 1) _AppendToToken(c);
     if (brackets == 2) {
       _AppendToToken(']');
@@ -360,6 +368,7 @@ void LumoXMLParser::_ParseCDATA() {
 // The open elements. An element joins its parent, or the document, when it is closed.
 
 void LumoXMLParser::_AttachTerm(LumoXMLNode* term) {
+  assert(term->GetParent() == nullptr);
   if (_openElements.empty()) {
     _document->AddRoot(term);
   } else {
@@ -368,12 +377,14 @@ void LumoXMLParser::_AttachTerm(LumoXMLNode* term) {
 }
 
 void LumoXMLParser::_AttachTopElement() {
+  assert(!_openElements.empty());
   LumoXMLNode* element = _openElements.back();
   _openElements.pop_back();
   _AttachTerm(element);
 }
 
 void LumoXMLParser::_DeleteTopElement() {
+  assert(!_openElements.empty());
   delete _openElements.back();
   _openElements.pop_back();
 }

@@ -1,5 +1,6 @@
 #include "xml/LumoXMLPrinter.h"
 
+#include <cassert>
 #include <string>
 
 #include "support/containers/LumoRange.h"
@@ -176,6 +177,7 @@ void LumoXMLPrinter::PrintDocument(const LumoXMLDocument* document, LumoStream* 
 // Offered to users of the class; the program itself does not call what follows.
 
 void LumoXMLPrinter::SetIndentation(int n) {
+  assert(n >= 0);
   SetIndentation(std::string(static_cast<std::size_t>(n), ' ').c_str());
 }
 

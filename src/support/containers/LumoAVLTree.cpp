@@ -1,6 +1,7 @@
 #include "support/containers/LumoAVLTree.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include "support/containers/LumoRange.h"
 #include "support/memory/LumoMemoryManager.h"
@@ -95,6 +96,7 @@ void* LumoAVLTree::LookForItem(const LumoComparator* comparator, const void* key
 }
 
 void LumoAVLTree::InsertItem(void* item) {
+  assert(item != nullptr);
   LumoAVLTreeNode* father = nullptr;
   LumoAVLTreeNode** link = &_root;
   while (*link != nullptr) {
@@ -104,6 +106,7 @@ void LumoAVLTree::InsertItem(void* item) {
   *link = new LumoAVLTreeNode(item, father);
   ++_numberOfItems;
   _RebalanceFrom(father);
+  assert(_root != nullptr && _root->_father == nullptr);
 }
 
 void* LumoAVLTree::RemoveItem(const void* item) { return RemoveNode(LookForNode(item)); }
@@ -113,6 +116,7 @@ void* LumoAVLTree::RemoveNode(LumoAVLTreeNode* node) {
   void* item = node->_item;
   if (node->HasTwoSons()) {
     LumoAVLTreeNode* greatest = node->_left->_GetRightmost();
+    assert(!greatest->HasTwoSons());
     node->_item = greatest->_item;
     node = greatest;
   }
@@ -123,11 +127,13 @@ void* LumoAVLTree::RemoveNode(LumoAVLTreeNode* node) {
 LumoAVLTreeNode*& LumoAVLTree::_GetLinkTo(LumoAVLTreeNode* node) {
   LumoAVLTreeNode* father = node->_father;
   if (father == nullptr) return _root;
+  assert(father->_left == node || father->_right == node);
   return father->_left == node ? father->_left : father->_right;
 }
 
 // Takes a node with at most one son out of the tree and frees it.
 void LumoAVLTree::_Unlink(LumoAVLTreeNode* node) {
+  assert(!node->HasTwoSons() && _numberOfItems > 0);
   LumoAVLTreeNode* son = node->_left != nullptr ? node->_left : node->_right;
   LumoAVLTreeNode* father = node->_father;
   _GetLinkTo(node) = son;
@@ -135,6 +141,7 @@ void LumoAVLTree::_Unlink(LumoAVLTreeNode* node) {
   delete node;
   --_numberOfItems;
   _RebalanceFrom(father);
+  assert((_root == nullptr) == (_numberOfItems == 0));
 }
 
 // One insertion or removal changes a height by one, so that no difference is beyond two; the
@@ -142,6 +149,7 @@ void LumoAVLTree::_Unlink(LumoAVLTreeNode* node) {
 void LumoAVLTree::_RebalanceFrom(LumoAVLTreeNode* node) {
   while (node != nullptr) {
     node->_UpdateHeight();
+    assert(node->_GetBalance() >= -2 && node->_GetBalance() <= 2);
     LumoAVLTreeNode* father = node->_father;
     if (node->_GetBalance() > 1) {
       if (node->_right->_GetBalance() < 0) _RotateRight(node->_right);
@@ -150,6 +158,7 @@ void LumoAVLTree::_RebalanceFrom(LumoAVLTreeNode* node) {
       if (node->_left->_GetBalance() > 0) _RotateLeft(node->_left);
       _RotateRight(node);
     }
+    assert(node->_GetBalance() >= -1 && node->_GetBalance() <= 1);
     node = father;
   }
 }
@@ -157,6 +166,7 @@ void LumoAVLTree::_RebalanceFrom(LumoAVLTreeNode* node) {
 // The right son takes the node's place; the node becomes its left son.
 void LumoAVLTree::_RotateLeft(LumoAVLTreeNode* node) {
   LumoAVLTreeNode* son = node->_right;
+  assert(son != nullptr && son->_father == node);
   _GetLinkTo(node) = son;
   son->_father = node->_father;
   node->_right = son->_left;
@@ -169,6 +179,7 @@ void LumoAVLTree::_RotateLeft(LumoAVLTreeNode* node) {
 
 void LumoAVLTree::_RotateRight(LumoAVLTreeNode* node) {
   LumoAVLTreeNode* son = node->_left;
+  assert(son != nullptr && son->_father == node);
   _GetLinkTo(node) = son;
   son->_father = node->_father;
   node->_left = son->_right;
@@ -191,6 +202,7 @@ void LumoAVLTree::DeleteItems(Release release) {
       node = node->_right;
     } else {
       LumoAVLTreeNode* father = node->_father;
+      assert(father == nullptr || father->_left == node || father->_right == node);
       if (father != nullptr) (father->_left == node ? father->_left : father->_right) = nullptr;
       release(node->_item);
       delete node;
@@ -258,12 +270,14 @@ void LumoAVLTreeCursor::_ResetOnNode(LumoAVLTreeNode* node) {
 
 void LumoAVLTreeCursor::Increment() {
   if (_node == nullptr) return;
+  assert(!_isBeforeFirst && !_isAfterLast);
   _node = _node->GetNext();
   _isAfterLast = _node == nullptr;
 }
 
 void LumoAVLTreeCursor::Decrement() {
   if (_node == nullptr) return;
+  assert(!_isBeforeFirst && !_isAfterLast);
   _node = _node->GetPrevious();
   _isBeforeFirst = _node == nullptr;
 }

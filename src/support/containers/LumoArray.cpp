@@ -1,6 +1,7 @@
 #include "support/containers/LumoArray.h"
 
 #include <algorithm>
+#include <cassert>
 #include <utility>
 
 #include "support/containers/LumoFunction.h"
@@ -51,8 +52,10 @@ void LumoArray::DeleteItems(Release release) { DeleteItems(0, _size, release); }
 LumoCursor* LumoArray::NewCursor() { return new LumoArrayCursor(this); }
 
 void* LumoArray::_Exchange(int index, void* item) {
+  assert(index >= 0 && index < _size);
   void* old = std::exchange(_slots[index], item);
   _numberOfItems += static_cast<int>(item != nullptr) - static_cast<int>(old != nullptr);
+  assert(_numberOfItems >= 0 && _numberOfItems <= _size);
   return old;
 }
 
@@ -70,6 +73,7 @@ void LumoArray::_Clip(int& start, int& length) const {
   const long long end = std::min<long long>(static_cast<long long>(start) + length, _size);
   start = std::max(start, 0);
   length = static_cast<int>(std::max<long long>(end - start, 0));
+  assert(length == 0 || start + length <= _size);
 }
 
 void LumoArray::DeleteItems(int from, int count, Release release) {
@@ -84,6 +88,7 @@ void LumoArray::InsertItemAtIndex(int index, void* item) {
   // Room for one more after the last occupied slot, wherever the holes are.
   Expand(std::max(GetIndexOfLastItem() + 1, index));
   ShiftBlockRight(index, GetIndexOfLastItem() + 1 - index, 1);
+  assert(_slots[index] == nullptr);
   _Exchange(index, item);
 }
 
@@ -113,6 +118,7 @@ int LumoArray::GetIndexOfNthItem(int n) const {
   if (n < 1 || n > _numberOfItems) return -1;
   int index = -1;
   for (int rank = 0; rank < n;) rank += static_cast<int>(_slots[++index] != nullptr);
+  assert(index < _size);
   return index;
 }
 
@@ -124,6 +130,7 @@ void LumoArray::ShiftBlockRight(int start, int length, int distance) {
 }
 
 void LumoArray::_Resize(int size) {
+  assert(size >= 0 && _increment >= 1);
   void** slots = NewSlots(size);
   std::copy_n(_slots, std::min(_size, size), slots);
   delete[] std::exchange(_slots, slots);
@@ -133,6 +140,7 @@ void LumoArray::_Resize(int size) {
 void LumoArray::Expand(int n) {
   if (n < _size) return;
   _Resize(_size + ((n - _size) / _increment + 1) * _increment);
+  assert(n < _size);
 }
 
 // Offered to users of the class; the program itself does not call what follows.
@@ -238,6 +246,7 @@ void LumoArrayCursor::ResetInPosition(int n) { _ResetOnIndex(_array->GetIndexOfN
 void LumoArrayCursor::ResetOnItem(const void* item) { _ResetOnIndex(_array->GetIndexOfItem(item)); }
 
 void LumoArrayCursor::_MoveFrom(int index, int step) {
+  assert(index >= -1 && index <= _array->GetSize() && (step == 1 || step == -1));
   while (index >= 0 && index < _array->GetSize() && _array->GetItem(index) == nullptr) {
     index += step;
   }

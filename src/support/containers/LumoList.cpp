@@ -1,6 +1,7 @@
 #include "support/containers/LumoList.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdarg>
 #include <utility>
 #include <vector>
@@ -25,6 +26,7 @@ class Marking {
   bool Mark(void* item) {
     if (IsMarked(item)) return false;
     int* word = _key(item);
+    assert(word != nullptr);
     _old.emplace_back(word, std::exchange(*word, _mark));
     return true;
   }
@@ -85,6 +87,9 @@ LumoCursor* LumoList::NewCursor() { return new LumoListCursor(this); }
 
 void* LumoList::RemoveCell(LumoListCell* cell) {
   if (cell == nullptr) return nullptr;
+  assert(_numberOfItems > 0);
+  assert((cell->_previous == nullptr) == (cell == _first));
+  assert((cell->_next == nullptr) == (cell == _last));
   (cell->_previous == nullptr ? _first : cell->_previous->_next) = cell->_next;
   (cell->_next == nullptr ? _last : cell->_next->_previous) = cell->_previous;
   --_numberOfItems;
@@ -94,12 +99,15 @@ void* LumoList::RemoveCell(LumoListCell* cell) {
 }
 
 LumoListCell* LumoList::InsertItemBefore(LumoListCell* cell, void* item) {
+  assert(item != nullptr);
+  assert(cell == nullptr || (cell->_previous == nullptr) == (cell == _first));
   auto* added = new LumoListCell(item);
   added->_next = cell;
   added->_previous = cell == nullptr ? _last : cell->_previous;
   (added->_previous == nullptr ? _first : added->_previous->_next) = added;
   (added->_next == nullptr ? _last : added->_next->_previous) = added;
   ++_numberOfItems;
+  assert(_first->_previous == nullptr && _last->_next == nullptr);
   return added;
 }
 
@@ -259,12 +267,14 @@ void LumoListCursor::ResetOnCell(LumoListCell* cell) {
 
 void LumoListCursor::Increment() {
   if (_cell == nullptr) return;
+  assert(!_isBeforeFirst && !_isAfterLast);
   _cell = _cell->GetNext();
   _isAfterLast = _cell == nullptr;
 }
 
 void LumoListCursor::Decrement() {
   if (_cell == nullptr) return;
+  assert(!_isBeforeFirst && !_isAfterLast);
   _cell = _cell->GetPrevious();
   _isBeforeFirst = _cell == nullptr;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <iterator>
 #include <memory>
 
@@ -19,7 +20,10 @@ class LumoRange {
   class Iterator {
    public:
     explicit Iterator(LumoCursor* cursor) : _cursor(cursor) {}
-    Item* operator*() const { return static_cast<Item*>(_cursor->GetItem()); }
+    Item* operator*() const {
+      assert(_cursor->GetItem() != nullptr);
+      return static_cast<Item*>(_cursor->GetItem());
+    }
     Iterator& operator++() {
       _cursor->Increment();
       return *this;

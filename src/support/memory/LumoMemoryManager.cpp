@@ -1,5 +1,6 @@
 #include "support/memory/LumoMemoryManager.h"
 
+#include <cassert>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -89,6 +90,7 @@ void LumoMemoryManager::_WriteTraceLine(const char* event, const void* object,
 }
 
 void LumoMemoryManager::_EndOnNegativeBalance(const void* object, const char* className) {
+  assert(_allocationBalance < 0);
   char line[MAXIMUM_LINE_LENGTH];
   std::snprintf(line, sizeof line,
                 "LumoMemoryManager::NegativeAllocationBalance Delete %ld/%s [%ld]\n",

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 
@@ -27,6 +28,7 @@ class LumoMemoryManager {
   static void TraceNew(const void* object, const char* className) {
     if (_traceAllocations) _WriteTraceLine("New", object, className);
     ++_allocationBalance;
+    assert(_allocationBalance > 0);
   }
   static void TraceDelete(const void* object, const char* className) {
     if (_traceAllocations) _WriteTraceLine("Delete", object, className);

@@ -1,5 +1,7 @@
 #include "support/random/LumoCongruentialRandomizer.h"
 
+#include <cassert>
+
 #include "support/memory/LumoMemoryManager.h"
 
 namespace {
@@ -34,6 +36,7 @@ LumoCongruentialRandomizer::~LumoCongruentialRandomizer() {
 }
 
 void LumoCongruentialRandomizer::Initialize(long modulus, long multiplier, long mask) {
+  assert(multiplier >= 1 && multiplier <= modulus);
   _modulus = modulus;
   _multiplier = multiplier;
   _mask = mask;
@@ -49,6 +52,7 @@ LumoRandomizer* LumoCongruentialRandomizer::Copy() const {
 
 long LumoCongruentialRandomizer::Draw() {
   const long state = GetSeed() ^ _mask;
+  assert(_quotient > 0);
   long next = _multiplier * (state % _quotient) - _remainder * (state / _quotient);
   if (next < 0) next += _modulus;
   SetSeed(next ^ _mask);

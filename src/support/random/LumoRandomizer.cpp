@@ -1,6 +1,7 @@
 #include "support/random/LumoRandomizer.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <iterator>
 
@@ -84,6 +85,7 @@ double LumoRandomizer::GammaDraw(double k) {
     return GammaDraw(1.0 + k) * std::pow(u, 1.0 / k);
   }
   const double d = k - 1.0 / 3.0;
+  assert(d > 0.0);
   const double c = (1.0 / 3.0) / std::sqrt(d);
   for (;;) {
     double x;
@@ -132,6 +134,7 @@ double LumoRandomizer::ExponentialDraw() {
   double smallest = UniformDraw();
   int i = 1;
   do {
+    assert(i < static_cast<int>(std::size(EXPONENTIAL_TABLE)));
     smallest = std::min(smallest, UniformDraw());
   } while (u > EXPONENTIAL_TABLE[i++]);
   return a + smallest * LN_2;

@@ -1,6 +1,7 @@
 #include "support/statistics/LumoBinTable.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 
 #include "support/memory/LumoMemoryManager.h"
@@ -22,6 +23,7 @@ void LumoBinTable::Reset() {
 
 void LumoBinTable::AddValue(double x) {
   if (_size == GetCapacity()) Shrink(_targetSize);
+  assert(_size <= GetCapacity());
   _entries[Index(_size++)] = {x, 1.0, 0};
   _totalWeight += 1.0;
 }
@@ -50,12 +52,14 @@ void LumoBinTable::Shrink(int k) {
       weight += entry.weight;
     } else {
       const double part = binWeight - weight;
+      assert(bins <= i);
       _entries[Index(bins++)] = {(part * entry.value + sum) / binWeight, binWeight, 0};
       sum = (entry.weight - part) * entry.value;
       weight = entry.weight - part;
     }
   }
   if (weight > 0.0) _entries[Index(bins++)] = {sum / weight, weight, 0};
+  assert(Index(bins) <= _entries.size());
   _size = bins;
 }
 

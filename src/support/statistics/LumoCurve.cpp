@@ -1,5 +1,6 @@
 #include "support/statistics/LumoCurve.h"
 
+#include <cassert>
 #include <cfloat>
 #include <cmath>
 
@@ -107,6 +108,7 @@ template <class Visit>
 void LumoCurve::_ForEachSegment(Visit visit) const {
   const LumoCurvePoint* previous = nullptr;
   for (const LumoCurvePoint* point : LumoItems<LumoCurvePoint>(_points)) {
+    assert(previous == nullptr || previous->GetX() < point->GetX());
     if (previous != nullptr) visit(previous, point);
     previous = point;
   }

@@ -1,6 +1,7 @@
 #include "support/statistics/LumoMeasure.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cfloat>
 #include <cmath>
 
@@ -31,6 +32,7 @@ LumoMeasure::~LumoMeasure() {
 void LumoMeasure::_AddMoments(double sum, double sumOfSquares, int numberOfValues) {
   _sum += sum;
   _sumOfSquares += sumOfSquares;
+  assert(numberOfValues >= 0);
   _numberOfValues += numberOfValues;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <vector>
 
 // A fixed number of places for real values, filled one after the other. A quantilizer's buffers
@@ -23,21 +24,33 @@ class LumoQuantileTable {
   // Empties the table; weight 1, level 0.
   void Reset();
   // Appends to a table that is not full.
-  void AddValue(double x) { _values[static_cast<std::size_t>(_numberOfValues++)] = x; }
+  void AddValue(double x) {
+    assert(!IsFull());
+    _values[static_cast<std::size_t>(_numberOfValues++)] = x;
+  }
   // Increasing order; NaN compares equal to everything.
   void SortValues();
 
   // How many sampled values each value stands for, and how many collapses deep it is.
   long GetWeight() const { return _weight; }
-  void SetWeight(long weight) { _weight = weight; }
+  void SetWeight(long weight) {
+    assert(weight >= 1);
+    _weight = weight;
+  }
   int GetLevel() const { return _level; }
   void SetLevel(int level) { _level = level; }
 
   // The reading position of a merge: the value on top, until none is left.
   void ResetTop() { _top = 0; }
   bool HasTop() const { return _top < _numberOfValues; }
-  double GetTopValue() const { return _values[static_cast<std::size_t>(_top)]; }
-  void PopTop() { ++_top; }
+  double GetTopValue() const {
+    assert(HasTop());
+    return _values[static_cast<std::size_t>(_top)];
+  }
+  void PopTop() {
+    assert(HasTop());
+    ++_top;
+  }
 
  private:
   std::vector<double> _values;

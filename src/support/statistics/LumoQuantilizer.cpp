@@ -1,6 +1,7 @@
 #include "support/statistics/LumoQuantilizer.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include "support/memory/LumoMemoryManager.h"
 
@@ -22,6 +23,7 @@ void LumoQuantilizer::Reset() {
 
 void LumoQuantilizer::AddValue(double x) {
   if (_currentBuffer > _numberOfBuffers) CollapseRightBuffers();
+  assert(_currentBuffer >= 1 && _currentBuffer <= _numberOfBuffers);
   LumoQuantileTable* buffer = _GetBuffer(_currentBuffer);
   if (buffer->GetNumberOfValues() == 0) _StartBuffer(buffer);
   buffer->AddValue(x);
@@ -34,6 +36,7 @@ void LumoQuantilizer::AddValue(double x) {
 // The last empty buffer joins the lowest level in use, so that there are always two to collapse.
 void LumoQuantilizer::_StartBuffer(LumoQuantileTable* buffer) {
   const bool isLast = _currentBuffer == _numberOfBuffers;
+  assert(!isLast || _currentBuffer > 1);
   buffer->SetWeight(1);
   buffer->SetLevel(isLast ? _GetBuffer(_currentBuffer - 1)->GetLevel() : 0);
 }
@@ -42,6 +45,7 @@ void LumoQuantilizer::CollapseRightBuffers() {
   const int level = _GetBuffer(_numberOfBuffers)->GetLevel();
   int first = _numberOfBuffers;
   while (first > 1 && _GetBuffer(first - 1)->GetLevel() == level) --first;
+  assert(first == 1 || _GetBuffer(first - 1)->GetLevel() > level);
   CollapseBuffers(first, _numberOfBuffers);
   _GetBuffer(0)->SetLevel(level + 1);
   _buffers[0].swap(_buffers[static_cast<std::size_t>(first)]);
@@ -50,6 +54,7 @@ void LumoQuantilizer::CollapseRightBuffers() {
 }
 
 int LumoQuantilizer::GetBufferWithMinimumTopValue(int first, int last) const {
+  assert(first >= 1 && last <= _numberOfBuffers);
   int minimum = 0;
   for (int i = first; i <= last; ++i) {
     const LumoQuantileTable* buffer = _GetBuffer(i);
@@ -72,6 +77,7 @@ void LumoQuantilizer::_MergeBuffers(int first, int last, Visitor visit) {
 long LumoQuantilizer::_GetWeightOfBuffers(int first, int last) const {
   long weight = 0;
   for (int i = first; i <= last; ++i) {
+    assert(_GetBuffer(i)->GetWeight() >= 1);
     weight += _GetBuffer(i)->GetWeight() * _GetBuffer(i)->GetNumberOfValues();
   }
   return weight;
@@ -118,6 +124,7 @@ LumoQuantileTable* LumoQuantilizer::ExtractQuantiles(int n) {
       quantiles->AddValue(value);
     }
   });
+  assert(rank == total && (total == 0 || quantiles->IsFull()));
   return quantiles;
 }
 

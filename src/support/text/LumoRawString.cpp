@@ -1,6 +1,7 @@
 #include "support/text/LumoRawString.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -35,6 +36,7 @@ char* LumoRawString::New(std::size_t size) {
 }
 
 char* LumoRawString::Copy(const char* text) {
+  assert(text != nullptr);
   const std::size_t size = std::strlen(text) + 1;
   return static_cast<char*>(std::memcpy(New(size), text, size));
 }

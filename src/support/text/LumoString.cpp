@@ -1,6 +1,7 @@
 #include "support/text/LumoString.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -38,10 +39,12 @@ LumoString* LumoString::New(std::size_t size, std::size_t increment) {
 }
 
 void LumoString::Delete(LumoString* string) {
+  assert(string == nullptr || string->_count >= 1);
   if (string != nullptr && --string->_count == 0) delete string;
 }
 
 LumoString* LumoString::_GetPrivateCopy() {
+  assert(_count >= 1 && _length < _size && _buffer[_length] == '\0');
   if (_count == 1) return this;
   LumoString* copy = New(_size, _increment);
   std::memcpy(copy->_buffer, _buffer, _length);
@@ -54,6 +57,7 @@ LumoString* LumoString::_GetPrivateCopy() {
 void LumoString::_Grow(std::size_t size) {
   const std::size_t wanted = std::max(size, 2 * _size);
   const std::size_t newSize = _size + (wanted - _size + _increment - 1) / _increment * _increment;
+  assert(newSize >= size && (newSize - _size) % _increment == 0);
   char* buffer = LumoRawString::New(newSize);
   std::memcpy(buffer, _buffer, _length);
   LumoRawString::Delete(_buffer);
@@ -104,6 +108,7 @@ char* LumoString::CopyAscii() const { return LumoRawString::Copy(_buffer); }
 LumoString* LumoString::_Append(const char* text, std::size_t length) {
   LumoString* own = _GetPrivateCopy();
   if (own->_length + length >= own->_size) own->_Grow(own->_length + length + 1);
+  assert(own->_length + length < own->_size);
   std::memmove(own->_buffer + own->_length, text, length);
   own->_length += length;
   own->_buffer[own->_length] = '\0';
@@ -131,6 +136,7 @@ LumoString* LumoString::Append(double value, const char* format) {
 LumoString* LumoString::GetSlice(std::size_t from, std::size_t length) const {
   const std::size_t start = std::min(from, _length);
   const std::size_t end = start + std::min(length, _length - start);
+  assert(start <= end && end <= _length);
   return New(end - start + 1, _increment)->_Append(_buffer + start, end - start);
 }
 

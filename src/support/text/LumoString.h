@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 
 // A growable character string shared by reference counting.
@@ -27,6 +28,7 @@ class LumoString {
   LumoString* Append(char c) {
     LumoString* own = _count == 1 ? this : _GetPrivateCopy();
     if (own->_length + 1 >= own->_size) own->_Grow(own->_length + 2);
+    assert(own->_length + 1 < own->_size);
     own->_buffer[own->_length++] = c;
     own->_buffer[own->_length] = '\0';
     return own;

@@ -1,5 +1,6 @@
 #include "support/values/LumoConstant.h"
 
+#include <cassert>
 #include <cmath>
 #include <cstdint>
 #include <functional>
@@ -49,6 +50,7 @@ LumoConstant::~LumoConstant() {
 
 void LumoConstant::_DeleteValue() {
   if (_type == STRING) LumoRawString::DeleteIfAny(_value.string);
+  assert(_type != POINTER || _release != nullptr);
   if (_type == POINTER) _release(_value.pointer);
 }
 
@@ -83,6 +85,7 @@ void LumoConstant::Set(const char* value) {
 }
 
 void LumoConstant::Set(void* pointer, Release release, int code) {
+  assert(release != nullptr);
   _DeleteValue();
   _type = POINTER;
   _value.pointer = pointer;
@@ -353,6 +356,7 @@ int LumoConstant::Compare(const LumoConstant* other) const {
     case POINTER:
       return Compare(static_cast<const void*>(other->_value.pointer));
     default:
+      assert(other->_type == NIL);
       return _type;
   }
 }
