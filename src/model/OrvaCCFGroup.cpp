@@ -1,3 +1,18 @@
+// A member of a group of n fails alone, or together with any set of the others. Expansion makes
+// each of these failures a basic event: one for each member and, since the members are taken as
+// alike, one for each subset of two or more, shared by the gates of all its members. In front of Q,
+// the failure probability of one member, stands the probability that the failure is the common one
+// of a given subset of k members, which the factors f give:
+//
+//   beta-factor    1 - f_n for k = 1, f_n for k = n; there are no others
+//   MGL            f_2 ... f_k (1 - f_{k+1}) / C(n - 1, k - 1); without (1 - f_{k+1}) for k = n
+//   alpha-factor   f_k / (f_1 + ... + f_n) / C(n - 1, k - 1)
+//   phi-factor     f_k
+//
+// The binomial coefficient shares the failures of size k out among the subsets of that size that a
+// given member belongs to. Every event gets copies of the factors and of Q, not references: its
+// expression is a tree of its own like any that was read.
+
 #include "model/OrvaCCFGroup.h"
 
 #include <algorithm>

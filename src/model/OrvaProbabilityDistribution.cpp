@@ -1,3 +1,8 @@
+// Everything that the engine knows of a kind of expression is one row of one table: its name, how
+// many children it takes, and how it is evaluated, drawn, reset, and asked for its failure rate. A
+// class of its own for every kind would spread the sixty of them over as many files; here a new
+// kind is a new row, and the functions that it names.
+
 #include "model/OrvaProbabilityDistribution.h"
 
 #include <algorithm>

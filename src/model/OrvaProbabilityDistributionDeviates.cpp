@@ -1,4 +1,8 @@
-// Random deviates.
+// Random deviates. A deviate keeps its value until it is drawn or reset again: during one trial all
+// evaluations see the same draw, and outside a trial its central value stands for it.
+//
+// Only the deviate at the root of an expression is drawn; one that is a parameter of another is
+// reset to its central value. This is the defined behaviour.
 
 #include <cassert>
 #include <cfloat>

@@ -1,4 +1,18 @@
-// Failure intensities and failure rates of expressions.
+// The unconditional failure intensity w of a basic event: the probability, per time unit, that it
+// fails at a date, P being the probability that it has failed by then.
+//
+// - A value that does not depend on the date does not fail at any: w is 0.
+// - A component that can be repaired fails at its failure rate λ whenever it works: w = λ (1 - P).
+//   The failure rate is read off the expression, as the parameter that is one or, of a product or a
+//   choice, from its parts. The derivative of P would not do, since repairs take away from P what
+//   failures add.
+// - Otherwise only failures change P, and w is (1 - P) times the difference quotient of P. The step
+//   is a thousandth of the date, so that it follows the time scale of the mission; at date 0, and
+//   beyond a hundred time units, where such a step grows too long, of a time unit.
+//
+// What looks odd and is defined so: a sum, or a standby system, has the failure rate 0; and a
+// switch looks at the values of its cases themselves, which evaluation never sets, not at their
+// conditions.
 
 #include <cassert>
 #include <cfloat>

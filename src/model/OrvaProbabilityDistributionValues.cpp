@@ -1,4 +1,8 @@
-// The value of each kind of expression.
+// The value of each kind of expression, as its formula says. Rates and times below 0 count as 0,
+// probabilities are brought into [0, 1], and the bounded value stays in the child it came from.
+//
+// The reliability models divide by nothing that is 0: such a divisor becomes the machine epsilon.
+// The operators of arithmetic leave the matter to the constants, whose quotient by 0 is nil.
 
 #include <algorithm>
 #include <cassert>

@@ -1,3 +1,17 @@
+// One quantification goes once over the parameters, in the order in which they depend on each
+// other, once over the basic events, and once or twice over the cutset tree.
+//
+// The probability P of the top event is the sum over the minimal cutsets of the products of their
+// probabilities, the rare-event approximation: one pass over the tree. The marginal importance
+// factor of an event is the derivative of that sum by the event's probability. One more pass gives
+// it for all events at once: it adds to the event of each node the probability of the path down to
+// the node times the sum below it on the side where the event has failed. Asking the sum again with
+// each event failed, then working, would take as many passes as there are events.
+//
+// The unconditional failure intensity of the top event is w = Σ MIF(e) w(e): it fails at a date
+// when one event fails and the others of a cutset have failed already. Divided by 1 - P it is
+// conditional on the top event not having occurred before.
+
 #include "quantification/OrvaHandle.h"
 
 #include <cassert>

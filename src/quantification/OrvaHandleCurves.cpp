@@ -1,5 +1,14 @@
-// Curves over dates. The probability and the conditional failure intensity are computed alike: the
-// private steps take the quantity as a member function.
+// Curves over dates, point by point: each is one quantification, which is why a date that is on the
+// curve already is not computed again. The probability and the conditional failure intensity are
+// computed alike: the private steps take the quantity as a member function.
+//
+// A regular grid shows neither the jumps nor the bends of a curve. The jumps are where they are
+// known to be, at the tests of the expressions: two points close together, at a test and just after
+// it, draw them steep. The bends are looked for: an interval is halved as long as the straight line
+// over it is off in its middle by more than the ratio allowed. That the middle is kept in either
+// case costs nothing, since it has been computed; that it is not kept where the quantity is 0 or
+// less is the defined behaviour. Intervals of a tenth of a time unit and below are left alone,
+// which bounds the halving at jumps.
 
 #include <algorithm>
 #include <cassert>

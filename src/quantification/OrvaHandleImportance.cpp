@@ -1,4 +1,7 @@
-// Importance factors of basic events.
+// Importance factors of basic events. The sum over the cutsets is linear in each probability p,
+// with the marginal importance factor as its slope: what it would be with p = 1 or p = 0 follows
+// from P without computing anything again. P has been brought into [0, 1] before, what follows from
+// it is not.
 
 #include "model/OrvaEvent.h"
 #include "quantification/OrvaHandle.h"

@@ -1,4 +1,10 @@
-// Uncertainty and sensitivity by sampling.
+// Uncertainty and sensitivity by sampling. A trial draws every deviate below the top event,
+// parameters first and each in the order of the handle's lists, and quantifies once: what is random
+// is the model, not the failures. All measures of a trial get the values of the same draw, so that
+// those of the parameters and of the basic events can be set against that of the top event.
+//
+// A basic event draws only what stands in its own expression. The parameters that it refers to are
+// drawn before, once for all the events that share them.
 
 #include <cassert>
 

@@ -1,3 +1,15 @@
+// A pattern becomes a program in two small steps, tokens (LumoRegexScanner) and instructions
+// (LumoRegexParser), and the program is simulated here: all ways through it are followed side by
+// side, one character of the text at a time. At any place of the text there is at most one way per
+// instruction, whatever happened before it, which bounds the time by the length of the text times
+// that of the program. Following one way after the other, and going back when it fails, would take
+// a time exponential in the pattern for some.
+//
+// The match wanted is the leftmost and among those the longest. Each way carries the place at which
+// it started; the lists of ways are kept in the order of these places, and of two ways at one
+// instruction the one that came first stays. Once a match is found, ways that started behind its
+// start are dropped, and the simulation goes on until none is left that could be longer.
+
 #include "regex/LumoRegex.h"
 
 #include <cassert>

@@ -1,3 +1,12 @@
+// The program is written from left to right as the tokens come. The last piece read is held back,
+// since an operator may follow that repeats it; the pieces before it form a sequence, the sequences
+// before that the alternatives of the group, and the groups around it wait on a stack.
+//
+// A piece whose ways out lead nowhere yet lists them in the very fields that will hold their
+// targets: firstEnd is the first one, its field holds the next, and NONE ends the list. Connecting
+// a piece walks its list once, joining two pieces links the end of one list to the start of the
+// other.
+
 #include "regex/LumoRegexParser.h"
 
 #include <cassert>

@@ -1,3 +1,17 @@
+// One straight scan: every byte is read once, and what comes next is always told by one character.
+// Each step below reads one construct of the dialect, begins where the one before it ended, and
+// puts what it reads into the one token, from which terms and attributes are copied. A step that
+// looks at a character too many gives it back, which takes back the line that it counted.
+//
+// Elements do not wait on the machine's stack but on one of their own, innermost on top; an element
+// joins its parent when it is closed. Terms join the innermost element as they come, so that all
+// children are in the order of the text. What is open when an error ends the scan belongs to nobody
+// else and is deleted from that stack.
+//
+// The first error sets the flag, and every loop ends at it: a step that has called another one
+// looks at the flag before it uses the token. There is no way to go on after an error, and no need
+// for one, since a file with an error gives no document.
+
 #include "xml/LumoXMLParser.h"
 
 #include <array>

@@ -1,3 +1,13 @@
+// A binary search tree kept balanced by heights (G. M. Adelson-Velsky and E. M. Landis, "An
+// algorithm for the organization of information", 1962): the heights of the two subtrees of any
+// node differ by one at most. A node knows its father, so that every walk, up as well as down, is a
+// loop: a cursor steps to the next node, rebalancing climbs to the root, and the whole tree is
+// freed from its leaves, without a stack and without recursion.
+//
+// Equal items are kept in the order of their insertion: a new one goes to the right of every item
+// that it equals. They stand side by side in the order of the tree, but rotations may put any one
+// of them above the others: a look-up finds some of them, not the first.
+
 #include "support/containers/LumoAVLTree.h"
 
 #include <algorithm>
@@ -144,8 +154,8 @@ void LumoAVLTree::_Unlink(LumoAVLTreeNode* node) {
   assert((_root == nullptr) == (_numberOfItems == 0));
 }
 
-// One insertion or removal changes a height by one, so that no difference is beyond two; the
-// rotations end it, whichever father they leave above the node.
+// An insertion or a removal changes no height by more than one: a difference of two is the worst
+// that can be met on the way up, and one rotation, or two, end it.
 void LumoAVLTree::_RebalanceFrom(LumoAVLTreeNode* node) {
   while (node != nullptr) {
     node->_UpdateHeight();

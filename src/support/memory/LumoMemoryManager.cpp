@@ -1,3 +1,15 @@
+// What is counted are objects, not bytes: a class counts itself in its constructor and uncounts
+// itself in its destructor, a raw string when it is made and when it is released. The count says at
+// the end of every script whether each object made was destroyed, whatever memory its containers
+// keep for later, and a destruction too many ends the run at once, before it does harm elsewhere.
+//
+// The allocation functions are replaced for another reason. Memory comes filled with zeros, and its
+// exhaustion is an orderly end: nothing in the program throws or catches, and no caller of `new`
+// looks for null.
+//
+// All of it must work when nothing else does: texts are formatted into arrays of fixed size, and
+// files are opened for one line and closed again, so that a trace is complete up to a crash.
+
 #include "support/memory/LumoMemoryManager.h"
 
 #include <cassert>

@@ -1,3 +1,15 @@
+// The recurrence is x' = a x mod m on the unmasked state x. Written so, the product needs twice the
+// bits of m; Schrage splits m = a q + r, and then
+//
+//   a x mod m = a (x mod q) - r (x / q), plus m when that is negative,
+//
+// in which no term exceeds m as long as r < q, as it is for the three known multipliers.
+//
+// The state that is kept, returned and seeded is x with the bits of the mask turned round. The
+// state x = 0 would stay 0 for ever; with the mask the seed 0 is as good as any other, and the bad
+// one is the mask itself. Unmasked, a draw would lie strictly between 0 and m; masked, it can be
+// either end.
+
 #include "support/random/LumoCongruentialRandomizer.h"
 
 #include <cassert>

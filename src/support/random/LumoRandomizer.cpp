@@ -1,3 +1,24 @@
+// Every deviate is made from uniform ones, u.
+//
+// Normal: a point (y1, y2) uniform in the unit circle, found by refusing those of the square that
+// lie outside, gives two independent deviates y sqrt(-2 ln s / s), s = y1² + y2². The second one
+// waits for the next call.
+//
+// Lognormal: the exponential of a normal deviate. Its error factor at a confidence level is
+// exp(score σ), which gives σ; the mean of the law is exp(μ + σ²/2), which gives μ.
+//
+// Gamma, of shape k ≥ 1: with d = k - 1/3 and v = (1 + x / (3 sqrt(d)))³, x normal, d v has nearly
+// the law wanted; it is accepted when ln u lies below the difference of the two log-densities, for
+// which a quartic in x, cheaper, nearly always suffices. A shape below 1 is one above it, times
+// u^(1/k).
+//
+// Beta: of two gamma deviates, the share of the first.
+//
+// Exponential: ln 2 for each doubling that keeps u below 1, which is the whole part of the deviate
+// in units of ln 2; the rest is the least of a random number of uniform ones.
+//
+// The order in which uniform deviates are taken is part of a run's results.
+
 #include "support/random/LumoRandomizer.h"
 
 #include <algorithm>

@@ -1,3 +1,11 @@
+// Values stand as they came until the table is full. It then shrinks to its target size: the sorted
+// entries are poured, in order, into bins of equal weight, and each bin becomes one entry, the mean
+// of what it got. Since an entry closes at most one bin, a bin is never written beyond the entry
+// just read, and the pouring needs no second table.
+//
+// A histogram of equal widths would need the range of the sample beforehand. Equal weights follow
+// the sample wherever it lies, and are finest where it is densest.
+
 #include "support/statistics/LumoBinTable.h"
 
 #include <algorithm>

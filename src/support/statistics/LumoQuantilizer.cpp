@@ -1,3 +1,17 @@
+// Collapsing buffers. The sample fills buffer after buffer, each sorted when it is full; a value in
+// a buffer of weight w stands for w sampled ones. When no buffer is left empty, those of the lowest
+// level, the rightmost, are merged and thinned out into one of the next level, which weighs as much
+// as they did together. The levels thus fall from left to right, and the last empty buffer joins
+// the lowest level in use, so that there are always two buffers to collapse.
+//
+// Why the lowest level: a collapse is wrong by up to half its output's weight in the rank of any
+// value, and those errors add up. Collapsing light buffers, and as many as there are, keeps the sum
+// of the weights of all outputs small, and with it the bound of the header.
+//
+// Why the offset alternates: a value kept should be the middle one of the W that it stands for, and
+// an even W has two middles. Always taking the lower one would push every quantile down a little at
+// each level; taken in turn, the two errors cancel.
+
 #include "support/statistics/LumoQuantilizer.h"
 
 #include <algorithm>
