@@ -1,5 +1,18 @@
+// The checker's passes.
+//
+// Each check is one walk over the events, the parameters or the groups in the order of their names,
+// and reports every fault on its way. What a definition must have is a table: the types of events
+// that a check looks at and what it says of each, so that one walk serves all four checks of
+// definitions; they differ in what they say of an event of unspecified type, which is a basic event
+// that lacks its expression to one and an event that lacks its type to another.
+//
+// The checks on rings are the exception: one ring is reported, since one definition may lie on a
+// great many. They are passes of their own because everything behind the checker walks along
+// definitions, and a ring would keep it from ending.
+
 #include "reader/OrvaChecker.h"
 
+#include <cassert>
 #include <string>
 #include <unordered_set>
 
@@ -22,11 +35,12 @@ struct OrvaChecker::Fault {
 
 namespace {
 
+// The texts are defined to the letter.
 constexpr const char* UNDEFINED_GATE = "Undefined gate %s\n";
 constexpr const char* UNDEFINED_EVENT = "Undefined event %s\n";
 constexpr const char* UNDEFINED_BASIC_EVENT = "Undefined basic event %s\n";
 constexpr const char* UNDEFINED_HOUSE_EVENT = "Undefined house event %s\n";
-// It speaks of an event, as it always has.
+// It speaks of an event: this is the defined text.
 constexpr const char* UNDEFINED_PARAMETER = "Event with no specified type %s\n";
 constexpr const char* NO_TOP_EVENT = "No top event\n";
 constexpr const char* MULTIPLE_TOP_EVENTS = "Multiple top events:";
@@ -56,6 +70,7 @@ OrvaChecker::OrvaChecker(OrvaInterpreter* interpreter) : _interpreter(interprete
 OrvaChecker::~OrvaChecker() { LumoMemoryManager::TraceDelete(this, "OrvaChecker"); }
 
 void OrvaChecker::_Report(int& error, const char* format, const OrvaSymbol* symbol) {
+  assert(symbol->GetName() != nullptr);
   error = 1;
   _interpreter->RaiseError(format, symbol->GetName(), nullptr);
 }

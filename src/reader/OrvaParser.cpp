@@ -1,29 +1,46 @@
 // The reader's frame: documents, places, attributes and reports. This is the one source file of
 // the reader that looks upward, for the options.
+//
+// The format is a few tables. A table of constructs says which element may stand in which places
+// and who reads it; below a definition, the table of operators (OrvaGate) and that of kinds of
+// expressions (OrvaProbabilityDistribution) say which elements are formulas and which expressions.
+// Whoever reads an element reads all of it, so that what follows a fault is never looked at.
+//
+// Nothing is resolved afterwards. A reference to an event that is not known yet adds it to the
+// model with the type that the reference says, and the definition, when it comes, completes that
+// same event. So definitions may stand in any order and in several files, and what a faulty file
+// has added until its fault stays.
 
 #include "reader/OrvaParser.h"
+
+#include <cassert>
 
 #include "driver/OrvaInterpreter.h"
 #include "driver/OrvaOptionCenter.h"
 #include "model/OrvaModel.h"
 #include "model/OrvaProbabilityDistribution.h"
+#include "reader/OrvaModelElements.h"
+#include "reader/OrvaParserMessages.h"
 #include "support/memory/LumoMemoryManager.h"
 #include "xml/LumoXMLDocument.h"
 
+using namespace OrvaModelElements;
+using namespace OrvaParserMessages;
+
 namespace {
 
-constexpr const char* NO_FILE_NAME = "No file name\n";
-constexpr const char* UNABLE_TO_OPEN_FILE = "Unable to open file %s\n";
-constexpr const char* NO_ROOT_ELEMENT = "No root element \"open-psa\".\n";
-constexpr const char* UNKNOWN_CONSTRUCT = "Unknown construct.\n";
-constexpr const char* NO_ATTRIBUTE = "No attribute \"%s\"";
-constexpr const char* NOT_A_REAL = "Not a real \"%s\"";
-constexpr const char* NOT_AN_INTEGER = "Not an integer \"%s\"";
-constexpr const char* NOT_A_BOOLEAN = "Not a Boolean value \"%s\"";
-
-constexpr const char* RISKSPECTRUM_ROOT = "riskspectrum:opsa-mef";
-// In the order in which they are looked for.
-constexpr const char* ROOT_NAMES[] = {"open-psa", "srf-psa", "opsa-mef", RISKSPECTRUM_ROOT};
+// The root elements, in the order in which they are looked for. A model keeps the format that it
+// was made with, except under the last of them.
+struct Root {
+  const char* element;
+  bool setsFormat;
+};
+constexpr Root ROOTS[] = {
+    {OPEN_PSA, false},
+    {SRF_PSA, false},
+    {OPSA_MEF, false},
+    {RISKSPECTRUM_OPSA_MEF, true},
+};
 
 const LumoXMLNode* FindRoot(const LumoXMLDocument* document, const char* name) {
   const LumoXMLNode* root = document->GetFirstRoot();
@@ -33,20 +50,13 @@ const LumoXMLNode* FindRoot(const LumoXMLDocument* document, const char* name) {
 
 }  // namespace
 
+// Where a construct may stand.
+enum OrvaParser::Place : int { ROOT = 1, FAULT_TREE = 2, MODEL_DATA_SECTION = 4 };
+
 struct OrvaParser::Construct {
   const char* element;
   int places;
   void (OrvaParser::*download)(int& error, const LumoXMLNode* node, OrvaModel* model);
-};
-
-const OrvaParser::Construct OrvaParser::_CONSTRUCTS[] = {
-    {"define-fault-tree", ROOT, &OrvaParser::_DownloadFaultTree},
-    {"model-data", ROOT, &OrvaParser::_DownloadModelData},
-    {"define-gate", ROOT | FAULT_TREE, &OrvaParser::_DownloadGateDefinition},
-    {"define-basic-event", ANYWHERE, &OrvaParser::_DownloadBasicEventDefinition},
-    {"define-house-event", ANYWHERE, &OrvaParser::_DownloadHouseEventDefinition},
-    {"define-parameter", ANYWHERE, &OrvaParser::_DownloadParameterDefinition},
-    {"define-CCF-group", ANYWHERE, &OrvaParser::_DownloadCCFGroupDefinition},
 };
 
 OrvaParser::OrvaParser(OrvaInterpreter* interpreter) : _interpreter(interpreter) {
@@ -55,7 +65,10 @@ OrvaParser::OrvaParser(OrvaInterpreter* interpreter) : _interpreter(interpreter)
 
 OrvaParser::~OrvaParser() { LumoMemoryManager::TraceDelete(this, "OrvaParser"); }
 
-void OrvaParser::UpdateOptionCenter() { _optionCenter = _interpreter->GetOptionCenter(); }
+void OrvaParser::UpdateOptionCenter() {
+  _optionCenter = _interpreter->GetOptionCenter();
+  assert(_optionCenter != nullptr);
+}
 
 bool OrvaParser::_ChecksEventRedefinition() const {
   return _optionCenter->GetBooleanOption(OrvaOptionCenter::CHECK_EVENT_REDEFINITION);
@@ -83,10 +96,10 @@ void OrvaParser::DownloadModel(int& error, std::FILE* file, OrvaModel* model) {
 }
 
 void OrvaParser::DownloadModel(int& error, const LumoXMLDocument* document, OrvaModel* model) {
-  for (const char* name : ROOT_NAMES) {
-    const LumoXMLNode* root = FindRoot(document, name);
+  for (const Root& row : ROOTS) {
+    const LumoXMLNode* root = FindRoot(document, row.element);
     if (root == nullptr) continue;
-    if (name == RISKSPECTRUM_ROOT) model->SetFormat(RISKSPECTRUM_ROOT);
+    if (row.setsFormat) model->SetFormat(row.element);
     return _DownloadConstructs(error, root, ROOT, model);
   }
   _Report(error, NO_ROOT_ELEMENT, nullptr);
@@ -102,7 +115,17 @@ void OrvaParser::_DownloadConstructs(int& error, const LumoXMLNode* parent, Plac
 
 void OrvaParser::_DownloadConstruct(int& error, const LumoXMLNode* node, Place place,
                                     OrvaModel* model) {
-  for (const Construct& construct : _CONSTRUCTS) {
+  static constexpr int ANYWHERE = ROOT | FAULT_TREE | MODEL_DATA_SECTION;
+  static constexpr Construct CONSTRUCTS[] = {
+      {DEFINE_FAULT_TREE, ROOT, &OrvaParser::_DownloadFaultTree},
+      {MODEL_DATA, ROOT, &OrvaParser::_DownloadModelData},
+      {DEFINE_GATE, ROOT | FAULT_TREE, &OrvaParser::_DownloadGateDefinition},
+      {DEFINE_BASIC_EVENT, ANYWHERE, &OrvaParser::_DownloadBasicEventDefinition},
+      {DEFINE_HOUSE_EVENT, ANYWHERE, &OrvaParser::_DownloadHouseEventDefinition},
+      {DEFINE_PARAMETER, ANYWHERE, &OrvaParser::_DownloadParameterDefinition},
+      {DEFINE_CCF_GROUP, ANYWHERE, &OrvaParser::_DownloadCCFGroupDefinition},
+  };
+  for (const Construct& construct : CONSTRUCTS) {
     if ((construct.places & place) != 0 && node->IsNodeOfName(construct.element)) {
       return (this->*construct.download)(error, node, model);
     }
@@ -115,7 +138,7 @@ void OrvaParser::_DownloadFaultTree(int& error, const LumoXMLNode* node, OrvaMod
 }
 
 void OrvaParser::_DownloadModelData(int& error, const LumoXMLNode* node, OrvaModel* model) {
-  _DownloadConstructs(error, node, MODEL_DATA, model);
+  _DownloadConstructs(error, node, MODEL_DATA_SECTION, model);
 }
 
 void OrvaParser::DownloadDefaultProbabilityDistributionOfBasicEvents(int& error,
@@ -128,6 +151,7 @@ void OrvaParser::DownloadDefaultProbabilityDistributionOfBasicEvents(int& error,
     OrvaProbabilityDistribution* distribution =
         _DownloadProbabilityDistribution(error, expression, model);
     if (error != 0) return;
+    assert(distribution != nullptr);
     event->SetProbabilityDistribution(distribution);
     event->SetType(OrvaEvent::BASIC_EVENT);
   }
@@ -179,6 +203,7 @@ void OrvaParser::_Report(int& error, const char* text, const LumoXMLNode* node) 
 
 void OrvaParser::_Report(int& error, const char* format, const char* argument,
                          const LumoXMLNode* node) {
+  assert(argument != nullptr);  // or nothing would be said of the fault
   error = 1;
   RaiseError(format, argument, node);
 }

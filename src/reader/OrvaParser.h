@@ -5,6 +5,7 @@
 
 #include "model/OrvaCCFGroup.h"
 #include "model/OrvaEvent.h"
+#include "reader/OrvaModelElements.h"
 #include "xml/LumoXMLNode.h"
 #include "xml/LumoXMLParser.h"
 
@@ -46,16 +47,10 @@ class OrvaParser : public LumoXMLParser {
  private:
   friend class OrvaParserTest;
 
-  // Attributes and elements that several constructs share.
-  static constexpr const char* NAME = "name";
-  static constexpr const char* VALUE = "value";
-  static constexpr const char* LABEL = "label";
-
-  // Where a construct may stand.
-  enum Place : int { ROOT = 1, FAULT_TREE = 2, MODEL_DATA = 4, ANYWHERE = 7 };
+  // The table of constructs and where each may stand, and what is said when an event is declared
+  // again: see OrvaParser.cpp and OrvaParserDefinitions.cpp.
+  enum Place : int;
   struct Construct;
-  static const Construct _CONSTRUCTS[];
-  // What is said when an event is declared again.
   struct Conflicts;
 
   void _DownloadConstructs(int& error, const LumoXMLNode* parent, Place place, OrvaModel* model);
@@ -72,13 +67,13 @@ class OrvaParser : public LumoXMLParser {
                            const Conflicts& conflicts, OrvaModel* model);
   // The text of a label, without the blank that its layout may leave at the end, becomes an
   // attribute of what it labels.
-  static std::string _TrimText(const char* text);
   template <class Owner>
-  void _DownloadLabel(const LumoXMLNode* node, Owner* owner) {
+  static void _DownloadLabel(const LumoXMLNode* node, Owner* owner) {
     if (const LumoXMLNode* text = node->GetChild(1, LumoXMLNode::TEXT)) {
-      owner->SetAttribute(LABEL, _TrimText(text->GetText()).c_str());
+      owner->SetAttribute(OrvaModelElements::LABEL, _TrimText(text->GetText()).c_str());
     }
   }
+  static std::string _TrimText(const char* text);
   template <class Owner, class Predicate, class Download>
   void _DownloadStructure(int& error, const LumoXMLNode* node, Owner* owner, Predicate isDefinition,
                           Download download);

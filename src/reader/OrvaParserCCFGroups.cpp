@@ -1,36 +1,24 @@
 // Common-cause failure groups.
+//
+// A group is made whole before the model hears of it: members, distribution and factors are read
+// into a group of its own, its factors are counted against its members, and only then does it join
+// the model, in the place of the group of that name that it redefines. After a fault it vanishes,
+// and its members stay as basic events. They may be taken over from the group that is redefined,
+// which goes, but from no other.
 
+#include <cassert>
 #include <memory>
 
 #include "model/OrvaModel.h"
 #include "model/OrvaProbabilityDistribution.h"
+#include "reader/OrvaModelElements.h"
 #include "reader/OrvaParser.h"
-#include "support/text/LumoRawString.h"
-#include "xml/LumoXMLNode.h"
+#include "reader/OrvaParserMessages.h"
+
+using namespace OrvaModelElements;
+using namespace OrvaParserMessages;
 
 namespace {
-
-constexpr const char* INCORRECT_DEFINITION = "Incorrect CCF group definition";
-constexpr const char* ALREADY_DEFINED = "Already defined group %s";
-constexpr const char* NO_MODEL = "No CCF model";
-constexpr const char* UNKNOWN_MODEL = "Unknown CCF model";
-constexpr const char* ILL_FORMED_MEMBER = "Ill formed CCF group member";
-constexpr const char* MEMBER_OF_ANOTHER_GROUP = "Event %s already belongs to a CCF group\n";
-constexpr const char* TOO_FEW_MEMBERS = "Too few CCF group members";
-constexpr const char* TOO_MANY_MEMBERS = "Too many CCF group members\n";
-constexpr const char* SYNTAX_ERROR = "Syntax error";
-constexpr const char* DISTRIBUTION_EXPECTED = "A probability distribution was expected\n";
-constexpr const char* LEVEL_OUT_OF_RANGE = "Level %s of CCF factor is out of range\n";
-constexpr const char* UNKNOWN_OPTION = "Unknown CCF group option";
-constexpr const char* MISSING_FACTOR = "Factor of level %s of CCF group is missing\n";
-
-constexpr const char* DEFINE_CCF_GROUP = "define-CCF-group";
-constexpr const char* MODEL = "model";
-constexpr const char* MEMBERS = "members";
-constexpr const char* DISTRIBUTION = "distribution";
-constexpr const char* FACTOR = "factor";
-constexpr const char* FACTORS = "factors";
-constexpr const char* LEVEL = "level";
 
 constexpr int MINIMUM_NUMBER_OF_MEMBERS = 2;
 
@@ -56,16 +44,17 @@ const LumoXMLNode* GetFirstNonComment(const LumoXMLNode* node) {
 
 void OrvaParser::_DownloadCCFGroupDefinition(int& error, const LumoXMLNode* node,
                                              OrvaModel* model) {
-  if (!node->IsNodeOfName(DEFINE_CCF_GROUP)) return _Report(error, INCORRECT_DEFINITION, node);
+  if (!node->IsNodeOfName(DEFINE_CCF_GROUP)) return _Report(error, INCORRECT_GROUP, node);
   const char* name = _DownloadAttribute(error, node, NAME);
   if (name == nullptr) return;
   OrvaCCFGroup* former = model->LookForCCFGroup(name);
   // An expanded group has rewritten the model: it can't be taken back.
   if (former != nullptr && (former->IsExpanded() || _ChecksCCFGroupRedefinition())) {
-    return _Report(error, ALREADY_DEFINED, name, node);
+    return _Report(error, GROUP_ALREADY_DEFINED, name, node);
   }
   const OrvaCCFGroup::Type type = _DownloadCCFModel(error, node);
   if (error != 0) return;
+  assert(type != OrvaCCFGroup::UNKNOWN);
   auto group = std::make_unique<OrvaCCFGroup>(model, type, name);
   _DownloadCCFGroupOptions(error, node, group.get());
   if (error == 0) _CheckCCFGroup(error, node, group.get());
@@ -74,6 +63,7 @@ void OrvaParser::_DownloadCCFGroupDefinition(int& error, const LumoXMLNode* node
     model->DeleteCCFGroup(former);
     OrvaCCFGroup::Delete(former);
   }
+  assert(model->LookForCCFGroup(name) == nullptr);
   model->AddCCFGroup(group.release());
 }
 
@@ -81,9 +71,9 @@ OrvaCCFGroup::Type OrvaParser::_DownloadCCFModel(int& error, const LumoXMLNode* 
   const char* name = _DownloadAttribute(error, node, MODEL);
   const OrvaCCFGroup::Type type = OrvaCCFGroup::GetType(name);
   if (name == nullptr) {
-    _Report(error, NO_MODEL, node);
+    _Report(error, NO_CCF_MODEL, node);
   } else if (type == OrvaCCFGroup::UNKNOWN) {
-    _Report(error, UNKNOWN_MODEL, node);
+    _Report(error, UNKNOWN_CCF_MODEL, node);
   }
   return type;
 }
@@ -98,12 +88,21 @@ void OrvaParser::_DownloadCCFGroupOptions(int& error, const LumoXMLNode* node,
 
 void OrvaParser::_DownloadCCFGroupOption(int& error, const LumoXMLNode* option,
                                          OrvaCCFGroup* group) {
+  struct Option {
+    const char* element;
+    void (OrvaParser::*download)(int& error, const LumoXMLNode* node, OrvaCCFGroup* group);
+  };
+  static constexpr Option OPTIONS[] = {
+      {MEMBERS, &OrvaParser::_DownloadCCFMembers},
+      {DISTRIBUTION, &OrvaParser::_DownloadCCFDistribution},
+      {FACTOR, &OrvaParser::_DownloadCCFFactor},
+      {FACTORS, &OrvaParser::_DownloadCCFFactors},
+  };
   if (option->IsNodeOfName(LABEL)) return _DownloadLabel(option, group);
-  if (option->IsNodeOfName(MEMBERS)) return _DownloadCCFMembers(error, option, group);
-  if (option->IsNodeOfName(DISTRIBUTION)) return _DownloadCCFDistribution(error, option, group);
-  if (option->IsNodeOfName(FACTOR)) return _DownloadCCFFactor(error, option, group);
-  if (option->IsNodeOfName(FACTORS)) return _DownloadCCFFactors(error, option, group);
-  _Report(error, UNKNOWN_OPTION, option);
+  for (const Option& row : OPTIONS) {
+    if (option->IsNodeOfName(row.element)) return (this->*row.download)(error, option, group);
+  }
+  _Report(error, UNKNOWN_GROUP_OPTION, option);
 }
 
 void OrvaParser::_DownloadCCFMembers(int& error, const LumoXMLNode* node, OrvaCCFGroup* group) {
@@ -119,7 +118,8 @@ void OrvaParser::_DownloadCCFMembers(int& error, const LumoXMLNode* node, OrvaCC
 }
 
 void OrvaParser::_DownloadCCFMember(int& error, const LumoXMLNode* node, OrvaCCFGroup* group) {
-  if (!node->IsNodeOfName("event") && !node->IsNodeOfName("basic-event")) {
+  if (!node->IsNodeOfName(GetElementOfReference(OrvaEvent::UNSPECIFIED_EVENT)) &&
+      !node->IsNodeOfName(GetElementOfReference(OrvaEvent::BASIC_EVENT))) {
     return _Report(error, ILL_FORMED_MEMBER, node);
   }
   OrvaModel* model = group->GetModel();
@@ -130,6 +130,7 @@ void OrvaParser::_DownloadCCFMember(int& error, const LumoXMLNode* node, OrvaCCF
   if (other != nullptr && (other == group || other->CompareNames(group) != 0)) {
     return _Report(error, MEMBER_OF_ANOTHER_GROUP, event->GetName(), node);
   }
+  assert(event->GetType() == OrvaEvent::BASIC_EVENT);
   group->AddMember(event);
 }
 
@@ -167,6 +168,7 @@ void OrvaParser::_DownloadCCFFactor(int& error, const LumoXMLNode* node, OrvaCCF
 }
 
 void OrvaParser::_CheckCCFGroup(int& error, const LumoXMLNode* node, OrvaCCFGroup* group) {
+  assert(error == 0 && !group->IsExpanded());
   const int n = group->GetNumberOfMembers();
   const bool isBetaFactor = group->GetType() == OrvaCCFGroup::BETA_FACTOR;
   if (n < MINIMUM_NUMBER_OF_MEMBERS) return _Report(error, TOO_FEW_MEMBERS, node);

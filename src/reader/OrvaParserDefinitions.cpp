@@ -1,28 +1,29 @@
 // The definitions of gates, basic events, house events and parameters.
+//
+// Two questions are kept apart: what an element says the event is, and what it gives to it. An
+// event may have got its type from a reference; a declaration of another type, or a second
+// definition, is a fault, or, with the option that checks this off, is passed over: the event keeps
+// its type and gets the new definition on top. So an event can come to have both a formula and an
+// expression, and its type says which of them counts. A house event with a value is a gate for all
+// that follows, by OrvaEvent::SetDefinition.
+
+#include <cassert>
 
 #include "model/OrvaGate.h"
 #include "model/OrvaModel.h"
 #include "model/OrvaParameter.h"
 #include "model/OrvaProbabilityDistribution.h"
+#include "reader/OrvaModelElements.h"
 #include "reader/OrvaParser.h"
+#include "reader/OrvaParserMessages.h"
 #include "support/text/LumoRawString.h"
-#include "xml/LumoXMLNode.h"
+
+using namespace OrvaModelElements;
+using namespace OrvaParserMessages;
 
 namespace {
 
-constexpr const char* MISSING_GATE_DEFINITION = "Missing gate definition";
-constexpr const char* MISSING_PARAMETER_DEFINITION = "Missing parameter definition";
-constexpr const char* MULTIPLE_DEFINITIONS = "Multiple definitions";
-constexpr const char* UNKNOWN_STRUCTURE = "Unknown structure";
-constexpr const char* UNKNOWN_RISKSPECTRUM_MODEL = "Unknown RiskSpectum Model";
-constexpr const char* WRONG_NUMBER_OF_PARAMETERS = "Wrong number of parameters";
-constexpr const char* PARAMETER_ALREADY_DEFINED = "Parameter %s is already defined.";
-
-constexpr const char* RISKSPECTRUM_MODEL = "riskspectrum:model";
 constexpr const char* RISKSPECTRUM_PROBABILITY = "probability";
-// Attributes of a parameter that the model keeps.
-constexpr const char* KEPT_PARAMETER_ATTRIBUTES[] = {"riskspectrum:type", "unit"};
-
 constexpr const char* CONSTANT = "constant";
 
 bool IsConstant(const LumoXMLNode* node) { return node->IsNodeOfName(CONSTANT); }
@@ -79,6 +80,7 @@ OrvaEvent* OrvaParser::_DeclareEvent(int& error, const LumoXMLNode* node, OrvaEv
     _Report(error, GetConflict(conflicts, event->GetType()), name, node);
     return nullptr;
   }
+  assert(event->GetType() != OrvaEvent::UNSPECIFIED_EVENT);
   return event;
 }
 
@@ -108,6 +110,7 @@ void OrvaParser::_DownloadUniqueDefinition(int& error, const LumoXMLNode* node, 
     if (isDefined) return _Report(error, MULTIPLE_DEFINITIONS, child);
     isDefined = true;
     auto* definition = download(child);
+    assert((definition == nullptr) == (error != 0));
     if (definition != nullptr) owner->SetDefinition(definition);
   });
 }
@@ -155,6 +158,7 @@ void OrvaParser::_DownloadExpressionOfBasicEvent(int& error, const LumoXMLNode* 
     _Report(error, WRONG_NUMBER_OF_PARAMETERS, node);
   }
   if (error != 0) return expressions.DeleteItems(OrvaTerm::Delete);
+  assert(expressions.GetNumberOfItems() == 1);
   event->SetProbabilityDistribution(
       static_cast<OrvaProbabilityDistribution*>(expressions.GetFirstItem()));
   if (riskSpectrumModel != nullptr) event->SetAttribute(RISKSPECTRUM_MODEL, riskSpectrumModel);
@@ -185,7 +189,7 @@ void OrvaParser::_DownloadParameterDefinition(int& error, const LumoXMLNode* nod
   } else if (parameter->GetDefinition() != nullptr && _ChecksParameterRedefinition()) {
     return _Report(error, PARAMETER_ALREADY_DEFINED, name, node);
   }
-  for (const char* attribute : KEPT_PARAMETER_ATTRIBUTES) {
+  for (const char* attribute : PARAMETER_ATTRIBUTES) {
     const char* value = node->GetAttributeValue(attribute);
     if (value != nullptr) parameter->SetAttribute(attribute, value);
   }

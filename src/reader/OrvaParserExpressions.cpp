@@ -1,18 +1,19 @@
 // Expressions.
 
+#include <cassert>
+
 #include "model/OrvaModel.h"
 #include "model/OrvaParameter.h"
 #include "model/OrvaProbabilityDistribution.h"
+#include "reader/OrvaModelElements.h"
 #include "reader/OrvaParser.h"
-#include "xml/LumoXMLNode.h"
+#include "reader/OrvaParserMessages.h"
 
+using namespace OrvaModelElements;
+using namespace OrvaParserMessages;
 using Distribution = OrvaProbabilityDistribution;
 
 namespace {
-
-constexpr const char* NOT_A_DISTRIBUTION = "Not a probability distribution";
-constexpr const char* UNKNOWN_OPERAND = "Unknow construct";
-constexpr const char* WRONG_NUMBER_OF_ARGUMENTS = "Wrong number of arguments";
 
 Distribution::Type GetTypeOfExpression(const LumoXMLNode* node) {
   return node->IsNode() ? Distribution::GetType(node->GetName()) : Distribution::UNKNOWN;
@@ -54,6 +55,7 @@ Distribution* OrvaParser::_DownloadLeaf(int& error, const LumoXMLNode* node, Orv
       return error != 0 ? nullptr : Distribution::NewFloat(model, value);
     }
     default: {
+      assert(GetTypeOfExpression(node) == Distribution::PARAMETER);
       const char* name = _DownloadAttribute(error, node, NAME);
       if (name == nullptr) return nullptr;
       OrvaParameter* parameter = model->LookForParameter(name);
@@ -66,6 +68,7 @@ Distribution* OrvaParser::_DownloadLeaf(int& error, const LumoXMLNode* node, Orv
 Distribution* OrvaParser::_DownloadOperation(int& error, const LumoXMLNode* node,
                                              OrvaModel* model) {
   const Distribution::Type type = GetTypeOfExpression(node);
+  assert(error == 0 && type != Distribution::UNKNOWN);
   Distribution* operation = Distribution::NewDistribution(model, type, nullptr);
   for (const LumoXMLNode* child = node->GetFirstChild(); child != nullptr && error == 0;
        child = child->GetNextSibling()) {

@@ -1,36 +1,23 @@
 // Boolean formulas.
 
+#include <cassert>
+
 #include "model/OrvaGate.h"
 #include "model/OrvaModel.h"
+#include "reader/OrvaModelElements.h"
 #include "reader/OrvaParser.h"
-#include "support/text/LumoRawString.h"
-#include "xml/LumoXMLNode.h"
+#include "reader/OrvaParserMessages.h"
+
+using namespace OrvaModelElements;
+using namespace OrvaParserMessages;
 
 namespace {
-
-constexpr const char* ILL_FORMED_GATE = "Ill formed gate";
-constexpr const char* UNKNOWN_OPERAND = "Unknow construct";
-constexpr const char* WRONG_NUMBER_OF_CHILDREN = "Wrong number of children";
-
-constexpr const char* MIN = "min";
-constexpr const char* MAX = "max";
-
-// The elements that refer to an event, and the type that they give it.
-struct Reference {
-  const char* element;
-  OrvaEvent::Type type;
-};
-constexpr Reference REFERENCES[] = {
-    {"event", OrvaEvent::UNSPECIFIED_EVENT},
-    {"gate", OrvaEvent::GATE},
-    {"basic-event", OrvaEvent::BASIC_EVENT},
-    {"house-event", OrvaEvent::HOUSE_EVENT},
-};
 
 OrvaEvent::Type GetTypeOfReference(const LumoXMLNode* node) {
   for (const Reference& reference : REFERENCES) {
     if (node->IsNodeOfName(reference.element)) return reference.type;
   }
+  assert(false);  // every element that refers to an event is in the table
   return OrvaEvent::UNSPECIFIED_EVENT;
 }
 
@@ -74,6 +61,7 @@ OrvaGate* OrvaParser::_DownloadConstant(int& error, const LumoXMLNode* node, Orv
 
 OrvaGate* OrvaParser::_DownloadOperator(int& error, const LumoXMLNode* node, OrvaModel* model) {
   const OrvaGate::Type type = OrvaGate::GetType(node->GetName());
+  assert(type != OrvaGate::UNKNOWN && type != OrvaGate::CONSTANT && type != OrvaGate::EVENT);
   OrvaGate* gate = OrvaGate::NewOperator(model, type, nullptr);
   if (type == OrvaGate::ATLEAST || type == OrvaGate::CARDINALITY) {
     _DownloadThreshold(error, node, MIN, OrvaGate::MIN, gate);
@@ -126,6 +114,7 @@ OrvaEvent* OrvaParser::_LookForOrAddEvent(int& error, const LumoXMLNode* node, O
     _Report(error, GetContradiction(event->GetType()), name, node);
     return nullptr;
   }
+  assert(type != OrvaEvent::UNSPECIFIED_EVENT);
   event->SetType(type);
   return event;
 }
