@@ -1,4 +1,14 @@
 // The interpreter's frame: its components, scripts and the dispatch of their commands.
+//
+// A script is a tree of commands, and every level of it is executed by the same loop over a table
+// of elements and handlers: the root's children by the table of commands, the children of most
+// commands by a table of their own. The first fault ends the loops on all levels, and with them the
+// script and the scripts that load it.
+//
+// A script is read whole before its first command runs, so a syntax error anywhere in it lets
+// nothing of it happen. Scripts that load each other are bounded twice: in depth, since each level
+// takes a piece of the stack, and in number, since a short chain in which each script loads the
+// next one twice would otherwise run for ever.
 
 #include "driver/OrvaInterpreter.h"
 
@@ -8,11 +18,10 @@
 #include "printer/OrvaPrinter.h"
 #include "reader/OrvaChecker.h"
 #include "reader/OrvaParser.h"
+#include "reader/OrvaParserMessages.h"
 #include "search/OrvaWalker.h"
 #include "support/memory/LumoMemoryManager.h"
 #include "support/random/LumoCongruentialRandomizer.h"
-#include "support/text/LumoRawString.h"
-#include "support/text/LumoStream.h"
 #include "system/OrvaAnalyzer.h"
 #include "system/OrvaRewriter.h"
 #include "system/OrvaSystemBuilder.h"
@@ -25,8 +34,6 @@ constexpr const char* BANNER_ARGUMENTS[] = {"--help", "-h", "--version"};
 constexpr const char* SCRIPT_ROOT = "orva";
 constexpr int RANDOMIZER_KIND = 1;
 
-constexpr const char* NO_FILE_NAME = "No file name\n";
-constexpr const char* UNABLE_TO_OPEN_FILE = "Unable to open file %s\n";
 constexpr const char* SCRIPTS_NEST_TOO_DEEP =
     "Scripts that load each other are nested too deep: %s\n";
 constexpr const char* TOO_MANY_SCRIPTS = "Too many scripts are loaded: %s\n";
@@ -57,57 +64,43 @@ int Orva_EvalScriptFile(const char* fileName) {
   return error;
 }
 
-OrvaInterpreter::OrvaInterpreter()
-    : _model(std::make_unique<OrvaModel>()),
-      _printer(std::make_unique<OrvaPrinter>(this)),
-      _parser(std::make_unique<OrvaParser>(this)),
-      _checker(std::make_unique<OrvaChecker>(this)),
-      _rewriter(std::make_unique<OrvaRewriter>(this)),
-      _analyzer(std::make_unique<OrvaAnalyzer>(this)),
-      _systemBuilder(std::make_unique<OrvaSystemBuilder>(this)),
-      _mcsManager(std::make_unique<OrvaMCSManager>()),
-      _walker(std::make_unique<OrvaWalker>(_mcsManager.get())),
-      _randomizer(std::make_unique<LumoCongruentialRandomizer>(RANDOMIZER_KIND)),
-      _optionCenter(std::make_unique<OrvaOptionCenter>(this)) {
+OrvaInterpreter::OrvaInterpreter() {
+  _model = std::make_unique<OrvaModel>();
+  _printer = std::make_unique<OrvaPrinter>(this);
+  _parser = std::make_unique<OrvaParser>(this);
+  _checker = std::make_unique<OrvaChecker>(this);
+  _rewriter = std::make_unique<OrvaRewriter>(this);
+  _analyzer = std::make_unique<OrvaAnalyzer>(this);
+  _systemBuilder = std::make_unique<OrvaSystemBuilder>(this);
+  _mcsManager = std::make_unique<OrvaMCSManager>();
+  _walker = std::make_unique<OrvaWalker>(_mcsManager.get());
+  _randomizer = std::make_unique<LumoCongruentialRandomizer>(RANDOMIZER_KIND);
+  _optionCenter = std::make_unique<OrvaOptionCenter>(this);  // it seeds the randomizer
   _printer->UpdateOptionCenter();
   _parser->UpdateOptionCenter();
   LumoMemoryManager::TraceNew(this, "OrvaInterpreter");
 }
 
-OrvaInterpreter::~OrvaInterpreter() {
-  _walker.reset();
-  _systemBuilder.reset();
-  _analyzer.reset();
-  _rewriter.reset();
-  _checker.reset();
-  _parser.reset();
-  _printer.reset();
-  _model.reset();
-  _mcsManager.reset();
-  _optionCenter.reset();
-  _randomizer.reset();
-  LumoMemoryManager::TraceDelete(this, "OrvaInterpreter");
-}
-
-void OrvaInterpreter::SetRandomizer(LumoRandomizer* randomizer) { _randomizer.reset(randomizer); }
-
-long OrvaInterpreter::GetRandomizerSeed() const { return _randomizer->GetSeed(); }
+OrvaInterpreter::~OrvaInterpreter() { LumoMemoryManager::TraceDelete(this, "OrvaInterpreter"); }
 
 void OrvaInterpreter::SetRandomizerSeed(long seed) { _randomizer->SetSeed(seed); }
 
 LumoStream* OrvaInterpreter::GetErrorStream() const { return _parser->GetErrorStream(); }
 
 void OrvaInterpreter::DownloadCommandScript(int& error, const char* fileName) {
-  if (fileName == nullptr) return _Report(error, NO_FILE_NAME, nullptr);
+  if (fileName == nullptr) return _Report(error, OrvaParserMessages::NO_FILE_NAME, nullptr);
   if (_scriptDepth == MAXIMUM_SCRIPT_DEPTH) {
     return _Report(error, SCRIPTS_NEST_TOO_DEEP, fileName, nullptr);
   }
   if (_numberOfScripts == MAXIMUM_NUMBER_OF_SCRIPTS) {
     return _Report(error, TOO_MANY_SCRIPTS, fileName, nullptr);
   }
+  assert(_scriptDepth < MAXIMUM_SCRIPT_DEPTH && _numberOfScripts < MAXIMUM_NUMBER_OF_SCRIPTS);
   ++_numberOfScripts;
   LumoXMLDocument document;
-  if (!document.Load(fileName)) return _Report(error, UNABLE_TO_OPEN_FILE, fileName, nullptr);
+  if (!document.Load(fileName)) {
+    return _Report(error, OrvaParserMessages::UNABLE_TO_OPEN_FILE, fileName, nullptr);
+  }
   ++_scriptDepth;
   DownloadCommandScript(error, &document);
   --_scriptDepth;
@@ -129,30 +122,17 @@ void OrvaInterpreter::DownloadCommandScript(int& error, const LumoXMLDocument* d
 }
 
 void OrvaInterpreter::_DownloadCommandScript(int& error, const LumoXMLNode* root) {
-  for (const LumoXMLNode* command = root->GetFirstChild(); command != nullptr && error == 0;
-       command = command->GetNextSibling()) {
-    _DownloadCommand(error, command);
-  }
-}
-
-const OrvaInterpreter::Commands OrvaInterpreter::_COMMANDS = {
-    [] {
-      static constexpr Command ROWS[] = {
-          {"build", &OrvaInterpreter::_DownloadCommandBuild},
-          {"check", &OrvaInterpreter::_DownloadCommandCheck},
-          {"compute", &OrvaInterpreter::_DownloadCommandCompute},
-          {"load", &OrvaInterpreter::_DownloadCommandLoad},
-          {"normalize", &OrvaInterpreter::_DownloadCommandNormalize},
-          {"print", &OrvaInterpreter::_DownloadCommandPrint},
-          {"set", &OrvaInterpreter::_DownloadCommandSet},
-          {"test", &OrvaInterpreter::_DownloadCommandTest},
-      };
-      return std::span<const Command>(ROWS);
-    }(),
-    "Not a valid command", true};
-
-void OrvaInterpreter::_DownloadCommand(int& error, const LumoXMLNode* command) {
-  _DownloadCommand(error, command, _COMMANDS);
+  static constexpr Command COMMANDS[] = {
+      {"build", &OrvaInterpreter::_DownloadCommandBuild},
+      {"check", &OrvaInterpreter::_DownloadCommandCheck},
+      {"compute", &OrvaInterpreter::_DownloadCommandCompute},
+      {"load", &OrvaInterpreter::_DownloadCommandLoad},
+      {"normalize", &OrvaInterpreter::_DownloadCommandNormalize},
+      {"print", &OrvaInterpreter::_DownloadCommandPrint},
+      {"set", &OrvaInterpreter::_DownloadCommandSet},
+      {"test", &OrvaInterpreter::_DownloadCommandTest},
+  };
+  _DownloadCommands(error, root, {COMMANDS, "Not a valid command"});
 }
 
 void OrvaInterpreter::_DownloadCommands(int& error, const LumoXMLNode* parent,
@@ -190,6 +170,16 @@ void OrvaInterpreter::_Report(int& error, const char* text, const LumoXMLNode* n
 
 void OrvaInterpreter::_Report(int& error, const char* format, const char* argument,
                               const LumoXMLNode* node) {
+  assert(argument != nullptr);  // or nothing would be said of the fault
   error = 1;
   RaiseError(format, argument, node);
 }
+
+// Offered to users of the class; the program itself does not call what follows.
+
+void OrvaInterpreter::SetRandomizer(LumoRandomizer* randomizer) {
+  assert(randomizer != nullptr);
+  _randomizer.reset(randomizer);
+}
+
+long OrvaInterpreter::GetRandomizerSeed() const { return _randomizer->GetSeed(); }

@@ -78,24 +78,13 @@ class OrvaInterpreter {
   void RaiseError(const char* text, const LumoXMLNode* node = nullptr);
 
  private:
-  friend class OrvaInterpreterTest;
-
-  // A row of a table of commands: an element and its handler.
-  struct Command {
-    const char* element;
-    void (OrvaInterpreter::*download)(int& error, const LumoXMLNode* command);
-  };
-  // A family of elements and what is said of any other one.
+  // What the source files of the commands share; OrvaInterpreterCommands.h defines these.
+  struct Command;
   struct Commands;
-  static const Commands _COMMANDS;
-  static const Commands _LOAD_COMMANDS;
-  static const Commands _BUILD_COMMANDS;
-  static const Commands _COMPUTE_COMMANDS;
-  static const Commands _PRINT_COMMANDS;
-  static const Commands _SET_COMMANDS;
+  struct Switch;
+  struct CurveKind;
 
   void _DownloadCommandScript(int& error, const LumoXMLNode* root);
-  void _DownloadCommand(int& error, const LumoXMLNode* command);
   // Executes the children of an element while there is no error; and one child.
   void _DownloadCommands(int& error, const LumoXMLNode* parent, const Commands& commands);
   void _DownloadCommand(int& error, const LumoXMLNode* command, const Commands& commands);
@@ -110,53 +99,21 @@ class OrvaInterpreter {
   void _DownloadCommandBuild(int& error, const LumoXMLNode* command);
   void _DownloadCommandBuildSystem(int& error, const LumoXMLNode* command);
   void _DownloadCommandBuildMinimalCutsets(int& error, const LumoXMLNode* command);
-  const char* _DownloadHandleName(int& error, const LumoXMLNode* command, const char* option);
   void _NormalizeModel(int& error, OrvaEvent* topEvent);
-  void _PrepareModel(int& error, OrvaEvent* topEvent);
-  bool _HasRoomForBasicEvents(OrvaSystem* system) const;
-  void _FindOrBuildSystem(int& error, const LumoXMLNode* command, OrvaEvent* topEvent,
-                          const char* systemHandleName);
-  void _ComputeMinimalCutsets(int& error, OrvaEvent* topEvent, const char* systemHandleName,
-                              const char* handleName, double missionTime, const OrvaCutoff* cutoff);
-  void _ComputeMinimalCutsetsOfModules(int& error, OrvaSystem* system, const char* systemHandleName,
-                                       const char* handleName, double missionTime,
-                                       const OrvaCutoff* cutoff);
-  bool _ComputeMinimalCutsetsOfEvent(int& error, OrvaEvent* event, OrvaSystem* system,
-                                     const char* handleName, double missionTime,
-                                     const OrvaCutoff* cutoff);
-  void _UpdateWalkObserver(const OrvaEvent* topEvent, const OrvaSystem* system,
-                           const OrvaCutoff* cutoff, const char* runningTime);
 
-  // What curves are made of, besides their dates.
-  struct CurveOptions {
-    double step = 0.0;
-    bool addSingularPoints = false;
-    bool smoothCurve = false;
-    double smoothingRatio = 0.0;
-  };
   void _DownloadCommandCompute(int& error, const LumoXMLNode* command);
   void _DownloadCommandComputeValuesOfParameters(int& error, const LumoXMLNode* command);
   void _DownloadCommandComputeProbabilitiesOfBasicEvents(int& error, const LumoXMLNode* command);
   void _DownloadCommandComputeTopEventProbability(int& error, const LumoXMLNode* command);
-  void _ComputeTopEventProbabilityAtMissionTime(int& error, const LumoXMLNode* command,
-                                                OrvaHandle* handle);
-  void _ComputeCurveOfTopEventProbability(int& error, const LumoXMLNode* command, double lastDate,
-                                          OrvaHandle* handle);
-  bool _CheckCurve(int& error, const LumoXMLNode* command, const LumoCurve& curve);
-  bool _DownloadNumberOfStatistics(int& error, const LumoXMLNode* command, const char* option,
-                                   int& number);
-  void _DownloadCurveOptions(int& error, const LumoXMLNode* command, CurveOptions& options);
   void _DownloadCommandComputeImportanceFactors(int& error, const LumoXMLNode* command);
   void _DownloadCommandComputeOrdersOfMinimalCutsets(int& error, const LumoXMLNode* command);
   void _DownloadCommandComputeTopEventSensitivity(int& error, const LumoXMLNode* command);
   void _DownloadCommandComputeFailureIntensity(int& error, const LumoXMLNode* command);
+  void _WriteTopEventProbability(int& error, const LumoXMLNode* command, OrvaHandle* handle);
+  void _WriteCurve(int& error, const LumoXMLNode* command, OrvaHandle* handle,
+                   const CurveKind& kind, double firstDate, double lastDate);
 
   void _DownloadCommandPrint(int& error, const LumoXMLNode* command);
-  template <class Print>
-  void _PrintToOutput(int& error, const LumoXMLNode* command, Print print);
-  template <class Print>
-  void _PrintHandleToOutput(int& error, const LumoXMLNode* command, OrvaHandle::Type type,
-                            Print print);
   void _DownloadCommandPrintModel(int& error, const LumoXMLNode* command);
   void _DownloadCommandPrintModules(int& error, const LumoXMLNode* command);
   void _DownloadCommandPrintNumbersOfParents(int& error, const LumoXMLNode* command);
@@ -176,12 +133,13 @@ class OrvaInterpreter {
   void _DownloadCommandSetDefaultProbabilityDistributionOfBasicEvents(int& error,
                                                                       const LumoXMLNode* command);
 
-  // Options. Each is looked for in the command's attributes, then in its "option" children, then
-  // in the option center; true when it came from the command. A value of the wrong kind is an
-  // error and leaves the result unchanged.
-  bool _DownloadOptionInChildren(const LumoXMLNode* command, const char* name, const char*& result);
+  // What only the command itself may say: its attribute of that name, else its first "option"
+  // child of that name (a null text when that has no value). False and null when it has neither.
   bool _DownloadOptionInCommand(const LumoXMLNode* command, const char* name, const char*& result);
-  // Null when it is nowhere.
+  bool _DownloadOptionInChildren(const LumoXMLNode* command, const char* name, const char*& result);
+  // Options: what the command says, else what the option center holds; true when it came from the
+  // command. A value of the wrong kind is an error and leaves the result unchanged. A text is null
+  // when it is nowhere.
   bool _DownloadStringOption(int& error, const LumoXMLNode* command, const char* name,
                              const char*& result);
   bool _DownloadRealOption(int& error, const LumoXMLNode* command, const char* name,
@@ -190,9 +148,11 @@ class OrvaInterpreter {
                               int& result);
   bool _DownloadBooleanOption(int& error, const LumoXMLNode* command, const char* name,
                               bool& result);
-  // Sets switches of the printer from Boolean options.
-  struct Switch;
+  // Sets switches of the printer from Boolean options; and a number of its rows, which is 0 and the
+  // result false when it would be too large. A number below 0 gives no rows.
   void _DownloadSwitches(int& error, const LumoXMLNode* command, std::span<const Switch> switches);
+  bool _DownloadNumberOfStatistics(int& error, const LumoXMLNode* command, const char* name,
+                                   int& number);
   // Composite options. Their results are null after an error.
   void _DownloadOptionFormat(int& error, const LumoXMLNode* command, const char*& format);
   void _DownloadOptionTopEvent(int& error, const LumoXMLNode* command, OrvaEvent*& event);
@@ -202,6 +162,14 @@ class OrvaInterpreter {
   // The cutoff is the caller's, also after an error.
   void _DownloadOptionCutoff(int& error, const LumoXMLNode* command,
                              std::unique_ptr<OrvaCutoff>& cutoff);
+
+  // The output of a command: `write` is given the open stream, and it is closed behind it. Nothing
+  // happens after an error or when it can't be opened. The second form is for commands on a handle
+  // of that type, which `write` is given too.
+  template <class Write>
+  void _WriteOutput(int& error, const LumoXMLNode* command, Write write);
+  template <class Write>
+  void _WriteOutput(int& error, const LumoXMLNode* command, OrvaHandle::Type type, Write write);
   void _OpenOutputStream(int& error, const LumoXMLNode* command, LumoStream*& stream);
   // Reports what could not be written.
   void _CloseOutputStream(int& error, LumoStream*& stream);
@@ -212,7 +180,11 @@ class OrvaInterpreter {
   int _scriptDepth = 0;
   int _numberOfScripts = 0;
   std::string _outputFileName;  // of the open output stream
-  // In the order of their construction; the destructor has an order of its own.
+  // The last is destroyed first: the order of the destructions is the defined one. That of the
+  // constructions is another, which the constructor gives.
+  std::unique_ptr<LumoRandomizer> _randomizer;
+  std::unique_ptr<OrvaOptionCenter> _optionCenter;
+  std::unique_ptr<OrvaMCSManager> _mcsManager;
   std::unique_ptr<OrvaModel> _model;
   std::unique_ptr<OrvaPrinter> _printer;
   std::unique_ptr<OrvaParser> _parser;
@@ -220,8 +192,5 @@ class OrvaInterpreter {
   std::unique_ptr<OrvaRewriter> _rewriter;
   std::unique_ptr<OrvaAnalyzer> _analyzer;
   std::unique_ptr<OrvaSystemBuilder> _systemBuilder;
-  std::unique_ptr<OrvaMCSManager> _mcsManager;
   std::unique_ptr<OrvaWalker> _walker;
-  std::unique_ptr<LumoRandomizer> _randomizer;
-  std::unique_ptr<OrvaOptionCenter> _optionCenter;
 };

@@ -1,16 +1,26 @@
 // The build command: systems and minimal cutsets.
+//
+// A top event is computed by parts. The formulas below it are brought to normal form, its modules
+// are found, and each module has a system of its own, in which it is the top; in the system of the
+// top event it is one variable. The minimal cutsets of every module come first: their sum and their
+// highest probability are what the search for the top event needs of a module for its limits. Only
+// then are the module's cutsets put in the place of its variable.
+//
+// What can fail is looked at before it is relied on, in this order: groups whose gates would take a
+// name in use, rings that their expansion has closed, formulas that normalisation lets grow too
+// large, what the checker finds, and room for the indices of basic events in the cutset store. The
+// systems keep pointers into the model, so an existing one is used as it stands.
 
 #include "driver/OrvaInterpreter.h"
 #include "driver/OrvaInterpreterCommands.h"
-#include "driver/OrvaOptionCenter.h"
 #include "model/OrvaModel.h"
 #include "reader/OrvaChecker.h"
+#include "search/OrvaCutoff.h"
 #include "search/OrvaWalker.h"
-#include "support/text/LumoRawString.h"
 #include "support/time/LumoTimer.h"
 #include "system/OrvaRewriter.h"
+#include "system/OrvaSystem.h"
 #include "system/OrvaSystemBuilder.h"
-#include "xml/LumoXMLNode.h"
 
 namespace {
 
@@ -20,20 +30,128 @@ constexpr const char* FORMULAS_TOO_LARGE = "The formulas below %s grow too large
 constexpr const char* TOO_MANY_BASIC_EVENTS = "Too many basic events in minimal cutsets\n";
 constexpr const char* SAME_HANDLES = "System and MCS handles cannot be the same.\n";
 
+// One computation of the minimal cutsets of a top event.
+class CutsetComputation {
+ public:
+  CutsetComputation(OrvaInterpreter* interpreter, int& error, const char* systemHandleName,
+                    const char* handleName, double missionTime, const OrvaCutoff* cutoff)
+      : _interpreter(interpreter),
+        _error(error),
+        _systemHandleName(systemHandleName),
+        _handleName(handleName),
+        _missionTime(missionTime),
+        _cutoff(cutoff) {}
+
+  void Run(OrvaEvent* topEvent) {
+    LumoTimer timer;
+    timer.Start();
+    const OrvaHandle* source = topEvent->GetHandle(_systemHandleName);
+    assert(source != nullptr && source->GetType() == OrvaHandle::SYSTEM_HANDLE);
+    OrvaSystem* system = source->GetSystem();
+    _interpreter->GetModel()->ResetRandomDeviatesOfModel();
+    _interpreter->GetModel()->ComputeProbabilitiesOfBasicEvents(_missionTime);
+    _ComputeModules(system);
+    if (!_ComputeEvent(topEvent, system)) return;
+    _interpreter->GetWalker()->ExpandMinimalCutset(topEvent, system, _handleName, _cutoff);
+    timer.Stop();
+    char* runningTime = timer.ToStringOfTimeInSeconds();
+    _UpdateWalkObserver(topEvent, system, runningTime);
+    LumoRawString::Delete(runningTime);
+  }
+
+ private:
+  void _Report(const char* format, const char* argument) {
+    _error = 1;
+    _interpreter->RaiseError(format, argument, nullptr);
+  }
+
+  // A module without a system is reported; the others are computed all the same.
+  void _ComputeModules(OrvaSystem* system) {
+    for (OrvaVariable* variable : LumoItems<OrvaVariable>(system->GetDictionary())) {
+      OrvaEvent* module = variable->GetEvent();
+      if (!variable->IsInputVariable() || !module->IsModule()) continue;
+      const OrvaHandle* source = module->GetHandle(_systemHandleName);
+      if (source == nullptr) {
+        _Report(NO_SOURCE_HANDLE, module->GetName());
+      } else if (source->GetType() != OrvaHandle::SYSTEM_HANDLE) {
+        _Report(SOURCE_HANDLE_IS_NO_SYSTEM, module->GetName());
+      } else if (_ComputeEvent(module, source->GetSystem())) {
+        _WeighVariable(variable, module->GetHandle(_handleName)->GetMCSSet());
+      } else {
+        return;
+      }
+    }
+  }
+
+  static void _WeighVariable(OrvaVariable* variable, const OrvaMCSSet* set) {
+    assert(set != nullptr);
+    double sum;
+    double highest;
+    set->ComputeSumOfMinimalCutsetProbabilities(sum);
+    set->ComputeHighestMinimalCutsetProbability(highest);
+    variable->SetProbability(sum);
+    variable->SetHighestCutsetProbability(highest);
+  }
+
+  // Adds to a set of minimal cutsets of that name; a handle of another type gives way to a new set.
+  // False when the store has no room for the basic events.
+  bool _ComputeEvent(OrvaEvent* event, OrvaSystem* system) {
+    if (!_HasRoomForBasicEvents(system)) {
+      _error = 1;
+      _interpreter->RaiseError(TOO_MANY_BASIC_EVENTS);
+      return false;
+    }
+    _interpreter->GetSystemBuilder()->LoadProbabilities(_interpreter->GetModel(), system,
+                                                        _missionTime);
+    OrvaHandle* handle = event->GetHandle(_handleName);
+    if (handle == nullptr || handle->GetType() != OrvaHandle::MCS_HANDLE) {
+      OrvaMCSManager* manager = _interpreter->GetMCSManager();
+      auto* set = new OrvaMCSSet(manager, manager->NewUndevelopedLeaf());
+      handle = event->NewHandle(_handleName, set);
+    }
+    _interpreter->GetWalker()->BuildMinimalCutsetTree(system, _cutoff, handle->GetMCSSet());
+    return true;
+  }
+
+  // The index of a basic event has to fit into a node of the cutset store.
+  bool _HasRoomForBasicEvents(OrvaSystem* system) const {
+    int highest = _interpreter->GetMCSManager()->GetIndexOfHighestEntry();
+    for (const OrvaVariable& variable : system->GetVariables()) {
+      if (!variable.IsInputVariable()) continue;
+      assert(variable.GetEvent() != nullptr);
+      if (variable.GetEvent()->GetMCSIndex() == 0) ++highest;
+    }
+    return highest <= OrvaMCSNode::MAXIMUM_INDEX;
+  }
+
+  void _UpdateWalkObserver(const OrvaEvent* topEvent, const OrvaSystem* system,
+                           const char* runningTime) {
+    OrvaWalkObserver* observer = _interpreter->GetWalker()->GetObserver();
+    observer->SetTopEventName(topEvent->GetName());
+    observer->numberOfGates = system->GetNumberOfEquations();
+    observer->numberOfBasicEvents = system->GetNumberOfAtomicVariables();
+    observer->numberOfModules = system->GetNumberOfModules();
+    observer->maximumOrder = _cutoff->GetMaximumOrder();
+    observer->minimumProbability = _cutoff->GetMinimumProbability();
+    observer->SetRunningTime(runningTime);
+  }
+
+  OrvaInterpreter* _interpreter;
+  int& _error;
+  const char* _systemHandleName;
+  const char* _handleName;
+  double _missionTime;
+  const OrvaCutoff* _cutoff;
+};
+
 }  // namespace
 
-const OrvaInterpreter::Commands OrvaInterpreter::_BUILD_COMMANDS = {
-    [] {
-      static constexpr Command ROWS[] = {
-          {"system", &OrvaInterpreter::_DownloadCommandBuildSystem},
-          {"minimal-cutsets", &OrvaInterpreter::_DownloadCommandBuildMinimalCutsets},
-      };
-      return std::span<const Command>(ROWS);
-    }(),
-    "Not a build command option\n", true};
-
 void OrvaInterpreter::_DownloadCommandBuild(int& error, const LumoXMLNode* command) {
-  _DownloadCommands(error, command, _BUILD_COMMANDS);
+  static constexpr Command COMMANDS[] = {
+      {"system", &OrvaInterpreter::_DownloadCommandBuildSystem},
+      {"minimal-cutsets", &OrvaInterpreter::_DownloadCommandBuildMinimalCutsets},
+  };
+  _DownloadCommands(error, command, {COMMANDS, "Not a build command option\n"});
 }
 
 void OrvaInterpreter::_DownloadCommandBuildSystem(int& error, const LumoXMLNode* command) {
@@ -56,25 +174,27 @@ void OrvaInterpreter::_DownloadCommandBuildMinimalCutsets(int& error, const Lumo
   std::unique_ptr<OrvaCutoff> cutoff;
   _DownloadOptionCutoff(error, command, cutoff);
   if (error != 0) return;
-  _PrepareModel(error, topEvent);
+  _NormalizeModel(error, topEvent);
+  if (error == 0) _checker->CheckModel(error, _model.get());
   if (error != 0) return;
-  const char* systemHandleName =
-      _DownloadHandleName(error, command, OrvaOptionCenter::SYSTEM_HANDLE);
-  _FindOrBuildSystem(error, command, topEvent, systemHandleName);
-  if (error != 0) return;
-  const char* handleName = _DownloadHandleName(error, command, OrvaOptionCenter::HANDLE);
+  const auto readName = [&](const char* option) {
+    const char* name;
+    _DownloadStringOption(error, command, option, name);
+    return OrvaTextOrEmpty(name);
+  };
+  const char* systemHandleName = readName(OrvaOptionCenter::SYSTEM_HANDLE);
+  const OrvaHandle* source = topEvent->GetHandle(systemHandleName);
+  if (source == nullptr) {
+    _systemBuilder->BuildSystem(_model.get(), topEvent, systemHandleName, true);
+  } else if (source->GetType() != OrvaHandle::SYSTEM_HANDLE) {
+    return _Report(error, SOURCE_HANDLE_IS_NO_SYSTEM, topEvent->GetName(), command);
+  }
+  const char* handleName = readName(OrvaOptionCenter::HANDLE);
   if (LumoRawString::IsEqual(handleName, systemHandleName)) {
     return _Report(error, SAME_HANDLES, command);
   }
-  _ComputeMinimalCutsets(error, topEvent, systemHandleName, handleName, missionTime, cutoff.get());
-}
-
-// The name of a handle to be made: an option set to nothing is the empty name.
-const char* OrvaInterpreter::_DownloadHandleName(int& error, const LumoXMLNode* command,
-                                                 const char* option) {
-  const char* name;
-  _DownloadStringOption(error, command, option, name);
-  return name == nullptr ? "" : name;
+  CutsetComputation(this, error, systemHandleName, handleName, missionTime, cutoff.get())
+      .Run(topEvent);
 }
 
 // The expansion of common-cause failure groups can close a ring: a group may find the event of a
@@ -89,108 +209,4 @@ void OrvaInterpreter::_NormalizeModel(int& error, OrvaEvent* topEvent) {
   _rewriter->NormalizeModel(error, _model.get(), topEvent);
   if (error != 0) return _Report(error, FORMULAS_TOO_LARGE, topEvent->GetName(), nullptr);
   _rewriter->Modularize(_model.get(), topEvent);
-}
-
-void OrvaInterpreter::_PrepareModel(int& error, OrvaEvent* topEvent) {
-  _NormalizeModel(error, topEvent);
-  if (error == 0) _checker->CheckModel(error, _model.get());
-}
-
-// The index of a basic event has to fit into a node of the cutset store.
-bool OrvaInterpreter::_HasRoomForBasicEvents(OrvaSystem* system) const {
-  int highest = _mcsManager->GetIndexOfHighestEntry();
-  for (const OrvaVariable& variable : system->GetVariables()) {
-    if (variable.IsInputVariable() && variable.GetEvent()->GetMCSIndex() == 0) ++highest;
-  }
-  return highest <= OrvaMCSNode::MAXIMUM_INDEX;
-}
-
-// A system of that name is used as it stands.
-void OrvaInterpreter::_FindOrBuildSystem(int& error, const LumoXMLNode* command,
-                                         OrvaEvent* topEvent, const char* systemHandleName) {
-  const OrvaHandle* handle = topEvent->GetHandle(systemHandleName);
-  if (handle == nullptr) {
-    _systemBuilder->BuildSystem(_model.get(), topEvent, systemHandleName, true);
-  } else if (handle->GetType() != OrvaHandle::SYSTEM_HANDLE) {
-    _Report(error, SOURCE_HANDLE_IS_NO_SYSTEM, topEvent->GetName(), command);
-  }
-}
-
-void OrvaInterpreter::_ComputeMinimalCutsets(int& error, OrvaEvent* topEvent,
-                                             const char* systemHandleName, const char* handleName,
-                                             double missionTime, const OrvaCutoff* cutoff) {
-  LumoTimer timer;
-  timer.Start();
-  OrvaSystem* system = topEvent->GetHandle(systemHandleName)->GetSystem();
-  _model->ResetRandomDeviatesOfModel();
-  _model->ComputeProbabilitiesOfBasicEvents(missionTime);
-  _ComputeMinimalCutsetsOfModules(error, system, systemHandleName, handleName, missionTime, cutoff);
-  if (!_ComputeMinimalCutsetsOfEvent(error, topEvent, system, handleName, missionTime, cutoff)) {
-    return;
-  }
-  _walker->ExpandMinimalCutset(topEvent, system, handleName, cutoff);
-  timer.Stop();
-  char* runningTime = timer.ToStringOfTimeInSeconds();
-  _UpdateWalkObserver(topEvent, system, cutoff, runningTime);
-  LumoRawString::Delete(runningTime);
-}
-
-// A module without a system is reported; the others are computed all the same.
-void OrvaInterpreter::_ComputeMinimalCutsetsOfModules(int& error, OrvaSystem* system,
-                                                      const char* systemHandleName,
-                                                      const char* handleName, double missionTime,
-                                                      const OrvaCutoff* cutoff) {
-  for (OrvaVariable* variable : LumoItems<OrvaVariable>(system->GetDictionary())) {
-    OrvaEvent* module = variable->GetEvent();
-    if (!variable->IsInputVariable() || !module->IsModule()) continue;
-    const OrvaHandle* source = module->GetHandle(systemHandleName);
-    if (source == nullptr) {
-      _Report(error, NO_SOURCE_HANDLE, module->GetName(), nullptr);
-    } else if (source->GetType() != OrvaHandle::SYSTEM_HANDLE) {
-      _Report(error, SOURCE_HANDLE_IS_NO_SYSTEM, module->GetName(), nullptr);
-    } else {
-      if (!_ComputeMinimalCutsetsOfEvent(error, module, source->GetSystem(), handleName,
-                                         missionTime, cutoff)) {
-        return;
-      }
-      const OrvaMCSSet* set = module->GetHandle(handleName)->GetMCSSet();
-      double sum;
-      double highest;
-      set->ComputeSumOfMinimalCutsetProbabilities(sum);
-      set->ComputeHighestMinimalCutsetProbability(highest);
-      variable->SetProbability(sum);
-      variable->SetHighestCutsetProbability(highest);
-    }
-  }
-}
-
-// Adds to a set of minimal cutsets of that name; a handle of another type gives way to a new set.
-// False when the store has no room for the basic events.
-bool OrvaInterpreter::_ComputeMinimalCutsetsOfEvent(int& error, OrvaEvent* event,
-                                                    OrvaSystem* system, const char* handleName,
-                                                    double missionTime, const OrvaCutoff* cutoff) {
-  if (!_HasRoomForBasicEvents(system)) {
-    _Report(error, TOO_MANY_BASIC_EVENTS, nullptr);
-    return false;
-  }
-  _systemBuilder->LoadProbabilities(_model.get(), system, missionTime);
-  OrvaHandle* handle = event->GetHandle(handleName);
-  if (handle == nullptr || handle->GetType() != OrvaHandle::MCS_HANDLE) {
-    auto* set = new OrvaMCSSet(_mcsManager.get(), _mcsManager->NewUndevelopedLeaf());
-    handle = event->NewHandle(handleName, set);
-  }
-  _walker->BuildMinimalCutsetTree(system, cutoff, handle->GetMCSSet());
-  return true;
-}
-
-void OrvaInterpreter::_UpdateWalkObserver(const OrvaEvent* topEvent, const OrvaSystem* system,
-                                          const OrvaCutoff* cutoff, const char* runningTime) {
-  OrvaWalkObserver* observer = _walker->GetObserver();
-  observer->SetTopEventName(topEvent->GetName());
-  observer->numberOfGates = system->GetNumberOfEquations();
-  observer->numberOfBasicEvents = system->GetNumberOfAtomicVariables();
-  observer->numberOfModules = system->GetNumberOfModules();
-  observer->maximumOrder = cutoff->GetMaximumOrder();
-  observer->minimumProbability = cutoff->GetMinimumProbability();
-  observer->SetRunningTime(runningTime);
 }

@@ -1,23 +1,35 @@
 // The compute command.
-
-#include <memory>
+//
+// A sub-command first finds its handle, then reads what it computes with; after a fault in either
+// it ends there, and its output file is not even opened, let alone emptied. Only with the output
+// open does it compute, and only then read what it prints: these options go straight into the
+// printer, where they stay, and a fault in one of them ends the script but not the table.
 
 #include "driver/OrvaInterpreter.h"
 #include "driver/OrvaInterpreterCommands.h"
-#include "driver/OrvaInterpreterSwitches.h"
-#include "driver/OrvaOptionCenter.h"
 #include "model/OrvaModel.h"
-#include "printer/OrvaPrinter.h"
-#include "store/OrvaMCSSet.h"
 #include "support/statistics/LumoCurve.h"
-#include "xml/LumoXMLNode.h"
 
 using Center = OrvaOptionCenter;
+
+// A kind of curve: how it is computed, what is printed of it, and how.
+struct OrvaInterpreter::CurveKind {
+  struct Options {
+    double firstDate;
+    double lastDate;
+    double step = 0.0;
+    bool addSingularPoints = false;
+    bool smoothCurve = false;
+    double smoothingRatio = 0.0;
+  };
+  void (*compute)(OrvaHandle* handle, const Options& options, LumoCurve* curve);
+  std::span<const Switch> switches;
+  void (*print)(OrvaPrinter* printer, const LumoCurve* curve, LumoStream* stream);
+};
 
 namespace {
 
 constexpr const char* TOO_MANY_POINTS = "Too many points in a curve\n";
-constexpr const char* NUMBER_TOO_LARGE = "The number is too large: %s\n";
 
 void PrintCurveOfProbability(OrvaPrinter* printer, const LumoCurve* curve, LumoStream* stream) {
   if (printer->printUnavailability || printer->printAverageUnavailability) {
@@ -38,126 +50,81 @@ void PrintCurveOfFailureIntensity(OrvaPrinter* printer, const LumoCurve* curve,
 
 }  // namespace
 
-const OrvaInterpreter::Commands OrvaInterpreter::_COMPUTE_COMMANDS = {
-    [] {
-      using Interpreter = OrvaInterpreter;
-      static constexpr Command ROWS[] = {
-          {"values-of-parameters", &Interpreter::_DownloadCommandComputeValuesOfParameters},
-          {"probabilities-of-basic-events",
-           &Interpreter::_DownloadCommandComputeProbabilitiesOfBasicEvents},
-          {"probability", &Interpreter::_DownloadCommandComputeTopEventProbability},
-          {"importance-factors", &Interpreter::_DownloadCommandComputeImportanceFactors},
-          {"orders", &Interpreter::_DownloadCommandComputeOrdersOfMinimalCutsets},
-          {"sensitivity", &Interpreter::_DownloadCommandComputeTopEventSensitivity},
-          {"failure-intensity", &Interpreter::_DownloadCommandComputeFailureIntensity},
-      };
-      return std::span<const Command>(ROWS);
-    }(),
-    "Not a compute command option", true};
-
 void OrvaInterpreter::_DownloadCommandCompute(int& error, const LumoXMLNode* command) {
-  _DownloadCommands(error, command, _COMPUTE_COMMANDS);
+  using Interpreter = OrvaInterpreter;
+  static constexpr Command COMMANDS[] = {
+      {"values-of-parameters", &Interpreter::_DownloadCommandComputeValuesOfParameters},
+      {"probabilities-of-basic-events",
+       &Interpreter::_DownloadCommandComputeProbabilitiesOfBasicEvents},
+      {"probability", &Interpreter::_DownloadCommandComputeTopEventProbability},
+      {"importance-factors", &Interpreter::_DownloadCommandComputeImportanceFactors},
+      {"orders", &Interpreter::_DownloadCommandComputeOrdersOfMinimalCutsets},
+      {"sensitivity", &Interpreter::_DownloadCommandComputeTopEventSensitivity},
+      {"failure-intensity", &Interpreter::_DownloadCommandComputeFailureIntensity},
+  };
+  _DownloadCommands(error, command, {COMMANDS, "Not a compute command option"});
 }
 
-void OrvaInterpreter::_DownloadSwitches(int& error, const LumoXMLNode* command,
-                                        std::span<const Switch> switches) {
-  for (const Switch& row : switches) {
-    _DownloadBooleanOption(error, command, row.option, _printer.get()->*row.isOn);
-  }
-}
-
-// These two take the mission time from their own attribute only, as it stands.
+// The two on a whole model take the mission time from their own attribute only, as it stands: this
+// is the defined behaviour.
 
 void OrvaInterpreter::_DownloadCommandComputeValuesOfParameters(int& error,
                                                                 const LumoXMLNode* command) {
   const double missionTime = command->GetAttributeValueAsDouble(Center::MISSION_TIME, 0.0);
-  LumoStream* stream;
-  _OpenOutputStream(error, command, stream);
-  if (stream == nullptr) return;
-  _model->ComputeValuesOfParameters(missionTime);
-  _printer->PrintValuesOfParameters(_model.get(), _model->GetMissionTime(), stream);
-  _CloseOutputStream(error, stream);
+  _WriteOutput(error, command, [&](LumoStream* stream) {
+    _model->ComputeValuesOfParameters(missionTime);
+    _printer->PrintValuesOfParameters(_model.get(), _model->GetMissionTime(), stream);
+  });
 }
 
 void OrvaInterpreter::_DownloadCommandComputeProbabilitiesOfBasicEvents(
     int& error, const LumoXMLNode* command) {
   const double missionTime = command->GetAttributeValueAsDouble(Center::MISSION_TIME, 0.0);
-  LumoStream* stream;
-  _OpenOutputStream(error, command, stream);
-  if (stream == nullptr) return;
-  _model->ComputeProbabilitiesOfBasicEvents(missionTime);
-  _printer->PrintProbabilitiesOfBasicEvents(_model.get(), _model->GetMissionTime(), stream);
-  _CloseOutputStream(error, stream);
+  _WriteOutput(error, command, [&](LumoStream* stream) {
+    _model->ComputeProbabilitiesOfBasicEvents(missionTime);
+    _printer->PrintProbabilitiesOfBasicEvents(_model.get(), _model->GetMissionTime(), stream);
+  });
 }
 
 // With a last date of its own the command computes a curve, whatever the option center says.
 void OrvaInterpreter::_DownloadCommandComputeTopEventProbability(int& error,
                                                                  const LumoXMLNode* command) {
-  OrvaHandle* handle;
-  _DownloadOptionSourceHandle(error, command, OrvaHandle::MCS_HANDLE, handle);
-  if (handle == nullptr) return;
-  double lastDate = 0.0;
-  if (_DownloadRealOption(error, command, Center::LAST_DATE, lastDate)) {
-    _ComputeCurveOfTopEventProbability(error, command, lastDate, handle);
-  } else {
-    _ComputeTopEventProbabilityAtMissionTime(error, command, handle);
-  }
-}
-
-void OrvaInterpreter::_ComputeTopEventProbabilityAtMissionTime(int& error,
-                                                               const LumoXMLNode* command,
-                                                               OrvaHandle* handle) {
-  double missionTime = 0.0;
-  _DownloadRealOption(error, command, Center::MISSION_TIME, missionTime);
-  if (error != 0) return;
-  LumoStream* stream;
-  _OpenOutputStream(error, command, stream);
-  if (stream == nullptr) return;
-  handle->ResetRandomDeviatesOfBasicEvents();
-  handle->ComputeTopEventProbability(missionTime);
-  _printer->PrintTopEventProbability(handle->GetTopEvent(), handle, missionTime, stream);
-  _CloseOutputStream(error, stream);
-}
-
-void OrvaInterpreter::_DownloadCurveOptions(int& error, const LumoXMLNode* command,
-                                            CurveOptions& options) {
-  _DownloadRealOption(error, command, Center::STEP, options.step);
-  _DownloadBooleanOption(error, command, Center::ADD_SINGULAR_POINTS, options.addSingularPoints);
-  _DownloadBooleanOption(error, command, Center::SMOOTH_CURVE, options.smoothCurve);
-  _DownloadRealOption(error, command, Center::SMOOTHING_RATIO, options.smoothingRatio);
-}
-
-bool OrvaInterpreter::_CheckCurve(int& error, const LumoXMLNode* command, const LumoCurve& curve) {
-  const bool isComplete = curve.GetNumberOfPoints() < OrvaHandle::MAXIMUM_NUMBER_OF_POINTS;
-  if (!isComplete) _Report(error, TOO_MANY_POINTS, command);
-  return isComplete;
-}
-
-void OrvaInterpreter::_ComputeCurveOfTopEventProbability(int& error, const LumoXMLNode* command,
-                                                         double lastDate, OrvaHandle* handle) {
   static constexpr Switch SWITCHES[] = {
       {Center::PRINT_UNAVAILABILITY, &OrvaPrinter::printUnavailability},
       {Center::PRINT_AVERAGE_UNAVAILABILITY, &OrvaPrinter::printAverageUnavailability},
       {Center::PRINT_SAFETY_INTEGRITY_LEVEL, &OrvaPrinter::printSafetyIntegrityLevel},
   };
+  static constexpr CurveKind CURVE = {
+      [](OrvaHandle* handle, const CurveKind::Options& options, LumoCurve* curve) {
+        handle->ComputeCurveOfTopEventProbability(options.firstDate, options.lastDate, options.step,
+                                                  options.addSingularPoints, options.smoothCurve,
+                                                  options.smoothingRatio, curve);
+      },
+      SWITCHES, PrintCurveOfProbability};
+  OrvaHandle* handle;
+  _DownloadOptionSourceHandle(error, command, OrvaHandle::MCS_HANDLE, handle);
+  if (handle == nullptr) return;
+  double lastDate = 0.0;
+  if (!_DownloadRealOption(error, command, Center::LAST_DATE, lastDate)) {
+    return _WriteTopEventProbability(error, command, handle);
+  }
   double firstDate = 0.0;
-  CurveOptions options;
   _DownloadRealOption(error, command, Center::FIRST_DATE, firstDate);
-  _DownloadCurveOptions(error, command, options);
-  if (error != 0) return;
-  LumoStream* stream;
-  _OpenOutputStream(error, command, stream);
-  if (stream == nullptr) return;
-  LumoCurve curve;
-  handle->ResetRandomDeviatesOfBasicEvents();
-  handle->ComputeCurveOfTopEventProbability(firstDate, lastDate, options.step,
-                                            options.addSingularPoints, options.smoothCurve,
-                                            options.smoothingRatio, &curve);
-  _DownloadSwitches(error, command, SWITCHES);
-  if (_CheckCurve(error, command, curve)) PrintCurveOfProbability(_printer.get(), &curve, stream);
-  _CloseOutputStream(error, stream);
+  _WriteCurve(error, command, handle, CURVE, firstDate, lastDate);
 }
 
+void OrvaInterpreter::_WriteTopEventProbability(int& error, const LumoXMLNode* command,
+                                                OrvaHandle* handle) {
+  double missionTime = 0.0;
+  _DownloadRealOption(error, command, Center::MISSION_TIME, missionTime);
+  _WriteOutput(error, command, [&](LumoStream* stream) {
+    handle->ResetRandomDeviatesOfBasicEvents();
+    handle->ComputeTopEventProbability(missionTime);
+    _printer->PrintTopEventProbability(handle->GetTopEvent(), handle, missionTime, stream);
+  });
+}
+
+// There is no first date: this curve begins at 0.
 void OrvaInterpreter::_DownloadCommandComputeFailureIntensity(int& error,
                                                               const LumoXMLNode* command) {
   static constexpr Switch SWITCHES[] = {
@@ -169,27 +136,38 @@ void OrvaInterpreter::_DownloadCommandComputeFailureIntensity(int& error,
        &OrvaPrinter::printProbabilityOfFailurePerHour},
       {Center::PRINT_SAFETY_INTEGRITY_LEVEL, &OrvaPrinter::printSafetyIntegrityLevel},
   };
+  static constexpr CurveKind CURVE = {
+      [](OrvaHandle* handle, const CurveKind::Options& options, LumoCurve* curve) {
+        handle->ComputeCurveOfTopEventConditionalFailureIntensity(
+            options.lastDate, options.step, options.addSingularPoints, options.smoothCurve,
+            options.smoothingRatio, curve);
+      },
+      SWITCHES, PrintCurveOfFailureIntensity};
   OrvaHandle* handle;
   _DownloadOptionSourceHandle(error, command, OrvaHandle::MCS_HANDLE, handle);
   if (handle == nullptr) return;
   double lastDate = 0.0;
-  CurveOptions options;
   _DownloadRealOption(error, command, Center::LAST_DATE, lastDate);
-  _DownloadCurveOptions(error, command, options);
-  if (error != 0) return;
-  LumoStream* stream;
-  _OpenOutputStream(error, command, stream);
-  if (stream == nullptr) return;
-  LumoCurve curve;
-  handle->ResetRandomDeviatesOfBasicEvents();
-  handle->ComputeCurveOfTopEventConditionalFailureIntensity(
-      lastDate, options.step, options.addSingularPoints, options.smoothCurve,
-      options.smoothingRatio, &curve);
-  _DownloadSwitches(error, command, SWITCHES);
-  if (_CheckCurve(error, command, curve)) {
-    PrintCurveOfFailureIntensity(_printer.get(), &curve, stream);
-  }
-  _CloseOutputStream(error, stream);
+  _WriteCurve(error, command, handle, CURVE, 0.0, lastDate);
+}
+
+void OrvaInterpreter::_WriteCurve(int& error, const LumoXMLNode* command, OrvaHandle* handle,
+                                  const CurveKind& kind, double firstDate, double lastDate) {
+  CurveKind::Options options = {firstDate, lastDate};
+  _DownloadRealOption(error, command, Center::STEP, options.step);
+  _DownloadBooleanOption(error, command, Center::ADD_SINGULAR_POINTS, options.addSingularPoints);
+  _DownloadBooleanOption(error, command, Center::SMOOTH_CURVE, options.smoothCurve);
+  _DownloadRealOption(error, command, Center::SMOOTHING_RATIO, options.smoothingRatio);
+  _WriteOutput(error, command, [&](LumoStream* stream) {
+    LumoCurve curve;
+    handle->ResetRandomDeviatesOfBasicEvents();
+    kind.compute(handle, options, &curve);
+    _DownloadSwitches(error, command, kind.switches);
+    if (curve.GetNumberOfPoints() >= OrvaHandle::MAXIMUM_NUMBER_OF_POINTS) {
+      return _Report(error, TOO_MANY_POINTS, command);  // the curve may lack some
+    }
+    kind.print(_printer.get(), &curve, stream);
+  });
 }
 
 void OrvaInterpreter::_DownloadCommandComputeImportanceFactors(int& error,
@@ -213,16 +191,13 @@ void OrvaInterpreter::_DownloadCommandComputeImportanceFactors(int& error,
   if (handle == nullptr) return;
   double missionTime = 0.0;
   _DownloadRealOption(error, command, Center::MISSION_TIME, missionTime);
-  if (error != 0) return;
-  LumoStream* stream;
-  _OpenOutputStream(error, command, stream);
-  if (stream == nullptr) return;
-  handle->ResetRandomDeviatesOfBasicEvents();
-  handle->ComputeImportanceFactorsOfBasicEvents(missionTime);
-  _DownloadSwitches(error, command, SWITCHES);
-  _printer->PrintImportanceFactorsOfBasicEvents(handle->GetTopEvent(), handle->GetBasicEvents(),
-                                                handle, missionTime, stream);
-  _CloseOutputStream(error, stream);
+  _WriteOutput(error, command, [&](LumoStream* stream) {
+    handle->ResetRandomDeviatesOfBasicEvents();
+    handle->ComputeImportanceFactorsOfBasicEvents(missionTime);
+    _DownloadSwitches(error, command, SWITCHES);
+    _printer->PrintImportanceFactorsOfBasicEvents(handle->GetTopEvent(), handle->GetBasicEvents(),
+                                                  handle, missionTime, stream);
+  });
 }
 
 void OrvaInterpreter::_DownloadCommandComputeOrdersOfMinimalCutsets(int& error,
@@ -230,17 +205,7 @@ void OrvaInterpreter::_DownloadCommandComputeOrdersOfMinimalCutsets(int& error,
   _DownloadCommandPrintOrders(error, command);
 }
 
-// The randomizer goes on from where the last run left it.
-// False when there would be too many. A number below 0 gives none.
-bool OrvaInterpreter::_DownloadNumberOfStatistics(int& error, const LumoXMLNode* command,
-                                                  const char* option, int& number) {
-  _DownloadIntegerOption(error, command, option, number);
-  if (number <= MAXIMUM_NUMBER_OF_STATISTICS) return true;
-  _Report(error, NUMBER_TOO_LARGE, option, command);
-  number = 0;
-  return false;
-}
-
+// The randomizer goes on from where the last run left it: this is the defined behaviour.
 void OrvaInterpreter::_DownloadCommandComputeTopEventSensitivity(int& error,
                                                                  const LumoXMLNode* command) {
   static constexpr Switch MOMENTS[] = {
@@ -257,33 +222,27 @@ void OrvaInterpreter::_DownloadCommandComputeTopEventSensitivity(int& error,
   _DownloadOptionSourceHandle(error, command, OrvaHandle::MCS_HANDLE, handle);
   if (handle == nullptr) return;
   double missionTime = 0.0;
-  int numberOfTries = 0;
+  int tries = 0;
   _DownloadRealOption(error, command, Center::MISSION_TIME, missionTime);
-  _DownloadIntegerOption(error, command, Center::NUMBER_OF_TRIES, numberOfTries);
-  if (error != 0) return;
-  LumoStream* stream;
-  _OpenOutputStream(error, command, stream);
-  if (stream == nullptr) return;
-  OrvaPrinter& printer = *_printer;
-  _DownloadSwitches(error, command, MOMENTS);
-  const bool hasQuantiles = _DownloadNumberOfStatistics(error, command, Center::NUMBER_OF_QUANTILES,
-                                                        printer.numberOfQuantiles);
-  const bool hasBins =
-      _DownloadNumberOfStatistics(error, command, Center::NUMBER_OF_BINS, printer.numberOfBins);
-  _DownloadSwitches(error, command, TABLES);
-  if (hasQuantiles && hasBins) {
+  _DownloadIntegerOption(error, command, Center::NUMBER_OF_TRIES, tries);
+  _WriteOutput(error, command, [&](LumoStream* stream) {
+    OrvaPrinter& out = *_printer;
+    _DownloadSwitches(error, command, MOMENTS);
+    const bool hasQuantiles = _DownloadNumberOfStatistics(
+        error, command, Center::NUMBER_OF_QUANTILES, out.numberOfQuantiles);
+    const bool hasBins =
+        _DownloadNumberOfStatistics(error, command, Center::NUMBER_OF_BINS, out.numberOfBins);
+    _DownloadSwitches(error, command, TABLES);
+    if (!hasQuantiles || !hasBins) return;
     handle->PerformSensitivityAnalysisOnTopEventProbability(
-        missionTime, numberOfTries, _randomizer.get(), printer.numberOfQuantiles,
-        printer.numberOfBins, printer.printParameterSensitivity,
-        printer.printBasicEventSensitivity);
-    if (printer.printParameterSensitivity) {
-      printer.PrintSensitivitiesOfParameters(handle->GetParameters(), handle, missionTime, stream);
+        missionTime, tries, _randomizer.get(), out.numberOfQuantiles, out.numberOfBins,
+        out.printParameterSensitivity, out.printBasicEventSensitivity);
+    if (out.printParameterSensitivity) {
+      out.PrintSensitivitiesOfParameters(handle->GetParameters(), handle, missionTime, stream);
     }
-    if (printer.printBasicEventSensitivity) {
-      printer.PrintSensitivitiesOfBasicEvents(handle->GetBasicEvents(), handle, missionTime,
-                                              stream);
+    if (out.printBasicEventSensitivity) {
+      out.PrintSensitivitiesOfBasicEvents(handle->GetBasicEvents(), handle, missionTime, stream);
     }
-    printer.PrintSensitivityOfTopEvent(handle->GetTopEvent(), handle, missionTime, stream);
-  }
-  _CloseOutputStream(error, stream);
+    out.PrintSensitivityOfTopEvent(handle->GetTopEvent(), handle, missionTime, stream);
+  });
 }

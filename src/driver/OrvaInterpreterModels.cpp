@@ -8,7 +8,6 @@
 #include "reader/OrvaParser.h"
 #include "system/OrvaRewriter.h"
 #include "system/OrvaSystemBuilder.h"
-#include "xml/LumoXMLNode.h"
 
 namespace {
 
@@ -38,18 +37,12 @@ const Check* FindCheck(const LumoXMLNode* node) {
 
 }  // namespace
 
-const OrvaInterpreter::Commands OrvaInterpreter::_LOAD_COMMANDS = {
-    [] {
-      static constexpr Command ROWS[] = {
-          {"model", &OrvaInterpreter::_DownloadCommandLoadModel},
-          {"script", &OrvaInterpreter::_DownloadCommandLoadScript},
-      };
-      return std::span<const Command>(ROWS);
-    }(),
-    "Not a load command option\n", false};
-
 void OrvaInterpreter::_DownloadCommandLoad(int& error, const LumoXMLNode* command) {
-  _DownloadCommands(error, command, _LOAD_COMMANDS);
+  static constexpr Command COMMANDS[] = {
+      {"model", &OrvaInterpreter::_DownloadCommandLoadModel},
+      {"script", &OrvaInterpreter::_DownloadCommandLoadScript},
+  };
+  _DownloadCommands(error, command, {COMMANDS, "Not a load command option\n", false});
 }
 
 void OrvaInterpreter::_DownloadCommandLoadModel(int& error, const LumoXMLNode* command) {
@@ -93,8 +86,5 @@ void OrvaInterpreter::_DownloadCommandTest(int& error, const LumoXMLNode* comman
   _DownloadRealOption(error, command, OrvaOptionCenter::MISSION_TIME, missionTime);
   _model->ComputeProbabilitiesOfBasicEvents(missionTime);
   _systemBuilder->LoadProbabilities(_model.get(), handle->GetSystem(), missionTime);
-  if (error != 0) return;
-  LumoStream* stream;
-  _OpenOutputStream(error, command, stream);
-  if (stream != nullptr) _CloseOutputStream(error, stream);
+  _WriteOutput(error, command, [](LumoStream*) {});
 }

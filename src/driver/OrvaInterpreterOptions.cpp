@@ -1,37 +1,40 @@
-// How commands read their options.
+// How commands read their options and open their output.
+//
+// An option is looked for in three places, and the first that has it counts: an attribute of the
+// command's element, an "option" child of it, the option center. The first two are what the command
+// itself says, and some commands only heed these, or behave differently when they are given; the
+// center holds what all commands of the script share. An attribute counts even when it is empty,
+// and so does an "option" child without a value: it is a text that is null, which no kind of value
+// but a text accepts. A command reads on after a fault, so that one run shows all that is wrong
+// with it.
+
+#include <cstdio>
 
 #include "driver/OrvaInterpreter.h"
-#include "driver/OrvaOptionCenter.h"
+#include "driver/OrvaInterpreterCommands.h"
 #include "model/OrvaModel.h"
 #include "search/OrvaCutoff.h"
 #include "support/text/LumoFileStream.h"
-#include "support/text/LumoRawString.h"
-#include "xml/LumoXMLNode.h"
 
 namespace {
 
 constexpr const char* REAL_EXPECTED = "A real was expected: %s\n";
 constexpr const char* INTEGER_EXPECTED = "An integer was expected: %s\n";
 constexpr const char* BOOLEAN_EXPECTED = "On/off value was expected: %s\n";
-constexpr const char* UNKNOWN_FORMAT = "Unknown format %s\n";
+constexpr const char* NUMBER_TOO_LARGE = "The number is too large: %s\n";
 constexpr const char* NO_EVENT = "No event %s\n";
 constexpr const char* UNDEFINED_TOP_EVENT = "Undefined top event.\n";
 constexpr const char* NO_HANDLE = "No handle %s\n";
 constexpr const char* UNSUITABLE_HANDLE = "Unsuitable handle %s\n";
 constexpr const char* UNABLE_TO_OPEN_OUTPUT = "Unable to open file '%s'\n";
-
 constexpr const char* UNABLE_TO_WRITE = "Unable to write file '%s'\n";
 
 constexpr const char* OPTION = "option";
 constexpr const char* NAME = "name";
 constexpr const char* VALUE = "value";
-constexpr const char* ON = "on";
-constexpr const char* OFF = "off";
+constexpr OrvaWord<bool> BOOLEANS[] = {{"on", true}, {"off", false}};
+// Any other mode truncates the file.
 constexpr const char* APPEND_MODE = "append";
-constexpr const char* FORMATS[] = {"open-psa", "excel", "talvik"};
-
-// An option set to nothing is named as an empty text in messages.
-const char* GetShown(const char* text) { return text == nullptr ? "" : text; }
 
 }  // namespace
 
@@ -75,7 +78,7 @@ bool OrvaInterpreter::_DownloadRealOption(int& error, const LumoXMLNode* command
   if (LumoRawString::IsDouble(text)) {
     result = LumoRawString::ToDouble(text);
   } else {
-    _Report(error, REAL_EXPECTED, GetShown(text), command);
+    _Report(error, REAL_EXPECTED, OrvaTextOrEmpty(text), command);
   }
   return true;
 }
@@ -90,7 +93,7 @@ bool OrvaInterpreter::_DownloadIntegerOption(int& error, const LumoXMLNode* comm
   if (LumoRawString::IsInt(text)) {
     result = LumoRawString::ToInt(text);
   } else {
-    _Report(error, INTEGER_EXPECTED, GetShown(text), command);
+    _Report(error, INTEGER_EXPECTED, OrvaTextOrEmpty(text), command);
   }
   return true;
 }
@@ -102,24 +105,28 @@ bool OrvaInterpreter::_DownloadBooleanOption(int& error, const LumoXMLNode* comm
     result = _optionCenter->GetBooleanOption(name);
     return false;
   }
-  if (LumoRawString::IsEqual(text, ON)) {
-    result = true;
-  } else if (LumoRawString::IsEqual(text, OFF)) {
-    result = false;
+  if (const OrvaWord<bool>* row = OrvaFindWord(BOOLEANS, text)) {
+    result = row->value;
   } else {
-    _Report(error, BOOLEAN_EXPECTED, GetShown(text), command);
+    _Report(error, BOOLEAN_EXPECTED, OrvaTextOrEmpty(text), command);
   }
   return true;
 }
 
-void OrvaInterpreter::_DownloadOptionFormat(int& error, const LumoXMLNode* command,
-                                            const char*& format) {
-  _DownloadStringOption(error, command, OrvaOptionCenter::OUTPUT_FORMAT, format);
-  for (const char* known : FORMATS) {
-    if (LumoRawString::IsEqual(format, known)) return;
+void OrvaInterpreter::_DownloadSwitches(int& error, const LumoXMLNode* command,
+                                        std::span<const Switch> switches) {
+  for (const Switch& row : switches) {
+    _DownloadBooleanOption(error, command, row.option, _printer.get()->*row.isOn);
   }
-  _Report(error, UNKNOWN_FORMAT, GetShown(format), command);
-  format = nullptr;
+}
+
+bool OrvaInterpreter::_DownloadNumberOfStatistics(int& error, const LumoXMLNode* command,
+                                                  const char* name, int& number) {
+  _DownloadIntegerOption(error, command, name, number);
+  if (number <= MAXIMUM_NUMBER_OF_STATISTICS) return true;
+  _Report(error, NUMBER_TOO_LARGE, name, command);
+  number = 0;
+  return false;
 }
 
 // Without a name, the model's only root event.
@@ -148,13 +155,14 @@ void OrvaInterpreter::_DownloadOptionSourceHandle(int& error, const LumoXMLNode*
   if (event == nullptr) return;
   const char* name;
   _DownloadStringOption(error, command, OrvaOptionCenter::HANDLE, name);
-  handle = event->GetHandle(GetShown(name));
-  if (handle == nullptr) _Report(error, NO_HANDLE, GetShown(name), command);
+  handle = event->GetHandle(OrvaTextOrEmpty(name));
+  if (handle == nullptr) _Report(error, NO_HANDLE, OrvaTextOrEmpty(name), command);
 }
 
 void OrvaInterpreter::_DownloadOptionSourceHandle(int& error, const LumoXMLNode* command,
                                                   OrvaHandle::Type type, OrvaHandle*& handle) {
   _DownloadOptionSourceHandle(error, command, handle);
+  assert((handle == nullptr) == (error != 0));
   if (handle == nullptr || handle->GetType() == type) return;
   _Report(error, UNSUITABLE_HANDLE, handle->GetName(), command);
   handle = nullptr;
@@ -176,19 +184,22 @@ void OrvaInterpreter::_DownloadOptionCutoff(int& error, const LumoXMLNode* comma
 
 void OrvaInterpreter::_OpenOutputStream(int& error, const LumoXMLNode* command,
                                         LumoStream*& stream) {
+  assert(error == 0);
   stream = nullptr;
   const char* fileName;
   const char* mode;
   _DownloadStringOption(error, command, OrvaOptionCenter::OUTPUT_FILE, fileName);
   _DownloadStringOption(error, command, OrvaOptionCenter::OUTPUT_MODE, mode);
   const bool appends = LumoRawString::IsEqual(mode, APPEND_MODE);
-  std::FILE* file = std::fopen(GetShown(fileName), appends ? "a" : "w");
-  if (file == nullptr) return _Report(error, UNABLE_TO_OPEN_OUTPUT, GetShown(fileName), nullptr);
+  std::FILE* file = std::fopen(OrvaTextOrEmpty(fileName), appends ? "a" : "w");
+  if (file == nullptr)
+    return _Report(error, UNABLE_TO_OPEN_OUTPUT, OrvaTextOrEmpty(fileName), nullptr);
   stream = new LumoFileStream(false, file);
-  _outputFileName = GetShown(fileName);
+  _outputFileName = OrvaTextOrEmpty(fileName);
 }
 
 void OrvaInterpreter::_CloseOutputStream(int& error, LumoStream*& stream) {
+  assert(stream != nullptr && stream->GetFile() != nullptr);
   stream->Flush();
   if (std::ferror(stream->GetFile()) != 0) {
     _Report(error, UNABLE_TO_WRITE, _outputFileName.c_str(), nullptr);

@@ -1,16 +1,13 @@
 // The print command.
-
-#include <memory>
+//
+// Everything that may fail is read before the output is opened, so that a fault leaves the file of
+// an earlier command as it was. What is computed for a table (the probabilities of the basic events
+// at the mission time, the order of the events) is computed with the output open.
 
 #include "driver/OrvaInterpreter.h"
 #include "driver/OrvaInterpreterCommands.h"
-#include "driver/OrvaInterpreterSwitches.h"
-#include "driver/OrvaOptionCenter.h"
 #include "model/OrvaModel.h"
-#include "printer/OrvaPrinter.h"
 #include "search/OrvaWalker.h"
-#include "support/text/LumoRawString.h"
-#include "support/text/LumoStream.h"
 #include "system/OrvaAnalyzer.h"
 #include "xml/LumoXMLDocument.h"
 
@@ -18,72 +15,72 @@ using Center = OrvaOptionCenter;
 
 namespace {
 
-constexpr const char* UNSUITABLE_HANDLE = "Unsuitable handle %s\n";
+constexpr const char* UNKNOWN_FORMAT = "Unknown format %s\n";
+// With a line end, which the set command's message of that text has not.
 constexpr const char* NO_OPTION_NAME = "No option name\n";
 constexpr const char* UNKNOWN_OPTION = "Unknown option %s\n";
-constexpr const char* TALVIK = "talvik";
-constexpr const char* EXCEL = "excel";
+
+void PrintSystemAtOpenPSAFormat(OrvaPrinter* printer, OrvaSystem* system, LumoStream* stream) {
+  int error = 0;
+  LumoXMLDocument* document;
+  printer->UploadSystem(error, system, document);
+  assert(error == 0 && document != nullptr);  // every system can be written
+  printer->PrintDocument(document, stream);
+  delete document;
+}
+
+// The formats of systems.
+using SystemPrinter = void (*)(OrvaPrinter* printer, OrvaSystem* system, LumoStream* stream);
+constexpr OrvaWord<SystemPrinter> FORMATS[] = {
+    {"open-psa", PrintSystemAtOpenPSAFormat},
+    {"excel", [](OrvaPrinter* printer, OrvaSystem* system,
+                 LumoStream* stream) { printer->PrintSystemAtExcelFormat(system, stream); }},
+    {"talvik", [](OrvaPrinter* printer, OrvaSystem* system,
+                  LumoStream* stream) { printer->PrintSystemAtTalvikFormat(system, stream); }},
+};
 
 }  // namespace
 
-const OrvaInterpreter::Commands OrvaInterpreter::_PRINT_COMMANDS = {
-    [] {
-      using Interpreter = OrvaInterpreter;
-      static constexpr Command ROWS[] = {
-          {"model", &Interpreter::_DownloadCommandPrintModel},
-          {"modules", &Interpreter::_DownloadCommandPrintModules},
-          {"numbers-of-parents", &Interpreter::_DownloadCommandPrintNumbersOfParents},
-          {"system", &Interpreter::_DownloadCommandPrintSystem},
-          {"occurrences-of-variables", &Interpreter::_DownloadCommandPrintOccurrencesOfVariables},
-          {"values-of-variables", &Interpreter::_DownloadCommandPrintValuesOfVariables},
-          {"system-statistics", &Interpreter::_DownloadCommandPrintSystemStatistics},
-          {"minimal-cutsets", &Interpreter::_DownloadCommandPrintMinimalCutsets},
-          {"orders", &Interpreter::_DownloadCommandPrintOrders},
-          {"numbers-of-occurrences", &Interpreter::_DownloadCommandPrintNumbersOfOccurrences},
-          {"walk-statistics", &Interpreter::_DownloadCommandPrintWalkStatistics},
-          {"option", &Interpreter::_DownloadCommandPrintOption},
-          {"options", &Interpreter::_DownloadCommandPrintOptions},
-      };
-      return std::span<const Command>(ROWS);
-    }(),
-    "Not a print command option", true};
-
 void OrvaInterpreter::_DownloadCommandPrint(int& error, const LumoXMLNode* command) {
-  _DownloadCommands(error, command, _PRINT_COMMANDS);
+  using Interpreter = OrvaInterpreter;
+  static constexpr Command COMMANDS[] = {
+      {"model", &Interpreter::_DownloadCommandPrintModel},
+      {"modules", &Interpreter::_DownloadCommandPrintModules},
+      {"numbers-of-parents", &Interpreter::_DownloadCommandPrintNumbersOfParents},
+      {"system", &Interpreter::_DownloadCommandPrintSystem},
+      {"occurrences-of-variables", &Interpreter::_DownloadCommandPrintOccurrencesOfVariables},
+      {"values-of-variables", &Interpreter::_DownloadCommandPrintValuesOfVariables},
+      {"system-statistics", &Interpreter::_DownloadCommandPrintSystemStatistics},
+      {"minimal-cutsets", &Interpreter::_DownloadCommandPrintMinimalCutsets},
+      {"orders", &Interpreter::_DownloadCommandPrintOrders},
+      {"numbers-of-occurrences", &Interpreter::_DownloadCommandPrintNumbersOfOccurrences},
+      {"walk-statistics", &Interpreter::_DownloadCommandPrintWalkStatistics},
+      {"option", &Interpreter::_DownloadCommandPrintOption},
+      {"options", &Interpreter::_DownloadCommandPrintOptions},
+  };
+  _DownloadCommands(error, command, {COMMANDS, "Not a print command option"});
 }
 
-// Opens the output, lets `print` write to it, and closes it.
-template <class Print>
-void OrvaInterpreter::_PrintToOutput(int& error, const LumoXMLNode* command, Print print) {
-  LumoStream* stream;
-  _OpenOutputStream(error, command, stream);
-  if (stream == nullptr) return;
-  print(stream);
-  _CloseOutputStream(error, stream);
-}
-
-// The same with the handle that the command names, if it is of the type asked for.
-template <class Print>
-void OrvaInterpreter::_PrintHandleToOutput(int& error, const LumoXMLNode* command,
-                                           OrvaHandle::Type type, Print print) {
-  OrvaHandle* handle;
-  _DownloadOptionSourceHandle(error, command, type, handle);
-  if (handle == nullptr) return;
-  _PrintToOutput(error, command, [&](LumoStream* stream) { print(handle, stream); });
+void OrvaInterpreter::_DownloadOptionFormat(int& error, const LumoXMLNode* command,
+                                            const char*& format) {
+  _DownloadStringOption(error, command, Center::OUTPUT_FORMAT, format);
+  if (OrvaFindWord(FORMATS, format) != nullptr) return;
+  _Report(error, UNKNOWN_FORMAT, OrvaTextOrEmpty(format), command);
+  format = nullptr;
 }
 
 void OrvaInterpreter::_DownloadCommandPrintModel(int& error, const LumoXMLNode* command) {
   LumoXMLDocument* document;
   _printer->UploadModel(error, _model.get(), document);
   if (document == nullptr) return;
-  _PrintToOutput(error, command,
-                 [&](LumoStream* stream) { _printer->PrintDocument(document, stream); });
+  _WriteOutput(error, command,
+               [&](LumoStream* stream) { _printer->PrintDocument(document, stream); });
   delete document;
 }
 
 void OrvaInterpreter::_DownloadCommandPrintModules(int& error, const LumoXMLNode* command) {
-  _PrintToOutput(error, command,
-                 [&](LumoStream* stream) { _printer->PrintModules(_model.get(), stream); });
+  _WriteOutput(error, command,
+               [&](LumoStream* stream) { _printer->PrintModules(_model.get(), stream); });
 }
 
 void OrvaInterpreter::_DownloadCommandPrintNumbersOfParents(int& error,
@@ -91,7 +88,7 @@ void OrvaInterpreter::_DownloadCommandPrintNumbersOfParents(int& error,
   OrvaEvent* topEvent;
   _DownloadOptionTopEvent(error, command, topEvent);
   if (topEvent == nullptr) return;
-  _PrintToOutput(error, command, [&](LumoStream* stream) {
+  _WriteOutput(error, command, [&](LumoStream* stream) {
     LumoAVLTree* events;
     _analyzer->SortDescendantsByDecreasingNumbersOfParents(topEvent, events);
     for (const OrvaEvent* event : LumoItems<OrvaEvent>(*events)) {
@@ -108,50 +105,42 @@ void OrvaInterpreter::_DownloadCommandPrintSystem(int& error, const LumoXMLNode*
   _DownloadOptionSourceHandle(error, command, OrvaHandle::SYSTEM_HANDLE, handle);
   const char* format;
   _DownloadOptionFormat(error, command, format);
-  if (handle == nullptr || format == nullptr) return;
-  _PrintToOutput(error, command, [&](LumoStream* stream) {
-    if (LumoRawString::IsEqual(format, TALVIK)) {
-      _printer->PrintSystemAtTalvikFormat(handle->GetSystem(), stream);
-    } else if (LumoRawString::IsEqual(format, EXCEL)) {
-      _printer->PrintSystemAtExcelFormat(handle->GetSystem(), stream);
-    } else {
-      LumoXMLDocument* document;
-      _printer->UploadSystem(error, handle->GetSystem(), document);
-      _printer->PrintDocument(document, stream);
-      delete document;
-    }
+  _WriteOutput(error, command, [&](LumoStream* stream) {
+    assert(format != nullptr && handle->GetSystem() != nullptr);
+    OrvaFindWord(FORMATS, format)->value(_printer.get(), handle->GetSystem(), stream);
   });
 }
 
 void OrvaInterpreter::_DownloadCommandPrintOccurrencesOfVariables(int& error,
                                                                   const LumoXMLNode* command) {
-  _PrintHandleToOutput(error, command, OrvaHandle::SYSTEM_HANDLE,
-                       [&](OrvaHandle* handle, LumoStream* stream) {
-                         _printer->PrintDataOfVariables(handle->GetSystem(), stream,
-                                                        &OrvaPrinter::PrintOccurrencesOfVariable,
-                                                        "occurrences\n", nullptr);
-                       });
+  _WriteOutput(error, command, OrvaHandle::SYSTEM_HANDLE,
+               [&](OrvaHandle* handle, LumoStream* stream) {
+                 _printer->PrintDataOfVariables(handle->GetSystem(), stream,
+                                                &OrvaPrinter::PrintOccurrencesOfVariable,
+                                                "occurrences\n", nullptr);
+               });
 }
 
 void OrvaInterpreter::_DownloadCommandPrintValuesOfVariables(int& error,
                                                              const LumoXMLNode* command) {
-  _PrintHandleToOutput(error, command, OrvaHandle::SYSTEM_HANDLE,
-                       [&](OrvaHandle* handle, LumoStream* stream) {
-                         _printer->PrintDataOfVariables(handle->GetSystem(), stream,
-                                                        &OrvaPrinter::PrintValueOfVariable,
-                                                        "values-of-variables\n", nullptr);
-                       });
+  _WriteOutput(error, command, OrvaHandle::SYSTEM_HANDLE,
+               [&](OrvaHandle* handle, LumoStream* stream) {
+                 _printer->PrintDataOfVariables(handle->GetSystem(), stream,
+                                                &OrvaPrinter::PrintValueOfVariable,
+                                                "values-of-variables\n", nullptr);
+               });
 }
 
 void OrvaInterpreter::_DownloadCommandPrintSystemStatistics(int& error,
                                                             const LumoXMLNode* command) {
-  _PrintHandleToOutput(error, command, OrvaHandle::SYSTEM_HANDLE,
-                       [&](OrvaHandle* handle, LumoStream* stream) {
-                         _printer->PrintSystemStatistics(handle->GetSystem(), stream);
-                       });
+  _WriteOutput(error, command, OrvaHandle::SYSTEM_HANDLE,
+               [&](OrvaHandle* handle, LumoStream* stream) {
+                 _printer->PrintSystemStatistics(handle->GetSystem(), stream);
+               });
 }
 
-// The contribution column follows the rank option: its own option is not read.
+// The contribution column follows the rank option, and its own option is not read: this is the
+// defined behaviour.
 void OrvaInterpreter::_DownloadCommandPrintMinimalCutsets(int& error, const LumoXMLNode* command) {
   static constexpr Switch SWITCHES[] = {
       {Center::PRINT_MINIMAL_CUTSET_RANK, &OrvaPrinter::printMinimalCutsetRank},
@@ -159,15 +148,11 @@ void OrvaInterpreter::_DownloadCommandPrintMinimalCutsets(int& error, const Lumo
       {Center::PRINT_MINIMAL_CUTSET_PROBABILITY, &OrvaPrinter::printMinimalCutsetProbability},
   };
   OrvaHandle* handle;
-  _DownloadOptionSourceHandle(error, command, handle);
+  _DownloadOptionSourceHandle(error, command, OrvaHandle::MCS_HANDLE, handle);
   if (handle == nullptr) return;
-  if (handle->GetMCSSet() == nullptr) {
-    return _Report(error, UNSUITABLE_HANDLE, handle->GetName(), command);
-  }
   double missionTime = 0.0;
   _DownloadRealOption(error, command, Center::MISSION_TIME, missionTime);
-  if (error != 0) return;
-  _PrintToOutput(error, command, [&](LumoStream* stream) {
+  _WriteOutput(error, command, [&](LumoStream* stream) {
     handle->ResetRandomDeviatesOfBasicEvents();
     handle->ComputeProbabilitiesOfBasicEvents(missionTime);
     _DownloadSwitches(error, command, SWITCHES);
@@ -177,22 +162,20 @@ void OrvaInterpreter::_DownloadCommandPrintMinimalCutsets(int& error, const Lumo
 }
 
 void OrvaInterpreter::_DownloadCommandPrintOrders(int& error, const LumoXMLNode* command) {
-  _PrintHandleToOutput(error, command, OrvaHandle::MCS_HANDLE,
-                       [&](OrvaHandle* handle, LumoStream* stream) {
-                         _printer->PrintOrdersOfMinimalCutsets(handle->GetMCSSet(), stream);
-                       });
+  _WriteOutput(error, command, OrvaHandle::MCS_HANDLE, [&](OrvaHandle* handle, LumoStream* stream) {
+    _printer->PrintOrdersOfMinimalCutsets(handle->GetMCSSet(), stream);
+  });
 }
 
 void OrvaInterpreter::_DownloadCommandPrintNumbersOfOccurrences(int& error,
                                                                 const LumoXMLNode* command) {
-  _PrintHandleToOutput(
-      error, command, OrvaHandle::MCS_HANDLE, [&](OrvaHandle* handle, LumoStream* stream) {
-        _printer->PrintNumberOfOccurrencesOfVariablesInMinimalCutsets(handle->GetMCSSet(), stream);
-      });
+  _WriteOutput(error, command, OrvaHandle::MCS_HANDLE, [&](OrvaHandle* handle, LumoStream* stream) {
+    _printer->PrintNumberOfOccurrencesOfVariablesInMinimalCutsets(handle->GetMCSSet(), stream);
+  });
 }
 
 void OrvaInterpreter::_DownloadCommandPrintWalkStatistics(int& error, const LumoXMLNode* command) {
-  _PrintToOutput(error, command, [&](LumoStream* stream) {
+  _WriteOutput(error, command, [&](LumoStream* stream) {
     _printer->PrintWalkObserver(_walker->GetObserver(), stream);
   });
 }
@@ -202,10 +185,10 @@ void OrvaInterpreter::_DownloadCommandPrintOption(int& error, const LumoXMLNode*
   if (name == nullptr) return _Report(error, NO_OPTION_NAME, command);
   const LumoConstant* value = _optionCenter->GetOption(name);
   if (value == nullptr) return _Report(error, UNKNOWN_OPTION, name, command);
-  _PrintToOutput(error, command,
-                 [&](LumoStream* stream) { _printer->PrintOption(name, value, stream); });
+  _WriteOutput(error, command,
+               [&](LumoStream* stream) { _printer->PrintOption(name, value, stream); });
 }
 
 void OrvaInterpreter::_DownloadCommandPrintOptions(int& error, const LumoXMLNode* command) {
-  _PrintToOutput(error, command, [&](LumoStream* stream) { _printer->PrintOptions(stream); });
+  _WriteOutput(error, command, [&](LumoStream* stream) { _printer->PrintOptions(stream); });
 }

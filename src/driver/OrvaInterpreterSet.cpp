@@ -2,45 +2,39 @@
 
 #include "driver/OrvaInterpreter.h"
 #include "driver/OrvaInterpreterCommands.h"
-#include "driver/OrvaOptionCenter.h"
 #include "model/OrvaModel.h"
 #include "reader/OrvaParser.h"
-#include "xml/LumoXMLNode.h"
+#include "reader/OrvaParserMessages.h"
 
 namespace {
 
+// Without a line end, which the print command's message of that text has.
 constexpr const char* NO_OPTION_NAME = "No option name";
 constexpr const char* NOT_AN_OPTION = "%s is not a valid option";
-constexpr const char* DISTRIBUTION_EXPECTED = "A probability distribution was expected\n";
 
 constexpr const char* NAME = "name";
 constexpr const char* VALUE = "value";
 
 }  // namespace
 
-const OrvaInterpreter::Commands OrvaInterpreter::_SET_COMMANDS = {
-    [] {
-      static constexpr Command ROWS[] = {
-          {"option", &OrvaInterpreter::_DownloadCommandSetOption},
-          {"default-probability-distribution",
-           &OrvaInterpreter::_DownloadCommandSetDefaultProbabilityDistributionOfBasicEvents},
-      };
-      return std::span<const Command>(ROWS);
-    }(),
-    "Not a set command option", true};
-
 void OrvaInterpreter::_DownloadCommandSet(int& error, const LumoXMLNode* command) {
-  _DownloadCommands(error, command, _SET_COMMANDS);
+  static constexpr Command COMMANDS[] = {
+      {"option", &OrvaInterpreter::_DownloadCommandSetOption},
+      {"default-probability-distribution",
+       &OrvaInterpreter::_DownloadCommandSetDefaultProbabilityDistributionOfBasicEvents},
+  };
+  _DownloadCommands(error, command, {COMMANDS, "Not a set command option"});
 }
 
 // The value is read as an option named "value": without one, the center's option of that name,
 // which does not exist, makes it off, 0 or null. It is written straight into the stored constant,
-// so that the randomizer is not seeded.
+// so that the randomizer is not seeded. Both are the defined behaviour.
 void OrvaInterpreter::_DownloadCommandSetOption(int& error, const LumoXMLNode* command) {
   const char* name = command->GetAttributeValue(NAME);
   if (name == nullptr) return _Report(error, NO_OPTION_NAME, command);
   LumoConstant* option = _optionCenter->GetOption(name);
   if (option == nullptr) return _Report(error, NOT_AN_OPTION, name, command);
+  assert(error == 0 && option->GetType() != LumoConstant::NIL);
   const auto read = [&](auto value, auto download) {
     (this->*download)(error, command, VALUE, value);
     if (error == 0) option->Set(value);
@@ -64,6 +58,8 @@ void OrvaInterpreter::_DownloadCommandSetDefaultProbabilityDistributionOfBasicEv
   while (expression != nullptr && expression->IsComment()) {
     expression = expression->GetNextSibling();
   }
-  if (expression == nullptr) return _Report(error, DISTRIBUTION_EXPECTED, command);
+  if (expression == nullptr) {
+    return _Report(error, OrvaParserMessages::DISTRIBUTION_EXPECTED, command);
+  }
   _parser->DownloadDefaultProbabilityDistributionOfBasicEvents(error, expression, _model.get());
 }
