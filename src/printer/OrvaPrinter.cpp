@@ -3,12 +3,13 @@
 
 #include "printer/OrvaPrinter.h"
 
+#include <cassert>
+
 #include "driver/OrvaInterpreter.h"
 #include "driver/OrvaOptionCenter.h"
 #include "model/OrvaModel.h"
 #include "model/OrvaParameter.h"
 #include "printer/OrvaPrinterRows.h"
-#include "quantification/OrvaHandle.h"
 #include "support/memory/LumoMemoryManager.h"
 
 namespace {
@@ -76,6 +77,7 @@ void OrvaPrinter::PrintValueOfParameter(OrvaParameter* parameter, double mission
 }
 
 void OrvaPrinter::PrintOptions(LumoStream* stream) {
+  assert(_optionCenter != nullptr);
   PrintOpenTag(SET, stream);
   for (const LumoAttribute* option : LumoItems<LumoAttribute>(_optionCenter->GetOptions())) {
     _PrintOptionElement(option->GetName(), option->GetValue(), stream);

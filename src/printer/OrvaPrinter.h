@@ -32,15 +32,16 @@ class OrvaPrinter : public LumoXMLPrinter {
   explicit OrvaPrinter(OrvaInterpreter* interpreter);
   ~OrvaPrinter() override;
 
-  OrvaInterpreter* GetInterpreter() const { return _interpreter; }
-  OrvaOptionCenter* GetOptionCenter() const { return _optionCenter; }
   // Takes the option center from the interpreter. To be called before options are printed.
   void UpdateOptionCenter();
 
+  // The columns of minimal cutsets.
   bool printMinimalCutsetRank = false;
   bool printMinimalCutsetOrder = false;
   bool printMinimalCutsetProbability = false;
   bool printMinimalCutsetContribution = false;
+
+  // The columns of importance factors.
   bool printNumberOfOccurrences = false;
   bool printProbability = false;
   bool printConditionalProbability1 = false;
@@ -51,21 +52,30 @@ class OrvaPrinter : public LumoXMLPrinter {
   bool printRiskAchievementWorth = false;
   bool printRiskReductionWorth = false;
   bool printFusselVeselyImportanceFactor = false;
+
+  // The columns of sampled values, the rows of the tables of quantiles and bins, and, for the
+  // interpreter, whether the tables of parameters and of basic events are asked for.
   bool printMean = false;
   bool printStandardDeviation = false;
   bool printConfidenceRange = false;
   bool printErrorFactor = false;
   int numberOfQuantiles = 0;
   int numberOfBins = 0;
-  // These two, and the last one, tell the interpreter which tables to ask for.
   bool printParameterSensitivity = false;
   bool printBasicEventSensitivity = false;
+
+  // The columns of unavailabilities over dates.
   bool printUnavailability = false;
   bool printAverageUnavailability = false;
+
+  // The columns of failure intensities over dates.
   bool printConditionalFailureIntensity = false;
   bool printAverageConditionalFailureIntensity = false;
   bool printUnreliability = false;
   bool printProbabilityOfFailurePerHour = false;
+
+  // For the interpreter: whether the table of safety integrity levels is asked for, of either
+  // curve.
   bool printSafetyIntegrityLevel = false;
 
   // "top-event", "mission-time" and "probability": a header and one row.
@@ -76,9 +86,6 @@ class OrvaPrinter : public LumoXMLPrinter {
   void PrintImportanceFactorsOfBasicEvents(const OrvaEvent* top, const LumoContainer* basicEvents,
                                            const OrvaHandle* handle, double missionTime,
                                            LumoStream* stream);
-  void PrintImportanceFactorsOfBasicEvent(const OrvaEvent* top, const OrvaEvent* basicEvent,
-                                          const OrvaHandle* handle, double missionTime,
-                                          LumoStream* stream);
 
   // "Pr", name, mission time and probability, one row per event, no header; of a model, the events
   // without definition.
@@ -143,31 +150,19 @@ class OrvaPrinter : public LumoXMLPrinter {
   void PrintEquationAtExcelFormat(const OrvaEquation* equation, LumoStream* stream);
   void PrintSystemAtExcelFormat(OrvaSystem* system, LumoStream* stream);
   // "open-psa": a new document, the caller's, with an "atleast" gate per equation and a basic
-  // event per input variable. The other forms write it to a file; one that can't be opened sets
-  // `error`.
+  // event per input variable.
   void UploadSystem(int& error, OrvaSystem* system, LumoXMLDocument*& document);
-  void UploadSystem(int& error, OrvaSystem* system, std::FILE* file);
-  void UploadSystem(int& error, OrvaSystem* system, const char* path);
   void PrintSystemStatistics(const OrvaSystem* system, LumoStream* stream);
 
-  // Rows about variables and equations, between a heading and an ending (null for none).
+  // Rows about variables, between a heading and an ending (null for none).
   using VariablePrinter = void (OrvaPrinter::*)(const OrvaVariable* variable, LumoStream* stream);
-  using EquationPrinter = void (OrvaPrinter::*)(const OrvaEquation* equation, LumoStream* stream);
   void PrintDataOfVariables(OrvaSystem* system, LumoStream* stream, VariablePrinter print,
                             const char* heading, const char* ending);
   void PrintDataOfVariables(const LumoContainer* variables, LumoStream* stream,
                             VariablePrinter print, const char* heading, const char* ending);
-  void PrintDataOfEquations(OrvaSystem* system, LumoStream* stream, EquationPrinter print,
-                            const char* heading, const char* ending);
-  void PrintDataOfEquations(const LumoContainer* equations, LumoStream* stream,
-                            EquationPrinter print, const char* heading, const char* ending);
-  // "?", "!", "0" or "1".
-  void PrintValue(OrvaVariable::Value value, LumoStream* stream);
-  // The name, then: 1 unless the value is possibly false; the two probabilities; the rank; the
-  // number of occurrences and the equations, with "-" before those of negative ones.
+  // The name, then: 1 unless the value is possibly false; the number of occurrences and the
+  // equations, with "-" before those of negative ones.
   void PrintValueOfVariable(const OrvaVariable* variable, LumoStream* stream);
-  void PrintProbabilityOfVariable(const OrvaVariable* variable, LumoStream* stream);
-  void PrintRankOfVariable(const OrvaVariable* variable, LumoStream* stream);
   void PrintOccurrencesOfVariable(const OrvaVariable* variable, LumoStream* stream);
 
   // The gates that carry a module record, with its dates, and "module" for those that are one;
@@ -178,18 +173,35 @@ class OrvaPrinter : public LumoXMLPrinter {
   // text that can't be written without breaking the document is reported: `error` is set and the
   // document null.
   void UploadModel(int& error, const OrvaModel* model, LumoXMLDocument*& document);
-  // A new element for an expression, the caller's.
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  OrvaInterpreter* GetInterpreter() const { return _interpreter; }
+  OrvaOptionCenter* GetOptionCenter() const { return _optionCenter; }
+  // The tables above of one basic event only.
+  void PrintImportanceFactorsOfBasicEvent(const OrvaEvent* top, const OrvaEvent* basicEvent,
+                                          const OrvaHandle* handle, double missionTime,
+                                          LumoStream* stream);
+  // Write the document of a system to a file; one that can't be opened sets `error`.
+  void UploadSystem(int& error, OrvaSystem* system, std::FILE* file);
+  void UploadSystem(int& error, OrvaSystem* system, const char* path);
+  // Rows about equations, between a heading and an ending (null for none).
+  using EquationPrinter = void (OrvaPrinter::*)(const OrvaEquation* equation, LumoStream* stream);
+  void PrintDataOfEquations(OrvaSystem* system, LumoStream* stream, EquationPrinter print,
+                            const char* heading, const char* ending);
+  void PrintDataOfEquations(const LumoContainer* equations, LumoStream* stream,
+                            EquationPrinter print, const char* heading, const char* ending);
+  // "?", "!", "0" or "1".
+  void PrintValue(OrvaVariable::Value value, LumoStream* stream);
+  // The name, then the two probabilities, or the rank.
+  void PrintProbabilityOfVariable(const OrvaVariable* variable, LumoStream* stream);
+  void PrintRankOfVariable(const OrvaVariable* variable, LumoStream* stream);
+  // A new element for an expression, the caller's; null after the report of an unwritable name.
   void UploadProbabilityDistribution(int& error, const OrvaProbabilityDistribution* distribution,
                                      LumoXMLNode*& node);
 
  private:
-  class ModelWriter;
-
   void _PrintOptionElement(const char* name, const LumoConstant* value, LumoStream* stream);
-  void _PrintImportanceFactorsHeader(LumoStream* stream);
-  void _PrintImportanceFactorsOfBasicEvent(const OrvaEvent* event, const OrvaHandle* handle,
-                                           LumoStream* stream);
-  void _PrintMomentsHeader(const char* heading, LumoStream* stream);
   void _UploadInputVariables(int& error, OrvaSystem* system, LumoXMLNode* root);
   void _UploadInputVariable(int& error, const OrvaVariable* variable, LumoXMLNode*& node);
   void _UploadRealValue(int& error, double x, LumoXMLNode*& node);

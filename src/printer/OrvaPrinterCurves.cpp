@@ -1,5 +1,12 @@
 // Curves over dates, their averages, and safety integrity levels.
+//
+// A curve is printed in one walk along its points, with the trapezoid sum carried along, since
+// every column is a function of the date, the value and that sum. The two tables differ in one
+// point that is not a slip: an average unavailability runs since the first date of the curve, an
+// average failure intensity since date 0, where its curve begins. At that date it would be 0 / 0,
+// so the first row is written as it is defined, with "0.0" in every field.
 
+#include <cassert>
 #include <cmath>
 
 #include "printer/OrvaPrinter.h"
@@ -44,23 +51,13 @@ constexpr Column FAILURE_INTENSITY_COLUMNS[] = {
      [](const Position& p) { return (1.0 - std::exp(-p.integral)) / p.date; }},
 };
 
-template <std::size_t N>
-void PrintHeader(const OrvaPrinter* printer, const Column (&columns)[N], LumoStream* stream) {
-  OrvaPrinterRow row(stream);
-  row.Put("date");
-  for (const Column& column : columns) {
-    if (printer->*column.isOn) row.Put(column.heading);
-  }
-  row.End();
-}
-
 // One row per point; `putFirst` writes the fields of the first. A point at the date of the one
 // before it has no row and adds nothing.
 template <std::size_t N, class PutFirst>
 void PrintCurve(const OrvaPrinter* printer, const Column (&columns)[N], const LumoCurve* curve,
                 LumoStream* stream, PutFirst putFirst) {
   if (curve->GetNumberOfPoints() < 2) return;
-  PrintHeader(printer, columns, stream);
+  OrvaPutHeader(printer, "date", columns, stream);
   Position position = {};
   bool isFirst = true;
   for (const LumoCurvePoint* point : LumoItems<LumoCurvePoint>(*curve->GetPoints())) {
@@ -71,6 +68,7 @@ void PrintCurve(const OrvaPrinter* printer, const Column (&columns)[N], const Lu
     } else if (x == position.date) {
       continue;
     } else {
+      assert(!(x < position.date));  // points run by increasing dates
       position.integral += (position.value + y) * 0.5 * (x - position.date);
       position.date = x;
       position.value = y;

@@ -1,6 +1,17 @@
 // Minimal cutsets and the search for them.
+//
+// The rows are for reading from the top: what contributes most comes first, and inside a row the
+// names are in alphabetical order, so that the same cutset reads the same wherever the search found
+// it. Cutsets of equal probability keep the order in which the set delivers them; any other rule
+// would say something about them that nobody has computed. That order is a matter of the tree, not
+// of its addresses, and therefore the same in every run.
+//
+// The cutsets are collected before any is printed: one walk down the tree keeps the events of the
+// path and copies them at each leaf, into one array for all cutsets. The ranking then moves
+// pointers to small records only.
 
 #include <algorithm>
+#include <cassert>
 #include <memory>
 #include <numeric>
 #include <vector>
@@ -32,7 +43,10 @@ int CompareDecreasingProbabilities(const void* a, const void* b) {
 // from a leaf can be as long as the tree is large.
 struct CutsetCollector : OrvaMCSTreeVisitor {
   explicit CutsetCollector(const OrvaMCSManager* store) : manager(store) {}
-  void Enter(OrvaMCSNode* node) { path.push_back(manager->GetEvent(node->GetIndex())); }
+  void Enter(OrvaMCSNode* node) {
+    path.push_back(manager->GetEvent(node->GetIndex()));
+    assert(path.back() != nullptr);
+  }
   void Cross(OrvaMCSNode* /*node*/) { path.pop_back(); }
   void VisitLeaf(OrvaMCSNode* leaf) {
     if (!leaf->IsMinimalCutset()) return;
@@ -52,6 +66,31 @@ struct CutsetCollector : OrvaMCSTreeVisitor {
   std::vector<Cutset> cutsets;
 };
 
+// A cutset in its place, and the sum that it has its share in.
+struct RankedCutset {
+  const Cutset* cutset;
+  int rank;
+  double sum;
+};
+
+struct Column {
+  bool OrvaPrinter::*isOn;
+  void (*put)(OrvaPrinterRow& row, const RankedCutset& ranked);
+};
+
+constexpr Column COLUMNS[] = {
+    {&OrvaPrinter::printMinimalCutsetRank,
+     [](OrvaPrinterRow& row, const RankedCutset& ranked) { row.Put(ranked.rank); }},
+    {&OrvaPrinter::printMinimalCutsetOrder,
+     [](OrvaPrinterRow& row, const RankedCutset& ranked) { row.Put(ranked.cutset->order); }},
+    {&OrvaPrinter::printMinimalCutsetProbability,
+     [](OrvaPrinterRow& row, const RankedCutset& ranked) { row.Put(ranked.cutset->probability); }},
+    {&OrvaPrinter::printMinimalCutsetContribution,
+     [](OrvaPrinterRow& row, const RankedCutset& ranked) {
+       row.Put(ranked.sum == 0.0 ? 0.0 : ranked.cutset->probability / ranked.sum);
+     }},
+};
+
 }  // namespace
 
 void OrvaPrinter::PrintMinimalCutsets(OrvaMCSSet* set, LumoStream* stream) {
@@ -65,16 +104,16 @@ void OrvaPrinter::PrintMinimalCutsets(OrvaMCSSet* set, LumoStream* stream) {
   OrvaWalkMCSTree(set->GetRootNode(), collector);
   LumoAVLTree cutsets(CompareDecreasingProbabilities);
   for (Cutset& cutset : collector.cutsets) cutsets.InsertItem(&cutset);
+  assert(collector.path.empty());
   int rank = 0;
   for (const Cutset* cutset : LumoItems<Cutset>(cutsets)) {
-    const double probability = cutset->probability;
+    const RankedCutset ranked = {cutset, ++rank, sum};
     OrvaPrinterRow row(stream);
-    ++rank;
-    if (printMinimalCutsetRank) row.Put(rank);
-    if (printMinimalCutsetOrder) row.Put(cutset->order);
-    if (printMinimalCutsetProbability) row.Put(probability);
-    if (printMinimalCutsetContribution) row.Put(sum == 0.0 ? 0.0 : probability / sum);
-    const auto* events = &collector.events[cutset->firstEvent];
+    for (const Column& column : COLUMNS) {
+      if (this->*column.isOn) column.put(row, ranked);
+    }
+    assert(cutset->order <= highestOrder);
+    const auto* events = collector.events.data() + cutset->firstEvent;
     for (int i = 0; i < cutset->order; ++i) row.Put(events[i]->GetName());
     row.End();
   }
@@ -87,6 +126,7 @@ void OrvaPrinter::PrintOrdersOfMinimalCutsets(const OrvaMCSSet* set, LumoStream*
   int total;
   set->ComputeOrdersOfMinimalCutsets(numbers, highestOrder, total);
   const std::unique_ptr<int[]> owner(numbers);
+  assert(numbers != nullptr || highestOrder < 0);
   OrvaPutRow(stream, "order", "#MCS");
   for (int order = 0; order <= highestOrder; ++order) {
     if (numbers[order] != 0) OrvaPutRow(stream, order, numbers[order]);
@@ -101,6 +141,7 @@ void OrvaPrinter::PrintNumberOfOccurrencesOfVariablesInMinimalCutsets(const Orva
   int total;
   set->ComputeNumberOfOccurrencesOfVariablesInMinimalCutsets(numbers, highestIndex, total);
   const std::unique_ptr<int[]> owner(numbers);
+  assert(numbers != nullptr && highestIndex >= 0);
   OrvaPutRow(stream, "event", "#occurrences");
   for (int i = 1; i <= highestIndex; ++i) {
     const OrvaEvent* event = set->GetManager()->GetEvent(i);

@@ -7,6 +7,8 @@
 
 namespace {
 
+constexpr const char* BASIC_EVENT = "basic-event";
+
 // A column: its switch, its heading, and how its field is written.
 struct Column {
   bool OrvaPrinter::*isOn;
@@ -45,6 +47,16 @@ constexpr Column COLUMNS[] = {
      PutFactor<&OrvaHandle::GetFusselVeselyImportanceFactorOfBasicEvent>},
 };
 
+void PutRow(const OrvaPrinter* printer, const OrvaEvent* event, const OrvaHandle* handle,
+            LumoStream* stream) {
+  OrvaPrinterRow row(stream);
+  row.Put(event->GetName());
+  for (const Column& column : COLUMNS) {
+    if (printer->*column.isOn) column.put(row, handle, event);
+  }
+  row.End();
+}
+
 }  // namespace
 
 void OrvaPrinter::PrintImportanceFactorsOfBasicEvents(const OrvaEvent* top,
@@ -52,37 +64,19 @@ void OrvaPrinter::PrintImportanceFactorsOfBasicEvents(const OrvaEvent* top,
                                                       const OrvaHandle* handle, double missionTime,
                                                       LumoStream* stream) {
   PrintTopEventProbability(top, handle, missionTime, stream);
-  _PrintImportanceFactorsHeader(stream);
+  OrvaPutHeader(this, BASIC_EVENT, COLUMNS, stream);
   for (const OrvaEvent* event : LumoItems<OrvaEvent>(*basicEvents)) {
-    _PrintImportanceFactorsOfBasicEvent(event, handle, stream);
+    PutRow(this, event, handle, stream);
   }
 }
+
+// Offered to users of the class; the program itself does not call what follows.
 
 void OrvaPrinter::PrintImportanceFactorsOfBasicEvent(const OrvaEvent* top,
                                                      const OrvaEvent* basicEvent,
                                                      const OrvaHandle* handle, double missionTime,
                                                      LumoStream* stream) {
   PrintTopEventProbability(top, handle, missionTime, stream);
-  _PrintImportanceFactorsHeader(stream);
-  _PrintImportanceFactorsOfBasicEvent(basicEvent, handle, stream);
-}
-
-void OrvaPrinter::_PrintImportanceFactorsHeader(LumoStream* stream) {
-  OrvaPrinterRow row(stream);
-  row.Put("basic-event");
-  for (const Column& column : COLUMNS) {
-    if (this->*column.isOn) row.Put(column.heading);
-  }
-  row.End();
-}
-
-void OrvaPrinter::_PrintImportanceFactorsOfBasicEvent(const OrvaEvent* event,
-                                                      const OrvaHandle* handle,
-                                                      LumoStream* stream) {
-  OrvaPrinterRow row(stream);
-  row.Put(event->GetName());
-  for (const Column& column : COLUMNS) {
-    if (this->*column.isOn) column.put(row, handle, event);
-  }
-  row.End();
+  OrvaPutHeader(this, BASIC_EVENT, COLUMNS, stream);
+  PutRow(this, basicEvent, handle, stream);
 }

@@ -1,10 +1,17 @@
 // Whole models, in the form in which they are read.
 //
-// House events come first: a valued one is a gate for those that refer to it, so it must be known
-// by then. Everything else may be referred to before it is defined. An expanded common-cause
-// failure group is left out: it has become gates and basic events.
+// What is written must be read back as the same model. The order is part of that. House events come
+// first: a valued one is a gate for those that refer to it, so it must be known by then. Everything
+// else may be referred to before it is defined. An expanded common-cause failure group is left out:
+// it has become gates and basic events.
+//
+// The format has no way to write some texts, since the reader interprets no references: a quote in
+// an attribute would end it. Such a model is not written at all, rather than as another model; the
+// first text of the kind is reported. Reals are written with as many digits as they need.
 
+#include <cassert>
 #include <cmath>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -16,17 +23,15 @@
 #include "model/OrvaParameter.h"
 #include "model/OrvaProbabilityDistribution.h"
 #include "printer/OrvaPrinter.h"
+#include "reader/OrvaModelElements.h"
 #include "xml/LumoXMLDocument.h"
+
+using namespace OrvaModelElements;
 
 namespace {
 
 using Distribution = OrvaProbabilityDistribution;
 
-constexpr const char* NAME = "name";
-constexpr const char* VALUE = "value";
-constexpr const char* LABEL = "label";
-constexpr const char* BASIC_EVENT_ATTRIBUTES[] = {"riskspectrum:model"};
-constexpr const char* PARAMETER_ATTRIBUTES[] = {"riskspectrum:type", "unit"};
 // Stands in a definition that would otherwise be empty, which the reader refuses.
 constexpr const char* UNDEFINED = "-- undefined --";
 
@@ -47,28 +52,13 @@ std::string PrintReal(double x) {
   return text;
 }
 
-const char* GetElementOfReference(OrvaEvent::Type type) {
-  switch (type) {
-    case OrvaEvent::GATE:
-      return "gate";
-    case OrvaEvent::BASIC_EVENT:
-      return "basic-event";
-    case OrvaEvent::HOUSE_EVENT:
-      return "house-event";
-    default:
-      return "event";
-  }
-}
-
 bool IsHouseEvent(const OrvaEvent* event) {
   if (event->GetType() == OrvaEvent::HOUSE_EVENT) return true;
   return event->GetDefinition() != nullptr && event->GetDefinition()->IsConstant();
 }
 
-}  // namespace
-
 // Builds the elements. The first name or text that can't be written is kept.
-class OrvaPrinter::ModelWriter {
+class ModelWriter {
  public:
   const std::string* GetUnwritableText() const {
     return _isUnwritable ? &_unwritableText : nullptr;
@@ -101,7 +91,7 @@ class OrvaPrinter::ModelWriter {
 
   LumoXMLNode* NewExpression(const Distribution* expression) {
     if (const OrvaParameter* parameter = expression->GetReferencedParameter()) {
-      return NewNamed("parameter", parameter->GetName());
+      return NewNamed(Distribution::GetFunctor(Distribution::PARAMETER), parameter->GetName());
     }
     switch (expression->GetType()) {
       case Distribution::BOOL:
@@ -111,6 +101,7 @@ class OrvaPrinter::ModelWriter {
       default:
         break;
     }
+    assert(expression->GetType() != Distribution::UNKNOWN);
     LumoXMLNode* node = LumoXMLNode::NewNode(Distribution::GetFunctor(expression->GetType()));
     for (const Distribution* child = expression->GetFirstChild(); child != nullptr;
          child = child->GetNextSibling()) {
@@ -132,6 +123,7 @@ class OrvaPrinter::ModelWriter {
   }
 
   LumoXMLNode* NewNamed(const char* element, const char* name) {
+    assert(name != nullptr);
     LumoXMLNode* node = LumoXMLNode::NewNode(element);
     AddAttribute(node, NAME, name);
     return node;
@@ -160,13 +152,14 @@ class OrvaPrinter::ModelWriter {
   }
 
   LumoXMLNode* NewHouseEvent(const OrvaEvent* event) {
-    LumoXMLNode* node = NewDefinition("define-house-event", event);
+    assert(event->GetDefinition() == nullptr || event->GetDefinition()->IsConstant());
+    LumoXMLNode* node = NewDefinition(DEFINE_HOUSE_EVENT, event);
     if (event->GetDefinition() != nullptr) node->AddChild(NewFormula(event->GetDefinition()));
     return node;
   }
 
   LumoXMLNode* NewParameter(const OrvaParameter* parameter) {
-    LumoXMLNode* node = NewDefinition("define-parameter", parameter);
+    LumoXMLNode* node = NewDefinition(DEFINE_PARAMETER, parameter);
     AddKeptAttributes(node, parameter, PARAMETER_ATTRIBUTES);
     if (parameter->GetDefinition() != nullptr) {
       node->AddChild(NewExpression(parameter->GetDefinition()));
@@ -177,14 +170,14 @@ class OrvaPrinter::ModelWriter {
   }
 
   LumoXMLNode* NewBasicEvent(const OrvaEvent* event) {
-    LumoXMLNode* node = NewDefinition("define-basic-event", event);
+    LumoXMLNode* node = NewDefinition(DEFINE_BASIC_EVENT, event);
     AddKeptAttributes(node, event, BASIC_EVENT_ATTRIBUTES);
     node->AddChild(NewExpression(event->GetProbabilityDistribution()));
     return node;
   }
 
   LumoXMLNode* NewGate(const OrvaEvent* event) {
-    LumoXMLNode* node = NewDefinition("define-gate", event);
+    LumoXMLNode* node = NewDefinition(DEFINE_GATE, event);
     if (event->GetDefinition() != nullptr) {
       node->AddChild(NewFormula(event->GetDefinition()));
     } else {
@@ -198,14 +191,15 @@ class OrvaPrinter::ModelWriter {
       const OrvaEvent* event = formula->GetReferencedEvent();
       return NewNamed(GetElementOfReference(event->GetType()), event->GetName());
     }
-    LumoXMLNode* node = LumoXMLNode::NewNode(OrvaGate::GetFunctor(formula->GetType()));
     const OrvaGate::Type type = formula->GetType();
+    assert(type != OrvaGate::UNKNOWN);
+    LumoXMLNode* node = LumoXMLNode::NewNode(OrvaGate::GetFunctor(type));
     if (type == OrvaGate::CONSTANT) node->AddAttribute(VALUE, formula->GetConstantValue());
     if (type == OrvaGate::ATLEAST || type == OrvaGate::CARDINALITY) {
-      node->AddAttribute("min", formula->GetMin());
+      node->AddAttribute(MIN, formula->GetMin());
     }
     if (type == OrvaGate::ATMOST || type == OrvaGate::CARDINALITY) {
-      node->AddAttribute("max", formula->GetMax());
+      node->AddAttribute(MAX, formula->GetMax());
     }
     for (const OrvaGate* child = formula->GetFirstChild(); child != nullptr;
          child = child->GetNextSibling()) {
@@ -216,41 +210,46 @@ class OrvaPrinter::ModelWriter {
 
   // By the kind of the value: bounding may have turned the constant into one of another kind.
   LumoXMLNode* NewConstant(const LumoConstant* value) {
+    const auto newNode = [](Distribution::Type type) {
+      return LumoXMLNode::NewNode(Distribution::GetFunctor(type));
+    };
     LumoXMLNode* node;
     switch (value->GetType()) {
       case LumoConstant::BOOL:
-        node = LumoXMLNode::NewNode("bool");
+        node = newNode(Distribution::BOOL);
         node->AddAttribute(VALUE, value->ToBool());
         return node;
       case LumoConstant::INT:
-        node = LumoXMLNode::NewNode("int");
+        node = newNode(Distribution::INT);
         node->AddAttribute(VALUE, value->ToInt());
         return node;
       default:
-        node = LumoXMLNode::NewNode("float");
+        node = newNode(Distribution::FLOAT);
         node->AddAttribute(VALUE, PrintReal(value->ToDouble()).c_str());
         return node;
     }
   }
 
   LumoXMLNode* NewCCFGroup(const OrvaCCFGroup* group) {
-    LumoXMLNode* node = NewDefinition("define-CCF-group", group);
-    node->AddAttribute("model", OrvaCCFGroup::GetTypeName(group->GetType()));
-    LumoXMLNode* members = LumoXMLNode::NewNode("members");
+    LumoXMLNode* node = NewDefinition(DEFINE_CCF_GROUP, group);
+    assert(group->GetType() != OrvaCCFGroup::UNKNOWN && !group->IsExpanded());
+    node->AddAttribute(MODEL, OrvaCCFGroup::GetTypeName(group->GetType()));
+    LumoXMLNode* members = LumoXMLNode::NewNode(MEMBERS);
     for (int i = 0; i < group->GetNumberOfMembers(); ++i) {
-      members->AddChild(NewNamed("basic-event", group->GetMember(i)->GetName()));
+      members->AddChild(
+          NewNamed(GetElementOfReference(OrvaEvent::BASIC_EVENT), group->GetMember(i)->GetName()));
     }
     node->AddChild(members);
     if (group->GetDistribution() != nullptr) {
-      LumoXMLNode* distribution = LumoXMLNode::NewNode("distribution");
+      LumoXMLNode* distribution = LumoXMLNode::NewNode(DISTRIBUTION);
       distribution->AddChild(NewExpression(group->GetDistribution()));
       node->AddChild(distribution);
     }
-    LumoXMLNode* factors = LumoXMLNode::NewNode("factors");
+    LumoXMLNode* factors = LumoXMLNode::NewNode(FACTORS);
     for (int level = 0; level <= group->GetHighestLevel(); ++level) {
       if (group->GetFactor(level) == nullptr) continue;
-      LumoXMLNode* factor = LumoXMLNode::NewNode("factor");
-      factor->AddAttribute("level", level);
+      LumoXMLNode* factor = LumoXMLNode::NewNode(FACTOR);
+      factor->AddAttribute(LEVEL, level);
       factor->AddChild(NewExpression(group->GetFactor(level)));
       factors->AddChild(factor);
     }
@@ -262,6 +261,8 @@ class OrvaPrinter::ModelWriter {
   std::string _unwritableText;
 };
 
+}  // namespace
+
 void OrvaPrinter::UploadModel(int& error, const OrvaModel* model, LumoXMLDocument*& document) {
   ModelWriter writer;
   document = new LumoXMLDocument;
@@ -272,6 +273,8 @@ void OrvaPrinter::UploadModel(int& error, const OrvaModel* model, LumoXMLDocumen
     document = nullptr;
   }
 }
+
+// Offered to users of the class; the program itself does not call what follows.
 
 void OrvaPrinter::UploadProbabilityDistribution(int& error, const Distribution* distribution,
                                                 LumoXMLNode*& node) {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstddef>
+
+#include "printer/OrvaPrinter.h"
 #include "support/text/LumoStream.h"
 
 // The fields of one row of a table, with a tab between them and a line end behind them: what the
@@ -26,5 +29,18 @@ template <class... Values>
 void OrvaPutRow(LumoStream* stream, Values... values) {
   OrvaPrinterRow row(stream);
   (row.Put(values), ...);
+  row.End();
+}
+
+// A table has rows of columns that have a switch (isOn) and a heading. Its first row: the heading
+// of what the rows are about, and those of the columns that are switched on.
+template <class Column, std::size_t N>
+void OrvaPutHeader(const OrvaPrinter* printer, const char* first, const Column (&columns)[N],
+                   LumoStream* stream) {
+  OrvaPrinterRow row(stream);
+  row.Put(first);
+  for (const Column& column : columns) {
+    if (printer->*column.isOn) row.Put(column.heading);
+  }
   row.End();
 }

@@ -1,5 +1,6 @@
 // Moments, quantiles and bins of sampled values.
 
+#include <cassert>
 #include <memory>
 
 #include "model/OrvaEvent.h"
@@ -36,19 +37,10 @@ constexpr Column COLUMNS[] = {
 
 }  // namespace
 
-void OrvaPrinter::_PrintMomentsHeader(const char* heading, LumoStream* stream) {
-  OrvaPrinterRow row(stream);
-  row.Put(heading);
-  for (const Column& column : COLUMNS) {
-    if (this->*column.isOn) row.Put(column.heading);
-  }
-  row.End();
-}
-
 void OrvaPrinter::PrintSensitivityOfTopEvent(const OrvaEvent* top, const OrvaHandle* /*handle*/,
                                              double /*missionTime*/, LumoStream* stream) {
   LumoMeasure* measure = top->GetMeasure();
-  _PrintMomentsHeader("top-event", stream);
+  OrvaPutHeader(this, "top-event", COLUMNS, stream);
   PrintMoments(measure, stream);
   PrintQuantiles(measure, stream);
   PrintBins(measure, stream);
@@ -57,7 +49,7 @@ void OrvaPrinter::PrintSensitivityOfTopEvent(const OrvaEvent* top, const OrvaHan
 void OrvaPrinter::PrintSensitivitiesOfParameters(const LumoContainer* parameters,
                                                  const OrvaHandle* /*handle*/,
                                                  double /*missionTime*/, LumoStream* stream) {
-  _PrintMomentsHeader("parameter", stream);
+  OrvaPutHeader(this, "parameter", COLUMNS, stream);
   for (const OrvaParameter* parameter : LumoItems<OrvaParameter>(*parameters)) {
     PrintMoments(parameter->GetMeasure(), stream);
   }
@@ -66,14 +58,16 @@ void OrvaPrinter::PrintSensitivitiesOfParameters(const LumoContainer* parameters
 void OrvaPrinter::PrintSensitivitiesOfBasicEvents(const LumoContainer* basicEvents,
                                                   const OrvaHandle* /*handle*/,
                                                   double /*missionTime*/, LumoStream* stream) {
-  _PrintMomentsHeader("basic-event", stream);
+  OrvaPutHeader(this, "basic-event", COLUMNS, stream);
   for (const OrvaEvent* event : LumoItems<OrvaEvent>(*basicEvents)) {
     PrintMoments(event->GetMeasure(), stream);
   }
 }
 
-// Every row has one empty field behind the name that the header lacks: as it is defined.
+// Every row has one empty field behind the name that the header lacks: this is the defined
+// behaviour.
 void OrvaPrinter::PrintMoments(const LumoMeasure* measure, LumoStream* stream) {
+  assert(measure != nullptr);  // the symbol was sampled
   OrvaPrinterRow row(stream);
   row.Put(measure->GetName()).Put("");
   for (const Column& column : COLUMNS) {
@@ -87,6 +81,7 @@ void OrvaPrinter::PrintQuantiles(LumoMeasure* measure, LumoStream* stream) {
   if (quantilizer == nullptr) return;
   const std::unique_ptr<LumoQuantileTable> quantiles(
       quantilizer->ExtractQuantiles(numberOfQuantiles));
+  assert(quantiles != nullptr);
   OrvaPutRow(stream, "quantile", "value");
   for (int i = 1; i <= numberOfQuantiles; ++i) {
     OrvaPutRow(stream, i, quantiles->GetQuantile(i - 1));

@@ -1,22 +1,28 @@
 // Boolean systems in three formats, their statistics and their variables, and module records.
+//
+// All three formats write threshold equations, as the system has them: an "and" has become n out of
+// n, an "or" 1 out of n. The "open-psa" form is a model again, with "atleast" gates, but one of the
+// flat system: a variable that stands for a module is a basic event in it, which has two
+// probabilities, the sum of the module's cutsets and the highest of them.
 
-#include <memory>
+#include <cassert>
+#include <iterator>
 
-#include "model/OrvaEvent.h"
+#include "model/OrvaGate.h"
 #include "model/OrvaModel.h"
+#include "model/OrvaProbabilityDistribution.h"
 #include "printer/OrvaPrinter.h"
 #include "printer/OrvaPrinterRows.h"
 #include "quantification/OrvaHandle.h"
+#include "reader/OrvaModelElements.h"
 #include "support/text/LumoFileStream.h"
 #include "system/OrvaModuleRecord.h"
 #include "system/OrvaSystem.h"
 #include "xml/LumoXMLDocument.h"
 
-namespace {
+using namespace OrvaModelElements;
 
-constexpr const char* OPEN_PSA = "open-psa";
-constexpr const char* NAME = "name";
-constexpr const char* VALUE = "value";
+namespace {
 
 bool IsModule(const OrvaVariable* variable) {
   return variable->IsInputVariable() && variable->GetEvent() != nullptr &&
@@ -25,6 +31,7 @@ bool IsModule(const OrvaVariable* variable) {
 
 // A variable without a name goes by its number.
 void PutVariable(const OrvaVariable* variable, LumoStream* stream) {
+  assert(variable != nullptr);
   if (variable->GetName() != nullptr) {
     stream->Put(variable->GetName());
   } else {
@@ -47,19 +54,22 @@ void AddName(const OrvaVariable* variable, LumoXMLNode* node) {
 
 LumoXMLNode* NewLiteral(const OrvaLiteral& literal) {
   const OrvaVariable* variable = literal.GetVariable();
-  LumoXMLNode* node = LumoXMLNode::NewNode(variable->IsInputVariable() ? "basic-event" : "gate");
+  const OrvaEvent::Type type =
+      variable->IsInputVariable() ? OrvaEvent::BASIC_EVENT : OrvaEvent::GATE;
+  LumoXMLNode* node = LumoXMLNode::NewNode(GetElementOfReference(type));
   AddName(variable, node);
   if (literal.GetSign()) return node;
-  LumoXMLNode* negation = LumoXMLNode::NewNode("not");
+  LumoXMLNode* negation = LumoXMLNode::NewNode(OrvaGate::GetFunctor(OrvaGate::NOT));
   negation->AddChild(node);
   return negation;
 }
 
 LumoXMLNode* NewGateDefinition(const OrvaEquation& equation) {
-  LumoXMLNode* definition = LumoXMLNode::NewNode("define-gate");
+  assert(equation.GetFanout() != nullptr);
+  LumoXMLNode* definition = LumoXMLNode::NewNode(DEFINE_GATE);
   AddName(equation.GetFanout(), definition);
-  LumoXMLNode* formula = LumoXMLNode::NewNode("atleast");
-  formula->AddAttribute("min", equation.GetMin());
+  LumoXMLNode* formula = LumoXMLNode::NewNode(OrvaGate::GetFunctor(OrvaGate::ATLEAST));
+  formula->AddAttribute(MIN, equation.GetMin());
   for (const OrvaLiteral& literal : equation.GetFanins()) formula->AddChild(NewLiteral(literal));
   definition->AddChild(formula);
   return definition;
@@ -150,7 +160,7 @@ void OrvaPrinter::_UploadInputVariables(int& error, OrvaSystem* system, LumoXMLN
 // A variable whose two probabilities differ stands for a module.
 void OrvaPrinter::_UploadInputVariable(int& error, const OrvaVariable* variable,
                                        LumoXMLNode*& node) {
-  node = LumoXMLNode::NewNode("define-basic-event");
+  node = LumoXMLNode::NewNode(DEFINE_BASIC_EVENT);
   AddName(variable, node);
   LumoXMLNode* probability;
   _UploadRealValue(error, variable->GetProbability(), probability);
@@ -166,26 +176,9 @@ void OrvaPrinter::_UploadInputVariable(int& error, const OrvaVariable* variable,
 }
 
 void OrvaPrinter::_UploadRealValue(int& /*error*/, double x, LumoXMLNode*& node) {
-  node = LumoXMLNode::NewNode("float");
+  node = LumoXMLNode::NewNode(
+      OrvaProbabilityDistribution::GetFunctor(OrvaProbabilityDistribution::FLOAT));
   node->AddAttribute(VALUE, x);
-}
-
-void OrvaPrinter::UploadSystem(int& error, OrvaSystem* system, std::FILE* file) {
-  LumoXMLDocument* document;
-  UploadSystem(error, system, document);
-  LumoFileStream stream(false, file);
-  PrintDocument(document, &stream);
-  delete document;
-}
-
-void OrvaPrinter::UploadSystem(int& error, OrvaSystem* system, const char* path) {
-  std::FILE* file = std::fopen(path, "w");
-  if (file == nullptr) {
-    error = 1;
-    return;
-  }
-  UploadSystem(error, system, file);
-  std::fclose(file);
 }
 
 void OrvaPrinter::PrintSystemStatistics(const OrvaSystem* system, LumoStream* stream) {
@@ -213,46 +206,10 @@ void OrvaPrinter::PrintDataOfVariables(const LumoContainer* variables, LumoStrea
   stream->Flush();
 }
 
-void OrvaPrinter::PrintDataOfEquations(OrvaSystem* system, LumoStream* stream,
-                                       EquationPrinter print, const char* heading,
-                                       const char* ending) {
-  LumoList equations;
-  for (OrvaEquation& equation : system->GetEquations()) equations.InsertItemLast(&equation);
-  PrintDataOfEquations(&equations, stream, print, heading, ending);
-}
-
-void OrvaPrinter::PrintDataOfEquations(const LumoContainer* equations, LumoStream* stream,
-                                       EquationPrinter print, const char* heading,
-                                       const char* ending) {
-  stream->Put(heading);
-  for (const OrvaEquation* equation : LumoItems<OrvaEquation>(*equations)) {
-    (this->*print)(equation, stream);
-  }
-  stream->Put(ending);
-  stream->Flush();
-}
-
-void OrvaPrinter::PrintValue(OrvaVariable::Value value, LumoStream* stream) {
-  static constexpr const char* VALUES[] = {"?", "!", "0", "1"};
-  stream->Put(VALUES[value]);
-}
-
 void OrvaPrinter::PrintValueOfVariable(const OrvaVariable* variable, LumoStream* stream) {
   PutVariable(variable, stream);
   stream->Put("\t");
   stream->Putln(variable->GetCandidateValue() != OrvaVariable::POSSIBLY_FALSE ? 1 : 0);
-}
-
-void OrvaPrinter::PrintProbabilityOfVariable(const OrvaVariable* variable, LumoStream* stream) {
-  PutVariable(variable, stream);
-  stream->Put("\t");
-  OrvaPutRow(stream, variable->GetProbability(), variable->GetHighestCutsetProbability());
-}
-
-void OrvaPrinter::PrintRankOfVariable(const OrvaVariable* variable, LumoStream* stream) {
-  PutVariable(variable, stream);
-  stream->Put("\t");
-  stream->Putln(variable->GetRank());
 }
 
 void OrvaPrinter::PrintOccurrencesOfVariable(const OrvaVariable* variable, LumoStream* stream) {
@@ -270,8 +227,8 @@ void OrvaPrinter::PrintOccurrencesOfVariable(const OrvaVariable* variable, LumoS
   stream->Putln();
 }
 
-// The last number counts the gates that carry a record, whether or not they are modules: as it is
-// defined.
+// The last number counts the gates that carry a record, whether or not they are modules: this is
+// the defined behaviour.
 void OrvaPrinter::PrintModules(const OrvaModel* model, LumoStream* stream) {
   int numberOfBasicEvents = 0;
   int numberOfGates = 0;
@@ -294,4 +251,61 @@ void OrvaPrinter::PrintModules(const OrvaModel* model, LumoStream* stream) {
   OrvaPutRow(stream, "basic-events", numberOfBasicEvents);
   OrvaPutRow(stream, "gates", numberOfGates);
   OrvaPutRow(stream, "modules", numberOfRecords);
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+void OrvaPrinter::UploadSystem(int& error, OrvaSystem* system, std::FILE* file) {
+  LumoXMLDocument* document;
+  UploadSystem(error, system, document);
+  LumoFileStream stream(false, file);
+  PrintDocument(document, &stream);
+  delete document;
+}
+
+void OrvaPrinter::UploadSystem(int& error, OrvaSystem* system, const char* path) {
+  std::FILE* file = std::fopen(path, "w");
+  if (file == nullptr) {
+    error = 1;
+    return;
+  }
+  UploadSystem(error, system, file);
+  std::fclose(file);
+}
+
+void OrvaPrinter::PrintDataOfEquations(OrvaSystem* system, LumoStream* stream,
+                                       EquationPrinter print, const char* heading,
+                                       const char* ending) {
+  LumoList equations;
+  for (OrvaEquation& equation : system->GetEquations()) equations.InsertItemLast(&equation);
+  PrintDataOfEquations(&equations, stream, print, heading, ending);
+}
+
+void OrvaPrinter::PrintDataOfEquations(const LumoContainer* equations, LumoStream* stream,
+                                       EquationPrinter print, const char* heading,
+                                       const char* ending) {
+  stream->Put(heading);
+  for (const OrvaEquation* equation : LumoItems<OrvaEquation>(*equations)) {
+    (this->*print)(equation, stream);
+  }
+  stream->Put(ending);
+  stream->Flush();
+}
+
+void OrvaPrinter::PrintValue(OrvaVariable::Value value, LumoStream* stream) {
+  static constexpr const char* VALUES[] = {"?", "!", "0", "1"};
+  assert(value >= 0 && value < static_cast<int>(std::size(VALUES)));
+  stream->Put(VALUES[value]);
+}
+
+void OrvaPrinter::PrintProbabilityOfVariable(const OrvaVariable* variable, LumoStream* stream) {
+  PutVariable(variable, stream);
+  stream->Put("\t");
+  OrvaPutRow(stream, variable->GetProbability(), variable->GetHighestCutsetProbability());
+}
+
+void OrvaPrinter::PrintRankOfVariable(const OrvaVariable* variable, LumoStream* stream) {
+  PutVariable(variable, stream);
+  stream->Put("\t");
+  stream->Putln(variable->GetRank());
 }
