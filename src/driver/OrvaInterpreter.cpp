@@ -106,12 +106,6 @@ void OrvaInterpreter::DownloadCommandScript(int& error, const char* fileName) {
   --_scriptDepth;
 }
 
-void OrvaInterpreter::DownloadCommandScript(int& error, std::FILE* file) {
-  LumoXMLDocument document;
-  document.Load(file);
-  DownloadCommandScript(error, &document);
-}
-
 void OrvaInterpreter::DownloadCommandScript(int& error, const LumoXMLDocument* document) {
   if (const LumoXMLNode* root = document->FindRoot(SCRIPT_ROOT)) {
     _DownloadCommandScript(error, root);
@@ -183,3 +177,9 @@ void OrvaInterpreter::SetRandomizer(LumoRandomizer* randomizer) {
 }
 
 long OrvaInterpreter::GetRandomizerSeed() const { return _randomizer->GetSeed(); }
+
+void OrvaInterpreter::DownloadCommandScript(int& error, std::FILE* file) {
+  LumoXMLDocument document;
+  document.Load(file);
+  DownloadCommandScript(error, &document);
+}

@@ -42,22 +42,14 @@ class OrvaInterpreter {
   OrvaInterpreter(const OrvaInterpreter&) = delete;
   OrvaInterpreter& operator=(const OrvaInterpreter&) = delete;
 
+  // Components reach one another through these.
   OrvaModel* GetModel() const { return _model.get(); }
-  OrvaPrinter* GetPrinter() const { return _printer.get(); }
-  OrvaParser* GetParser() const { return _parser.get(); }
-  OrvaChecker* GetChecker() const { return _checker.get(); }
-  OrvaRewriter* GetRewriter() const { return _rewriter.get(); }
-  OrvaAnalyzer* GetAnalyzer() const { return _analyzer.get(); }
   OrvaSystemBuilder* GetSystemBuilder() const { return _systemBuilder.get(); }
   OrvaMCSManager* GetMCSManager() const { return _mcsManager.get(); }
   OrvaWalker* GetWalker() const { return _walker.get(); }
   OrvaOptionCenter* GetOptionCenter() const { return _optionCenter.get(); }
-  LumoRandomizer* GetRandomizer() const { return _randomizer.get(); }
-  // Deletes the present randomizer and takes ownership.
-  void SetRandomizer(LumoRandomizer* randomizer);
-  long GetRandomizerSeed() const;
-  void SetRandomizerSeed(long seed);
   LumoStream* GetErrorStream() const;
+  void SetRandomizerSeed(long seed);
 
   // How many scripts may be open inside each other.
   static constexpr int MAXIMUM_SCRIPT_DEPTH = 64;
@@ -66,16 +58,29 @@ class OrvaInterpreter {
   // How many quantiles and how many bins a sample may be asked for.
   static constexpr int MAXIMUM_NUMBER_OF_STATISTICS = 10000;
 
-  // Evaluate a file by name, an open file, or a loaded document: as a script when its root is
-  // "orva", else as a model.
+  // Evaluate a file by name, or a loaded document: as a script when its root is "orva", else as a
+  // model.
   void DownloadCommandScript(int& error, const char* fileName);
-  void DownloadCommandScript(int& error, std::FILE* file);
   void DownloadCommandScript(int& error, const LumoXMLDocument* document);
 
   // Report an error, with the offending element or (null) without. The form with a format puts the
   // argument in the place of "%s" and writes nothing for a null argument.
   void RaiseError(const char* format, const char* argument, const LumoXMLNode* node);
   void RaiseError(const char* text, const LumoXMLNode* node = nullptr);
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  OrvaPrinter* GetPrinter() const { return _printer.get(); }
+  OrvaParser* GetParser() const { return _parser.get(); }
+  OrvaChecker* GetChecker() const { return _checker.get(); }
+  OrvaRewriter* GetRewriter() const { return _rewriter.get(); }
+  OrvaAnalyzer* GetAnalyzer() const { return _analyzer.get(); }
+  LumoRandomizer* GetRandomizer() const { return _randomizer.get(); }
+  // Deletes the present randomizer and takes ownership.
+  void SetRandomizer(LumoRandomizer* randomizer);
+  long GetRandomizerSeed() const;
+  // Evaluates an open file.
+  void DownloadCommandScript(int& error, std::FILE* file);
 
  private:
   // What the source files of the commands share; OrvaInterpreterCommands.h defines these.

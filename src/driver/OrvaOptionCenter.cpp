@@ -1,5 +1,14 @@
+// The options and their defaults.
+//
+// The center is a list of attributes whose values carry their types; the table below gives both,
+// and the order in which options are listed. An option keeps its type: the set command reads a new
+// value by the type of the present one. Setting the seed seeds the randomizer, but only through
+// SetIntegerOption: a script that writes the option through GetOption does not, which is the
+// defined behaviour.
+
 #include "driver/OrvaOptionCenter.h"
 
+#include <cassert>
 #include <climits>
 
 #include "driver/OrvaInterpreter.h"
@@ -101,6 +110,7 @@ OrvaOptionCenter::OrvaOptionCenter(OrvaInterpreter* interpreter) : _interpreter(
         SetRealOption(option.name, option.real);
         break;
       default:
+        assert(option.type == LumoConstant::STRING);
         SetStringOption(option.name, option.text);
     }
   }

@@ -79,8 +79,6 @@ class OrvaOptionCenter {
   OrvaOptionCenter(const OrvaOptionCenter&) = delete;
   OrvaOptionCenter& operator=(const OrvaOptionCenter&) = delete;
 
-  OrvaInterpreter* GetInterpreter() const { return _interpreter; }
-
   // Set a value, defining the option when it is new. Setting the randomizer's seed here also seeds
   // the interpreter's randomizer; writing through GetOption does not.
   void SetStringOption(const char* name, const char* text);
@@ -93,12 +91,17 @@ class OrvaOptionCenter {
   int GetIntegerOption(const char* name) const;
   bool GetBooleanOption(const char* name) const;
 
-  bool IsOption(const char* name) const { return _options.HasAttribute(name); }
   // The stored value itself, null for an unknown name.
   LumoConstant* GetOption(const char* name) const { return _options.GetValueOfAttribute(name); }
-  // The options, as LumoAttributes, in the order of their definition. The cursor is the caller's.
-  LumoCursor* NewCursorOnOptions() { return _options.NewCursor(); }
+  // The options, as LumoAttributes, in the order of their definition.
   const LumoAttributeList& GetOptions() const { return _options; }
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  OrvaInterpreter* GetInterpreter() const { return _interpreter; }
+  bool IsOption(const char* name) const { return _options.HasAttribute(name); }
+  // The cursor over the options is the caller's.
+  LumoCursor* NewCursorOnOptions() { return _options.NewCursor(); }
 
  private:
   OrvaInterpreter* _interpreter;

@@ -89,12 +89,6 @@ void OrvaParser::DownloadModel(int& error, const char* fileName, OrvaModel* mode
   DownloadModel(error, &document, model);
 }
 
-void OrvaParser::DownloadModel(int& error, std::FILE* file, OrvaModel* model) {
-  LumoXMLDocument document;
-  document.Load(file);
-  DownloadModel(error, &document, model);
-}
-
 void OrvaParser::DownloadModel(int& error, const LumoXMLDocument* document, OrvaModel* model) {
   for (const Root& row : ROOTS) {
     const LumoXMLNode* root = FindRoot(document, row.element);
@@ -206,4 +200,12 @@ void OrvaParser::_Report(int& error, const char* format, const char* argument,
   assert(argument != nullptr);  // or nothing would be said of the fault
   error = 1;
   RaiseError(format, argument, node);
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+void OrvaParser::DownloadModel(int& error, std::FILE* file, OrvaModel* model) {
+  LumoXMLDocument document;
+  document.Load(file);
+  DownloadModel(error, &document, model);
 }

@@ -28,14 +28,11 @@ class OrvaParser : public LumoXMLParser {
   explicit OrvaParser(OrvaInterpreter* interpreter);
   ~OrvaParser();
 
-  OrvaInterpreter* GetInterpreter() const { return _interpreter; }
-  OrvaOptionCenter* GetOptionCenter() const { return _optionCenter; }
   // Takes the option center from the interpreter again.
   void UpdateOptionCenter();
 
-  // Read a file by name, an open file, or a loaded document into the model.
+  // Read a file by name, or a loaded document, into the model.
   void DownloadModel(int& error, const char* fileName, OrvaModel* model);
-  void DownloadModel(int& error, std::FILE* file, OrvaModel* model);
   void DownloadModel(int& error, const LumoXMLDocument* document, OrvaModel* model);
 
   // Gives every basic or unspecified event that has no expression a tree of its own read from the
@@ -43,6 +40,13 @@ class OrvaParser : public LumoXMLParser {
   void DownloadDefaultProbabilityDistributionOfBasicEvents(int& error,
                                                            const LumoXMLNode* expression,
                                                            OrvaModel* model);
+
+  // Offered to users of the class; the program itself does not call what follows.
+
+  OrvaInterpreter* GetInterpreter() const { return _interpreter; }
+  OrvaOptionCenter* GetOptionCenter() const { return _optionCenter; }
+  // Reads an open file.
+  void DownloadModel(int& error, std::FILE* file, OrvaModel* model);
 
  private:
   friend class OrvaParserTest;
