@@ -12,6 +12,10 @@
 
 #include "driver/OrvaInterpreter.h"
 
+#include <cassert>
+#include <cstdio>
+#include <memory>
+
 #include "driver/OrvaInterpreterCommands.h"
 #include "driver/OrvaOptionCenter.h"
 #include "model/OrvaModel.h"

@@ -87,7 +87,6 @@ class OrvaInterpreter {
   struct Command;
   struct Commands;
   struct Switch;
-  struct CurveKind;
 
   void _DownloadCommandScript(int& error, const LumoXMLNode* root);
   // Executes the children of an element while there is no error; and one child.
@@ -114,6 +113,7 @@ class OrvaInterpreter {
   void _DownloadCommandComputeOrdersOfMinimalCutsets(int& error, const LumoXMLNode* command);
   void _DownloadCommandComputeTopEventSensitivity(int& error, const LumoXMLNode* command);
   void _DownloadCommandComputeFailureIntensity(int& error, const LumoXMLNode* command);
+  struct CurveKind;  // see OrvaInterpreterCompute.cpp
   void _WriteTopEventProbability(int& error, const LumoXMLNode* command, OrvaHandle* handle);
   void _WriteCurve(int& error, const LumoXMLNode* command, OrvaHandle* handle,
                    const CurveKind& kind, double firstDate, double lastDate);

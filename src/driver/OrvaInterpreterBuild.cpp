@@ -11,6 +11,9 @@
 // large, what the checker finds, and room for the indices of basic events in the cutset store. The
 // systems keep pointers into the model, so an existing one is used as it stands.
 
+#include <cassert>
+#include <memory>
+
 #include "driver/OrvaInterpreter.h"
 #include "driver/OrvaInterpreterCommands.h"
 #include "model/OrvaModel.h"

@@ -2,8 +2,10 @@
 //
 // A sub-command first finds its handle, then reads what it computes with; after a fault in either
 // it ends there, and its output file is not even opened, let alone emptied. Only with the output
-// open does it compute, and only then read what it prints: these options go straight into the
-// printer, where they stay, and a fault in one of them ends the script but not the table.
+// open does it compute and read what it prints: these options go straight into the printer, where
+// they stay for the commands to come, and a bad switch ends the script but not the table.
+
+#include <span>
 
 #include "driver/OrvaInterpreter.h"
 #include "driver/OrvaInterpreterCommands.h"

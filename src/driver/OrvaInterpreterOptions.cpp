@@ -8,7 +8,9 @@
 // but a text accepts. A command reads on after a fault, so that one run shows all that is wrong
 // with it.
 
+#include <cassert>
 #include <cstdio>
+#include <memory>
 
 #include "driver/OrvaInterpreter.h"
 #include "driver/OrvaInterpreterCommands.h"

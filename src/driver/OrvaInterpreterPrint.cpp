@@ -4,6 +4,8 @@
 // an earlier command as it was. What is computed for a table (the probabilities of the basic events
 // at the mission time, the order of the events) is computed with the output open.
 
+#include <cassert>
+
 #include "driver/OrvaInterpreter.h"
 #include "driver/OrvaInterpreterCommands.h"
 #include "model/OrvaModel.h"

@@ -1,8 +1,9 @@
 // The set command.
 
+#include <cassert>
+
 #include "driver/OrvaInterpreter.h"
 #include "driver/OrvaInterpreterCommands.h"
-#include "model/OrvaModel.h"
 #include "reader/OrvaParser.h"
 #include "reader/OrvaParserMessages.h"
 

@@ -8,6 +8,7 @@
 
 #include <cassert>
 #include <cmath>
+#include <cstddef>
 
 #include "printer/OrvaPrinter.h"
 #include "printer/OrvaPrinterRows.h"

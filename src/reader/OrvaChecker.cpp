@@ -15,6 +15,7 @@
 #include <cassert>
 #include <string>
 #include <unordered_set>
+#include <vector>
 
 #include "driver/OrvaInterpreter.h"
 #include "model/OrvaCCFGroup.h"

@@ -18,7 +18,6 @@
 #include "driver/OrvaInterpreter.h"
 #include "driver/OrvaOptionCenter.h"
 #include "model/OrvaModel.h"
-#include "model/OrvaProbabilityDistribution.h"
 #include "reader/OrvaModelElements.h"
 #include "reader/OrvaParserMessages.h"
 #include "support/memory/LumoMemoryManager.h"

@@ -8,9 +8,9 @@
 
 #include <cassert>
 #include <memory>
+#include <string>
 
 #include "model/OrvaModel.h"
-#include "model/OrvaProbabilityDistribution.h"
 #include "reader/OrvaModelElements.h"
 #include "reader/OrvaParser.h"
 #include "reader/OrvaParserMessages.h"
