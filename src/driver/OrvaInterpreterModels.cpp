@@ -2,7 +2,6 @@
 
 #include "driver/OrvaInterpreter.h"
 #include "driver/OrvaInterpreterCommands.h"
-#include "driver/OrvaOptionCenter.h"
 #include "model/OrvaModel.h"
 #include "reader/OrvaChecker.h"
 #include "reader/OrvaParser.h"
@@ -77,7 +76,7 @@ void OrvaInterpreter::_DownloadCommandNormalize(int& error, const LumoXMLNode* c
 }
 
 // Loads probabilities into a system and leaves an empty output: an entry point for trying out
-// quantification code.
+// quantification code. This is the defined behaviour.
 void OrvaInterpreter::_DownloadCommandTest(int& error, const LumoXMLNode* command) {
   OrvaHandle* handle;
   _DownloadOptionSourceHandle(error, command, OrvaHandle::SYSTEM_HANDLE, handle);

@@ -5,8 +5,8 @@
 // itself says, and some commands only heed these, or behave differently when they are given; the
 // center holds what all commands of the script share. An attribute counts even when it is empty,
 // and so does an "option" child without a value: it is a text that is null, which no kind of value
-// but a text accepts. A command reads on after a fault, so that one run shows all that is wrong
-// with it.
+// but a text accepts. A command reads its other options after a fault, so that one run shows all
+// that is wrong with them.
 
 #include <cassert>
 #include <cstdio>
@@ -17,6 +17,8 @@
 #include "model/OrvaModel.h"
 #include "search/OrvaCutoff.h"
 #include "support/text/LumoFileStream.h"
+
+using Center = OrvaOptionCenter;
 
 namespace {
 
@@ -31,10 +33,7 @@ constexpr const char* UNSUITABLE_HANDLE = "Unsuitable handle %s\n";
 constexpr const char* UNABLE_TO_OPEN_OUTPUT = "Unable to open file '%s'\n";
 constexpr const char* UNABLE_TO_WRITE = "Unable to write file '%s'\n";
 
-constexpr const char* OPTION = "option";
-constexpr const char* NAME = "name";
-constexpr const char* VALUE = "value";
-constexpr OrvaWord<bool> BOOLEANS[] = {{"on", true}, {"off", false}};
+constexpr OrvaWord<bool> BOOLEANS[] = {{Center::VALUE_ON, true}, {Center::VALUE_OFF, false}};
 // Any other mode truncates the file.
 constexpr const char* APPEND_MODE = "append";
 
@@ -45,9 +44,9 @@ bool OrvaInterpreter::_DownloadOptionInChildren(const LumoXMLNode* command, cons
   result = nullptr;
   for (const LumoXMLNode* child = command->GetFirstChild(); child != nullptr;
        child = child->GetNextSibling()) {
-    if (child->IsNodeOfName(OPTION) &&
-        LumoRawString::IsEqual(child->GetAttributeValue(NAME), name)) {
-      result = child->GetAttributeValue(VALUE);
+    if (child->IsNodeOfName(Center::ELEMENT) &&
+        LumoRawString::IsEqual(child->GetAttributeValue(Center::NAME), name)) {
+      result = child->GetAttributeValue(Center::VALUE);
       return true;
     }
   }
@@ -137,7 +136,7 @@ void OrvaInterpreter::_DownloadOptionTopEvent(int& error, const LumoXMLNode* com
   event = nullptr;
   if (error != 0) return;
   const char* name;
-  _DownloadStringOption(error, command, OrvaOptionCenter::TOP_EVENT, name);
+  _DownloadStringOption(error, command, Center::TOP_EVENT, name);
   if (name != nullptr) {
     event = _model->LookForEvent(name);
     if (event == nullptr) _Report(error, NO_EVENT, name, command);
@@ -156,7 +155,7 @@ void OrvaInterpreter::_DownloadOptionSourceHandle(int& error, const LumoXMLNode*
   _DownloadOptionTopEvent(error, command, event);
   if (event == nullptr) return;
   const char* name;
-  _DownloadStringOption(error, command, OrvaOptionCenter::HANDLE, name);
+  _DownloadStringOption(error, command, Center::HANDLE, name);
   handle = event->GetHandle(OrvaTextOrEmpty(name));
   if (handle == nullptr) _Report(error, NO_HANDLE, OrvaTextOrEmpty(name), command);
 }
@@ -175,9 +174,9 @@ void OrvaInterpreter::_DownloadOptionCutoff(int& error, const LumoXMLNode* comma
   double minimumProbability = 0.0;
   double minimumContribution = 0.0;
   int maximumOrder = 0;
-  _DownloadRealOption(error, command, OrvaOptionCenter::MINIMUM_PROBABILITY, minimumProbability);
-  _DownloadRealOption(error, command, OrvaOptionCenter::MINIMUM_CONTRIBUTION, minimumContribution);
-  _DownloadIntegerOption(error, command, OrvaOptionCenter::MAXIMUM_ORDER, maximumOrder);
+  _DownloadRealOption(error, command, Center::MINIMUM_PROBABILITY, minimumProbability);
+  _DownloadRealOption(error, command, Center::MINIMUM_CONTRIBUTION, minimumContribution);
+  _DownloadIntegerOption(error, command, Center::MAXIMUM_ORDER, maximumOrder);
   cutoff = std::make_unique<OrvaCutoff>();
   cutoff->SetMaximumOrder(maximumOrder);
   cutoff->SetMinimumProbability(minimumProbability);
@@ -190,14 +189,14 @@ void OrvaInterpreter::_OpenOutputStream(int& error, const LumoXMLNode* command,
   stream = nullptr;
   const char* fileName;
   const char* mode;
-  _DownloadStringOption(error, command, OrvaOptionCenter::OUTPUT_FILE, fileName);
-  _DownloadStringOption(error, command, OrvaOptionCenter::OUTPUT_MODE, mode);
+  _DownloadStringOption(error, command, Center::OUTPUT_FILE, fileName);
+  _DownloadStringOption(error, command, Center::OUTPUT_MODE, mode);
   const bool appends = LumoRawString::IsEqual(mode, APPEND_MODE);
-  std::FILE* file = std::fopen(OrvaTextOrEmpty(fileName), appends ? "a" : "w");
-  if (file == nullptr)
-    return _Report(error, UNABLE_TO_OPEN_OUTPUT, OrvaTextOrEmpty(fileName), nullptr);
+  fileName = OrvaTextOrEmpty(fileName);
+  std::FILE* file = std::fopen(fileName, appends ? "a" : "w");
+  if (file == nullptr) return _Report(error, UNABLE_TO_OPEN_OUTPUT, fileName, nullptr);
   stream = new LumoFileStream(false, file);
-  _outputFileName = OrvaTextOrEmpty(fileName);
+  _outputFileName = fileName;
 }
 
 void OrvaInterpreter::_CloseOutputStream(int& error, LumoStream*& stream) {

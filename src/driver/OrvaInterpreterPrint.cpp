@@ -1,8 +1,9 @@
 // The print command.
 //
-// Everything that may fail is read before the output is opened, so that a fault leaves the file of
-// an earlier command as it was. What is computed for a table (the probabilities of the basic events
-// at the mission time, the order of the events) is computed with the output open.
+// What a table is about is read before the output is opened, so that a fault in it leaves the file
+// of an earlier command as it was; a model that can't be written is found out before, too. What is
+// computed for a table (the probabilities of the basic events at the mission time, the order of the
+// events) and the switches of its columns follow with the output open.
 
 #include <cassert>
 
@@ -183,7 +184,7 @@ void OrvaInterpreter::_DownloadCommandPrintWalkStatistics(int& error, const Lumo
 }
 
 void OrvaInterpreter::_DownloadCommandPrintOption(int& error, const LumoXMLNode* command) {
-  const char* name = command->GetAttributeValue("name");
+  const char* name = command->GetAttributeValue(Center::NAME);
   if (name == nullptr) return _Report(error, NO_OPTION_NAME, command);
   const LumoConstant* value = _optionCenter->GetOption(name);
   if (value == nullptr) return _Report(error, UNKNOWN_OPTION, name, command);

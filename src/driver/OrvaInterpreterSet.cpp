@@ -13,9 +13,6 @@ namespace {
 constexpr const char* NO_OPTION_NAME = "No option name";
 constexpr const char* NOT_AN_OPTION = "%s is not a valid option";
 
-constexpr const char* NAME = "name";
-constexpr const char* VALUE = "value";
-
 }  // namespace
 
 void OrvaInterpreter::_DownloadCommandSet(int& error, const LumoXMLNode* command) {
@@ -31,13 +28,13 @@ void OrvaInterpreter::_DownloadCommandSet(int& error, const LumoXMLNode* command
 // which does not exist, makes it off, 0 or null. It is written straight into the stored constant,
 // so that the randomizer is not seeded. Both are the defined behaviour.
 void OrvaInterpreter::_DownloadCommandSetOption(int& error, const LumoXMLNode* command) {
-  const char* name = command->GetAttributeValue(NAME);
+  const char* name = command->GetAttributeValue(OrvaOptionCenter::NAME);
   if (name == nullptr) return _Report(error, NO_OPTION_NAME, command);
   LumoConstant* option = _optionCenter->GetOption(name);
   if (option == nullptr) return _Report(error, NOT_AN_OPTION, name, command);
   assert(error == 0 && option->GetType() != LumoConstant::NIL);
   const auto read = [&](auto value, auto download) {
-    (this->*download)(error, command, VALUE, value);
+    (this->*download)(error, command, OrvaOptionCenter::VALUE, value);
     if (error == 0) option->Set(value);
   };
   switch (option->GetType()) {

@@ -72,6 +72,13 @@ class OrvaOptionCenter {
       "print-probability-of-failure-per-hour";
   static constexpr const char* PRINT_SAFETY_INTEGRITY_LEVEL = "print-safety-integrity-level";
 
+  // How scripts write an option: an element with two attributes, and the values of a Boolean.
+  static constexpr const char* ELEMENT = "option";
+  static constexpr const char* NAME = "name";
+  static constexpr const char* VALUE = "value";
+  static constexpr const char* VALUE_ON = "on";
+  static constexpr const char* VALUE_OFF = "off";
+
   // Defines every option with its default. The interpreter is not owned; its randomizer is seeded
   // with the default seed.
   explicit OrvaOptionCenter(OrvaInterpreter* interpreter);

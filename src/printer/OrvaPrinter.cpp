@@ -12,14 +12,13 @@
 #include "printer/OrvaPrinterRows.h"
 #include "support/memory/LumoMemoryManager.h"
 
+using Center = OrvaOptionCenter;
+
 namespace {
 
 constexpr const char* UNWRITABLE_TEXT = "A model can't be written with this name or text: %s\n";
 
 constexpr const char* SET = "set";
-constexpr const char* OPTION = "option";
-constexpr const char* NAME = "name";
-constexpr const char* VALUE = "value";
 
 }  // namespace
 
@@ -93,12 +92,12 @@ void OrvaPrinter::PrintOption(const char* name, const LumoConstant* value, LumoS
 
 void OrvaPrinter::_PrintOptionElement(const char* name, const LumoConstant* value,
                                       LumoStream* stream) {
-  PrintOpenTagOpening(OPTION, stream);
-  PrintAttribute(NAME, name, stream);
+  PrintOpenTagOpening(Center::ELEMENT, stream);
+  PrintAttribute(Center::NAME, name, stream);
   if (value->IsBool()) {
-    PrintAttribute(VALUE, value->ToBool() ? "on" : "off", stream);
+    PrintAttribute(Center::VALUE, value->ToBool() ? Center::VALUE_ON : Center::VALUE_OFF, stream);
   } else {
-    PrintAttribute(VALUE, value, stream);
+    PrintAttribute(Center::VALUE, value, stream);
   }
   PrintOpenTagEnding(stream);
 }
