@@ -1,11 +1,12 @@
 // Sequences of commands over small models: no crash, no leak, a message for every error and only
 // then, and the same tables wherever results must agree.
 //
-//   CommandSequences MODELS [--seed N] [--first N] [--count N]    random ones
-//   CommandSequences MODELS --every LENGTH                        all that are so long
+//   CommandSequences FOLDER [--seed N] [--first N] [--count N]    random ones
+//   CommandSequences FOLDER --every LENGTH                        all that are so long
 //
-// MODELS is the folder of the models. Sequence number i of a seed or length is always the same one.
-// What fails is shrunk and written as a script. Most is found in a build with the sanitizers.
+// FOLDER holds the folder "models" and the tables "commands" and "options". Sequence number i of a
+// seed or length is always the same one. What fails is shrunk and written as a script. Most is
+// found in a build with the sanitizers.
 
 #include <algorithm>
 #include <functional>
@@ -30,52 +31,13 @@ constexpr long BATCH = 100;  // sequences per process; leaks are looked for at i
 
 // ---- What sequences are drawn from --------------------------------------------------------------
 
-using Values = std::vector<const char*>;
+using Values = std::vector<std::string>;
 
 struct OptionValues {
   std::string name;
   Values good;
   Values odd;
 };
-
-const Values ODD_REALS = {"-1", "1e300", "nan", "1e999", "1e-320", "", "abc", "5%s"};
-const Values ODD_INTEGERS = {"-1", "3.5", "99999999999", "", "abc", "%n"};
-const Values ODD_NAMES = {"", "nothing", "%s%n", "E1"};
-
-// Odd dates and steps are chosen such that a curve has few points.
-const std::vector<OptionValues> VALUED_OPTIONS = {
-    {"mission-time", {"0", "100", "1000", "8760"}, ODD_REALS},
-    {"top-event", {"T1", "T2"}, ODD_NAMES},
-    {"system-handle", {"system", "S1", "S2", "A"}, {"", "MCS", "%s"}},
-    {"handle", {"MCS", "A", "B", "S1"}, {"", "system", "%s"}},
-    {"minimum-probability", {"0", "1e-6", "1e-3"}, ODD_REALS},
-    {"minimum-contribution", {"0", "0.1"}, ODD_REALS},
-    {"maximum-order", {"1", "2", "3"}, ODD_INTEGERS},
-    {"format", {"open-psa", "excel", "talvik"}, {"", "Excel"}},
-    {"output", {"set.txt"}, {"", ".", "no/folder.txt", "%s.txt", "/dev/full"}},
-    {"mode", {"write", "append"}, {"", "Append"}},
-    {"input", {"models/shared.xml", "models/script.xml"}, {"", "models", "models/none.xml"}},
-    {"number-of-tries", {"0", "1", "20"}, ODD_INTEGERS},
-    {"number-of-quantiles", {"0", "1", "19"}, {"-1", "2000000000", ""}},
-    {"number-of-bins", {"0", "1", "5"}, {"-1", "2000000000", ""}},
-    {"randomizer-seed", {"1", "12345"}, ODD_INTEGERS},
-    {"first-date", {"0", "50"}, {"-1", "1e4", "-1e999", ""}},
-    {"last-date", {"0", "100", "200"}, {"-1", "250", "-1e999", "abc"}},
-    {"step", {"0", "20", "500"}, {"-1", "1e-300", "1e999", "nan"}},
-    {"smoothing-ratio", {"0.1", "0.5"}, {"0", "-1", "1e300", ""}},
-};
-
-// These and all switches.
-std::vector<OptionValues> GetOptions() {
-  std::vector<OptionValues> options = VALUED_OPTIONS;
-  OrvaInterpreter interpreter;
-  LumoCursor* cursor = interpreter.GetOptionCenter()->NewCursorOnOptions();
-  for (const LumoAttribute* option : LumoRange<LumoAttribute>(cursor)) {
-    if (option->IsBool()) options.push_back({option->GetName(), {"on", "off"}, {"", "On", "1"}});
-  }
-  return options;
-}
-const std::vector<OptionValues> OPTIONS = GetOptions();
 
 // A command: a family and an element in it, or for the few without children the family alone.
 enum Role { LOAD, SET, CHANGE, READ };
@@ -87,67 +49,60 @@ struct CommandKind {
   std::string options;  // between blanks
 };
 
-const std::string TABLE = " mode ";
-const std::string OF_EVENT = TABLE + "top-event ";
-const std::string OF_SYSTEM = OF_EVENT + "format mission-time ";
-const std::string OF_HANDLE = OF_EVENT + "handle ";
-const std::string OF_DATE = OF_HANDLE + "mission-time ";
-const std::string OF_CURVE = OF_HANDLE +
-                             "first-date last-date step add-singular-points smooth-curve "
-                             "smoothing-ratio print-unavailability print-average-unavailability "
-                             "print-conditional-failure-intensity print-unreliability "
-                             "print-safety-integrity-level ";
-const std::string OF_IMPORTANCE = OF_DATE +
-                                  "print-probability print-conditional-probability-0 "
-                                  "print-Fussel-Vesely-importance-factor ";
-const std::string OF_SENSITIVITY = OF_DATE +
-                                   "number-of-tries number-of-quantiles number-of-bins "
-                                   "print-error-factor print-basic-event-sensitivity "
-                                   "print-parameter-sensitivity ";
-const std::string OF_CUTSETS = OF_DATE + "print-minimal-cutset-rank print-minimal-cutset-order ";
-const std::string OF_BUILD =
-    " top-event system-handle handle mission-time minimum-probability minimum-contribution "
-    "maximum-order ";
+std::vector<OptionValues> OPTIONS;
+std::vector<CommandKind> KINDS;
 
-const std::vector<CommandKind> KINDS = {
-    {"load", "model", LOAD, 8, ""},
-    {"load", "script", LOAD, 2, ""},
-    {"set", "option", SET, 16, ""},
-    {"set", "default-probability-distribution", SET, 1, ""},
-    {"normalize", "", CHANGE, 4, " top-event "},
-    {"build", "system", CHANGE, 6, " top-event system-handle "},
-    {"build", "minimal-cutsets", CHANGE, 20, OF_BUILD},
-    {"check", "model", READ, 1, ""},
-    {"check", "events", READ, 1, ""},
-    {"check", "gates", READ, 1, ""},
-    {"check", "basic-events", READ, 1, ""},
-    {"check", "house-events", READ, 1, ""},
-    {"check", "parameters", READ, 1, ""},
-    {"check", "top-event", READ, 1, ""},
-    {"check", "normal-form", READ, 1, ""},
-    {"test", "", CHANGE, 6, OF_SYSTEM},
-    {"compute", "values-of-parameters", READ, 6, " mode mission-time "},
-    {"compute", "probabilities-of-basic-events", READ, 6, " mode mission-time "},
-    {"compute", "probability", READ, 12, OF_DATE},
-    {"compute", "probability", READ, 6, OF_CURVE},
-    {"compute", "failure-intensity", READ, 9, OF_CURVE},
-    {"compute", "importance-factors", READ, 12, OF_IMPORTANCE},
-    {"compute", "orders", READ, 6, OF_HANDLE},
-    {"compute", "sensitivity", READ, 15, OF_SENSITIVITY},
-    {"print", "model", READ, 6, TABLE},
-    {"print", "modules", READ, 6, TABLE},
-    {"print", "numbers-of-parents", READ, 6, OF_EVENT},
-    {"print", "system", READ, 9, OF_SYSTEM},
-    {"print", "occurrences-of-variables", READ, 6, OF_SYSTEM},
-    {"print", "values-of-variables", READ, 6, OF_SYSTEM},
-    {"print", "system-statistics", READ, 6, OF_SYSTEM},
-    {"print", "minimal-cutsets", READ, 15, OF_CUTSETS},
-    {"print", "orders", READ, 6, OF_HANDLE},
-    {"print", "numbers-of-occurrences", READ, 6, OF_HANDLE},
-    {"print", "walk-statistics", READ, 6, TABLE},
-    {"print", "option", READ, 3, TABLE},
-    {"print", "options", READ, 3, TABLE},
-};
+template <class Read>
+void ForEachRow(const fs::path& table, Read read) {
+  std::istringstream lines(ReadFile(table));
+  for (std::string line; std::getline(lines, line);) {
+    std::istringstream words(line);
+    if (!line.empty() && line[0] != '#') read(words);
+  }
+}
+
+void ReadTables(const fs::path& folder) {
+  ForEachRow(folder / "options", [](std::istream& words) {
+    OptionValues option;
+    words >> option.name;
+    Values* values = &option.good;
+    for (std::string word; words >> word;) {
+      if (word == "|") {
+        values = &option.odd;
+      } else {
+        values->push_back(word == "\"\"" ? "" : word);
+      }
+    }
+    OPTIONS.push_back(option);
+  });
+  ForEachRow(folder / "commands", [](std::istream& words) {
+    CommandKind kind;
+    words >> kind.family >> kind.element >> kind.weight;
+    std::getline(words, kind.options);
+    kind.options += " ";
+    if (kind.element == "-") kind.element = "";
+    const std::string& family = kind.family;
+    kind.role = family == "load"                                                ? LOAD
+                : family == "set"                                               ? SET
+                : family == "check" || family == "compute" || family == "print" ? READ
+                                                                                : CHANGE;
+    KINDS.push_back(kind);
+  });
+}
+
+// Whether the table has the options of the engine and no other.
+bool HasAllOptions() {
+  OrvaInterpreter interpreter;
+  std::vector<std::string> found, known;
+  for (const OptionValues& option : OPTIONS) found.push_back(option.name);
+  LumoCursor* cursor = interpreter.GetOptionCenter()->NewCursorOnOptions();
+  for (const LumoAttribute* option : LumoRange<LumoAttribute>(cursor)) {
+    known.push_back(option->GetName());
+  }
+  std::sort(found.begin(), found.end());
+  std::sort(known.begin(), known.end());
+  return found == known;
+}
 
 const Values MODELS = {"models/modules.xml", "models/modules.xml", "models/shared.xml",
                        "models/groups.xml",  "models/groups.xml",  "models/changes.xml",
@@ -239,9 +194,11 @@ Command LoadModel(const char* input) {
   return {FindKind("load", "model"), {{"input", input, false}}, ""};
 }
 
-const Sequence ALLOW_REDEFINITIONS = {SetOption("check-event-redefinition", "off"),
-                                      SetOption("check-parameter-redefinition", "off"),
-                                      SetOption("check-CCF-group-redefinition", "off")};
+Sequence AllowRedefinitions() {
+  return {SetOption("check-event-redefinition", "off"),
+          SetOption("check-parameter-redefinition", "off"),
+          SetOption("check-CCF-group-redefinition", "off")};
+}
 
 // Draws a sequence at random.
 class Drawer {
@@ -253,9 +210,8 @@ class Drawer {
     Sequence sequence;
     if (!_IsOneIn(20)) sequence.push_back(_Draw("load", "model"));
     while (_IsOneIn(6)) {
-      const int numberOfOptions = _IsOneIn(3) ? 2 : 3;
-      sequence.insert(sequence.end(), ALLOW_REDEFINITIONS.begin(),
-                      ALLOW_REDEFINITIONS.begin() + numberOfOptions);
+      const Sequence allowing = AllowRedefinitions();
+      sequence.insert(sequence.end(), allowing.begin(), allowing.end() - (_IsOneIn(3) ? 1 : 0));
       sequence.push_back(_Draw("load", "model"));
     }
     if (!_IsOneIn(8)) sequence.push_back(SetOption("top-event", _IsOneIn(3) ? "T2" : "T1"));
@@ -287,7 +243,7 @@ class Drawer {
   }
 
   const char* _DrawValue(const OptionValues& option, int oneInOdd) {
-    return _DrawFrom(_IsOneIn(oneInOdd) ? option.odd : option.good);
+    return _DrawFrom(_IsOneIn(oneInOdd) ? option.odd : option.good).c_str();
   }
 
   Command _Draw(const char* family, const char* element) {
@@ -298,7 +254,7 @@ class Drawer {
     Command command{&kind, {}, ""};
     if (kind.role == LOAD) {
       const bool isModel = kind.element == "model";
-      const char* input = _DrawFrom(isModel ? MODELS : SCRIPTS);
+      const char* input = _DrawFrom(isModel ? MODELS : SCRIPTS).c_str();
       if (!_IsOneIn(20)) command.options.push_back({"input", input, false});
     } else if (Is(command, "set", "option") || Is(command, "print", "option")) {
       const OptionValues& option = _DrawFrom(OPTIONS);
@@ -346,6 +302,12 @@ class Drawer {
 class Enumeration {
  public:
   explicit Enumeration(long length) : _length(length) {
+    for (const auto& [name, value] : {std::pair("top-event", "T1"),
+                                      {"last-date", "100"},
+                                      {"step", "50"},
+                                      {"number-of-tries", "20"}}) {
+      _settings.push_back(SetOption(name, value));
+    }
     for (const CommandKind& kind : KINDS) {
       const bool isListed = &kind == FindKind(kind.family.c_str(), kind.element.c_str());
       const bool isInput = kind.role == LOAD || kind.role == SET;
@@ -390,17 +352,11 @@ class Enumeration {
     return place;
   }
 
-  inline static const Values MODELS_BEFORE = {"models/modules.xml", "models/shared.xml",
-                                              "models/house.xml"};
+  inline static const std::vector<const char*> MODELS_BEFORE = {
+      "models/modules.xml", "models/shared.xml", "models/house.xml"};
 
   long _length;
-  Sequence _settings = {ALLOW_REDEFINITIONS[0],
-                        ALLOW_REDEFINITIONS[1],
-                        ALLOW_REDEFINITIONS[2],
-                        SetOption("top-event", "T1"),
-                        SetOption("last-date", "100"),
-                        SetOption("step", "50"),
-                        SetOption("number-of-tries", "20")};
+  Sequence _settings = AllowRedefinitions();
   Sequence _commands = {LoadModel("models/changes.xml"), LoadModel("models/groups.xml"),
                         SetOption("handle", "A"), SetOption("top-event", "T2")};
 };
@@ -688,10 +644,15 @@ int CheckSequences(const Source& source, long first, long end) {
 
 int main(int argc, char** argv) {
   if (argc < 2) {
-    std::puts("usage: CommandSequences MODELS [--seed N] [--first N] [--count N] [--every LENGTH]");
+    std::puts("usage: CommandSequences FOLDER [--seed N] [--first N] [--count N] [--every LENGTH]");
     return 2;
   }
-  const fs::path models = fs::absolute(argv[1]);
+  const fs::path models = fs::absolute(argv[1]) / "models";
+  ReadTables(argv[1]);
+  if (!HasAllOptions()) {
+    std::puts("the table has not just the options of the engine");
+    return 1;
+  }
   const long seed = GetNumber(argc, argv, "--seed", 1);
   const long first = GetNumber(argc, argv, "--first", 0);
   const long count = GetNumber(argc, argv, "--count", 2000);
