@@ -1,4 +1,5 @@
 #include <array>
+#include <functional>
 #include <memory>
 #include <random>
 
@@ -27,6 +28,9 @@ int MatchKey(const void* item, const void* key) {
   return static_cast<const Item*>(item)->key - *static_cast<const int*>(key);
 }
 bool IsOdd(const void* item) { return static_cast<const Item*>(item)->key % 2 != 0; }
+int CompareInts(const void* a, const void* b) {
+  return *static_cast<const int*>(a) - *static_cast<const int*>(b);
+}
 void* GetKey(void* item) { return &static_cast<Item*>(item)->key; }
 int* GetMark(void* item) { return &static_cast<Item*>(item)->mark; }
 void MarkItem(void* item) { ++static_cast<Item*>(item)->mark; }
@@ -44,10 +48,10 @@ std::string TakeNames(LumoContainer* container) {
   return Names(*container);
 }
 
-// The slots of an array up to `size`, "." for an empty one.
-std::string Slots(const LumoArray& array, int size) {
+// The slots of an array, "." for an empty one.
+std::string Slots(const LumoArray& array) {
   std::string slots;
-  for (int i = 0; i < size; ++i) {
+  for (int i = 0; i < array.GetSize(); ++i) {
     const auto* item = static_cast<const Item*>(array.GetItem(i));
     slots += item == nullptr ? '.' : item->name;
   }
@@ -63,11 +67,6 @@ class ContainersTest : public testing::Test {
   Item* Get(char name) { return &_items[Index(name - 'a')]; }
   void Fill(LumoContainer& container, const char* names) {
     for (; *names != '\0'; ++names) container.InsertItem(Get(*names));
-  }
-  // Slot by slot.
-  void FillSlots(LumoArray& array, const char* slots) {
-    for (int i = 0; slots[i] != '\0'; ++i)
-      array.SetItem(i, slots[i] == '.' ? nullptr : Get(slots[i]));
   }
 
  private:
@@ -114,23 +113,32 @@ TEST_P(AnyContainerTest, FindsCountsAndRemovesItems) {
 }
 
 TEST_P(AnyContainerTest, SetOperations) {
-  auto left = Make("abcd");
-  const auto right = Make("cdef");
-  EXPECT_EQ(left->CountItemsOfUnion(right.get()), 6);
-  EXPECT_EQ(left->CountItemsOfIntersection(right.get()), 2);
-  EXPECT_EQ(left->CountItemsOfDifference(right.get()), 2);
-  left->Add(right.get());
-  EXPECT_EQ(Names(*left), "abcdef");
-  EXPECT_FALSE(left->HasSameItems(right.get()));
-  left->Select(right.get());
-  EXPECT_TRUE(left->HasSameItems(right.get()));
-  left->Subtract(Make("ae").get());
-  EXPECT_EQ(Names(*left), "cdf");
+  const struct {
+    const char *left, *right, *sum, *both, *rest;
+  } rows[] = {{"abcd", "cdef", "abcdef", "cd", "ab"},
+              {"ab", "ab", "ab", "ab", ""},
+              {"", "c", "c", "", ""},
+              {"ac", "b", nullptr, "", "ac"}};
+  for (const auto& [left, right, sum, both, rest] : rows) {
+    const auto other = Make(right), added = Make(left), selected = Make(left),
+               lessened = Make(left);
+    EXPECT_EQ(added->CountItemsOfDifference(other.get()), std::ssize(std::string(rest)));
+    EXPECT_EQ(added->CountItemsOfIntersection(other.get()), std::ssize(std::string(both)));
+    EXPECT_EQ(added->HasSameItems(other.get()), *rest == '\0' && std::string(both) == right);
+    added->Add(other.get());
+    selected->Select(other.get());
+    lessened->Subtract(other.get());
+    EXPECT_EQ(Make(left)->CountItemsOfUnion(other.get()), added->GetNumberOfItems());
+    if (sum != nullptr) {
+      EXPECT_EQ(Names(*added), sum);  // else in the container's order
+    }
+    EXPECT_EQ(Names(*selected) + "|" + Names(*lessened), std::string(both) + "|" + rest);
+  }
+  auto left = Make("cdf");
   left->RemoveItems(Make("fz").get());
   left->DeleteItems(Make("dx").get(), MarkItem);
   EXPECT_EQ(Get('d')->mark, 1);
   EXPECT_EQ(Get('x')->mark, 0);  // it was not in the container
-  left = Make("c");
   left->InsertItems(Make("gh").get());
   left->Apply(
       [](void* item, void* by) { static_cast<Item*>(item)->mark += *static_cast<int*>(by); },
@@ -146,26 +154,19 @@ TEST_P(AnyContainerTest, SetOperations) {
 TEST_P(AnyContainerTest, CursorsStandOnOneItemOrOnNone) {
   const auto container = Make("abcd");
   const std::unique_ptr<LumoCursor> cursor(container->NewCursor());
+  using C = LumoCursor;
   // Where the cursor stands: before the first item, on the first, on the last, after the last.
-  const auto expect = [&](const std::string& flags) {
+  const std::pair<void (C::*)(), const char*> rows[] = {
+      {&C::Increment, "1001"}, {&C::ResetOnFirstItem, "0100"},
+      {&C::Decrement, "1000"}, {&C::ResetOnLastItem, "0010"},
+      {&C::Increment, "0001"}, {&C::ResetOnFirstItem, "1001"}};
+  for (const auto& [move, flags] : rows) {
+    if (&flags == &rows[5].second) container->RemoveItems();
+    (cursor.get()->*move)();
     const bool found[] = {cursor->IsBeforeFirstItem(), cursor->IsOnFirstItem(),
                           cursor->IsOnLastItem(), cursor->IsAfterLastItem()};
-    for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(found[i], flags[i] == '1') << flags;
-  };
-  expect("1001");
-  cursor->Increment();
-  expect("1001");
-  cursor->ResetOnFirstItem();
-  expect("0100");
-  cursor->Decrement();
-  expect("1000");
-  cursor->ResetOnLastItem();
-  expect("0010");
-  cursor->Increment();
-  expect("0001");
-  container->RemoveItems();
-  cursor->ResetOnFirstItem();
-  expect("1001");
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(found[i], flags[i] == '1') << flags;
+  }
 }
 
 // Against a vector, over random insertions and removals, many of them of items with equal keys,
@@ -245,138 +246,127 @@ INSTANTIATE_TEST_SUITE_P(All, AnyContainerTest, testing::Values(0, 1, 2));
 
 using LumoArrayTest = ContainersTest;
 
-TEST_F(LumoArrayTest, SlotsMayBeEmpty) {
+// What an array of slots becomes, in increments of so many: an insertion counts items, not slots,
+// and shifts what follows; sizes are whole increments.
+TEST_F(LumoArrayTest, ChangesItsSlots) {
+  using A = LumoArray;
+  const struct {
+    int increment;
+    const char* before;
+    std::function<void(A&)> change;
+    const char* after;
+  } rows[] = {
+      {5, "a.b..", [&](A& a) { a.InsertItemLast(Get('c')); }, "a.cb."},
+      {5, "a.b..", [&](A& a) { a.InsertItemFirst(Get('d')); }, "da.b."},
+      {5, "a.b..", [&](A& a) { a.InsertItemAtIndex(2, Get('e')); }, "a.eb."},
+      {5, "a.b..", [&](A& a) { a.InsertItemAtIndex(3, Get('e')); }, "a.b.."},  // beyond the items
+      {5, "a.b..", [](A& a) { a.RemoveItem(2); }, "a...."},
+      {5, "a.bc.", [](A& a) { a.RemoveItemAtIndex(1); }, "abc.."},
+      {5, "a.bc.", [](A& a) { a.RemoveItemAtIndex(0); }, ".bc.."},
+      {2, "ab", [](A& a) { a.Expand(1); }, "ab"},
+      {2, "ab", [](A& a) { a.Expand(2); }, "ab.."},
+      {2, "ab", [](A& a) { a.Expand(5); }, "ab...."},
+      {2, "abcd..", [](A& a) { a.Shrink(3); }, "abcd"},
+      {2, "abcd..", [](A& a) { a.Shrink(1); }, "ab"},
+      {2, "abcd..", [](A& a) { a.Shrink(0); }, "ab"},
+      {2, "abcd..", [](A& a) { a.Shrink(9); }, "abcd.."},
+      {2, "abcd..", [](A& a) { a.Shrink(-1); }, ""},
+      {8, "a.b..c.d", [](A& a) { a.CompactBlockLeft(1, 5); }, "abc....d"},
+      {8, "abc....d", [](A& a) { a.CompactBlockRight(0, 4); }, ".abc...d"},
+      {8, "a.b..c.d", [](A& a) { a.CompactLeft(); }, "abcd...."},
+      {8, "a.b..c..", [](A& a) { a.CompactRight(); }, ".....abc"},
+      {8, "a.b..c.d", [](A& a) { a.SwapItems(0, 4); }, "..b.ac.d"},
+      {8, "a...bc.d", [](A& a) { a.ShiftBlockLeft(4, 4, 3); }, "abc.d..."},
+      {8, "a.bc....", [](A& a) { a.ShiftBlockRight(1, 3, 2); }, "a...bc.."},
+      {8, "a.b..c.d", [](A& a) { a.RemoveItems(2, 5); }, "a......d"},
+      {3, "ab.", [&](A& a) { a.PushItem(Get('x')), a.PushItem(nullptr); }, "abx"},  // as a stack
+      {3, "abx", [](A& a) { a.PopItem(); }, "ab."},
+      {8, "f.ce.adb", [](A& a) { a.SortBlock(1, 6, CompareKeys); }, "facde..b"},
+      {8, "f.ce.adb", [](A& a) { a.Sort(CompareKeys); }, "abcdef.."}};
+  for (const auto& [increment, before, change, after] : rows) {
+    SCOPED_TRACE(std::string(before) + " " + after);
+    LumoArray array(increment);
+    for (int i = 0; before[i] != '\0'; ++i) {
+      array.SetItem(i, before[i] == '.' ? nullptr : Get(before[i]));
+    }
+    const std::unique_ptr<LumoArray> copy(array.Copy());
+    change(array);
+    EXPECT_EQ(Slots(array), after);
+    EXPECT_EQ(array.GetNumberOfItems(), std::ssize(Names(array)));
+    EXPECT_EQ(Slots(*copy), before);
+    EXPECT_EQ(copy->GetNumberOfItems(), std::ssize(Names(*copy)));
+  }
+}
+
+TEST_F(LumoArrayTest, CountsItemsNotSlots) {
   LumoArray array(3);
-  FillSlots(array, "a.b");
+  array.SetItem(0, Get('a'));
+  array.SetItem(2, Get('b'));
   EXPECT_EQ(array.GetNthItem(2), Get('b'));
   EXPECT_EQ(array.GetNthItem(0), Get('a'));  // slot 0 as it is
   EXPECT_EQ(array.GetIndexOfNthItem(3), -1);
-  // Insertion counts items, not slots, and shifts what follows.
-  array.InsertItemLast(Get('c'));
-  EXPECT_EQ(Slots(array, 5), "a.cb.");
-  array.InsertItemFirst(Get('d'));
-  array.InsertItemAtIndex(9, Get('e'));  // beyond the number of items
-  EXPECT_EQ(Slots(array, 6), "da.cb.");
-  EXPECT_EQ(array.RemoveItem(1), Get('a'));
-  EXPECT_EQ(Slots(array, 6), "d..cb.");
-  EXPECT_EQ(array.RemoveItemAtIndex(1), nullptr);
-  EXPECT_EQ(array.RemoveItemAtIndex(0), Get('d'));
-  EXPECT_EQ(Slots(array, 4), ".cb.");
-  EXPECT_EQ(array.GetNumberOfItems(), 2);
-}
-
-TEST_F(LumoArrayTest, GrowsAndShrinksByWholeIncrements) {
-  LumoArray array(10);
-  FillSlots(array, "a.......h");
-  const int sizes[][2] = {{9, 10},  {10, 20}, {39, 40},  // at least for slot n, then at most
-                          {35, 40}, {25, 30}, {20, 30}, {19, 20}, {99, 20}, {5, 10}};
-  for (int i = 0; i < 9; ++i) {
-    i < 3 ? array.Expand(sizes[i][0]) : array.Shrink(sizes[i][0]);
-    EXPECT_EQ(array.GetSize(), sizes[i][1]) << i;
-  }
-  EXPECT_EQ(Slots(array, 10), "a.......h.");
-  array.Shrink(-1);
-  EXPECT_EQ(array.GetSize() + array.GetNumberOfItems(), 0);
-}
-
-TEST_F(LumoArrayTest, MovesSlots) {
-  LumoArray array(16);
-  FillSlots(array, "a.b..c.d");
-  const std::unique_ptr<LumoArray> copy(array.Copy());
-  array.CompactBlockLeft(1, 5);
-  EXPECT_EQ(Slots(array, 8), "abc....d");
-  array.CompactBlockRight(0, 4);
-  EXPECT_EQ(Slots(array, 8), ".abc...d");
-  array.CompactLeft();
-  EXPECT_EQ(Slots(array, 8), "abcd....");
-  array.CompactRight();
-  EXPECT_EQ(Slots(array, 16), "............abcd");
-  array.SwapItems(0, 13);
-  EXPECT_EQ(Slots(array, 16), "b...........a.cd");
-  array.ShiftBlockLeft(12, 4, 10);
-  EXPECT_EQ(Slots(array, 16), "b.a.cd..........");
-  array.ShiftBlockRight(2, 4, 1);
-  EXPECT_EQ(Slots(array, 8), "b..a.cd.");
-  array.RemoveItems(3, 3);
-  EXPECT_EQ(Slots(array, 8), "b.....d.");
-  EXPECT_EQ(array.GetNumberOfItems(), 2);
   LumoArrayCursor one(&array), two(&array);
   one.ResetOnLastItem();
   two.ResetOnCursor(&one);
   two.Decrement();
   one.ExchangeItems(&two);
   one.SubstituteItemForItem(Get('z'));
-  EXPECT_EQ(Slots(array, 8), "d.....z.");
-  EXPECT_EQ(Slots(*copy, 8), "a.b..c.d");
-  EXPECT_EQ(copy->GetNumberOfItems(), 4);
-}
-
-TEST_F(LumoArrayTest, PushesPopsAndSortsStably) {
-  LumoArray array(32);
-  for (const char c : {'a', 'b', 'x'}) array.PushItem(Get(c));  // as a stack
-  array.PushItem(nullptr);
-  EXPECT_EQ(array.PopItem(), Get('x'));
-  EXPECT_EQ(Slots(array, 3), "ab.");
-  FillSlots(array, "f.ce.adb.g");
-  for (const char c : {'a', 'c', 'e', 'g'}) Get(c)->key = 1;
-  for (const char c : {'b', 'd', 'f'}) Get(c)->key = 0;
-  array.SortBlock(1, 6, CompareKeys);  // .ce.ad
-  EXPECT_EQ(Slots(array, 10), "fdcea..b.g");
-  array.Sort(CompareKeys);
-  EXPECT_EQ(Slots(array, 10), "fdbceag...");
+  EXPECT_EQ(Slots(array), "b.z");
 }
 
 using LumoListTest = ContainersTest;
 
 TEST_F(LumoListTest, InsertsAndReachesAnywhere) {
-  LumoList list(2, Get('b'), Get('c'));  // a stack at its head, a queue at its end
-  list.Push(Get('a'));
-  list.Push(Get('z'));
-  list.EnQueue(Get('d'));
-  EXPECT_EQ(list.Pop(), Get('z'));
-  list.RemoveLastItem();
+  using L = LumoList;
   const int two = 2, none = 99;
-  for (const int n : {0, 4, -4}) EXPECT_EQ(list.GetNthItem(n), nullptr);
-  list.InsertItemBefore(MatchKey, &two, Get('x'));
-  list.InsertItemAfter(MatchKey, &two, Get('y'));
-  list.InsertItemAfter(MatchKey, &none, Get('z'));
-  EXPECT_EQ(Names(list), "axbyc");
-  list.InsertItemInPosition(Get('p'), 1);
-  list.InsertItemInPosition(Get('q'), 3);
-  list.InsertItemAfter(list.GetLastCell(), Get('r'));
-  list.InsertItemBefore(list.GetFirstCell(), Get('o'));
-  EXPECT_EQ(Names(list), "opaqxbycr");
-  const std::unique_ptr<LumoList> range(list.ExtractRange(3, 5));
-  EXPECT_EQ(Names(*range), "aqx");
-  EXPECT_EQ(Names(list), "opbycr");
-  list.Append(range.get());
-  EXPECT_EQ(Names(list), "opbycraqx");
-  EXPECT_EQ(Names(*range), "aqx");
-  list.Reverse();
-  EXPECT_EQ(Names(list), "xqarcybpo");
-  EXPECT_EQ(list.GetNthItem(-9), Get('x'));  // the links backwards too
+  const struct {
+    const char* before;
+    std::function<void(L&)> change;
+    const char* after;
+  } rows[] = {{"bc", [&](L& l) { l.Push(Get('a')); }, "abc"},  // a stack at its head
+              {"abc", [](L& l) { l.Pop(); }, "bc"},
+              {"bc", [&](L& l) { l.EnQueue(Get('a')); }, "bca"},  // a queue at its end
+              {"abc", [&](L& l) { l.InsertItemBefore(MatchKey, &two, Get('x')); }, "axbc"},
+              {"abc", [&](L& l) { l.InsertItemAfter(MatchKey, &two, Get('x')); }, "abxc"},
+              {"abc", [&](L& l) { l.InsertItemAfter(MatchKey, &none, Get('x')); }, "abc"},
+              {"abc", [&](L& l) { l.InsertItemInPosition(Get('x'), -1); }, "xabc"},
+              {"abc", [&](L& l) { l.InsertItemInPosition(Get('x'), 3); }, "abxc"},
+              {"abc", [&](L& l) { l.InsertItemAfter(l.GetLastCell(), Get('x')); }, "abcx"},
+              {"abc", [&](L& l) { l.InsertItemBefore(l.GetFirstCell(), Get('x')); }, "xabc"},
+              {"abcdef", [](L& l) { EXPECT_EQ(TakeNames(l.ExtractRange(3, 5)), "cde"); }, "abf"},
+              {"abc", [](L& l) { l.Reverse(); }, "cba"},
+              {"hcfabgde", [](L& l) { l.QuickSort(CompareKeys); }, "abcdefgh"},
+              {"hcfa", [](L& l) { l.QuickSort(GetKey, CompareInts); }, "acfh"}};
+  for (const auto& [before, change, after] : rows) {
+    SCOPED_TRACE(std::string(before) + " " + after);
+    LumoList list;
+    Fill(list, before);
+    change(list);
+    EXPECT_EQ(Names(list), after);
+    const int n = list.GetNumberOfItems();
+    for (int i = 1; i <= n; ++i) {  // the links backwards too
+      EXPECT_EQ(list.GetNthItem(i), Get(after[i - 1]));
+      EXPECT_EQ(list.GetNthItem(i - n - 1), Get(after[i - 1]));
+    }
+    for (const int outside : {0, n + 1, -n - 1}) EXPECT_EQ(list.GetNthItem(outside), nullptr);
+  }
+  LumoList list(2, Get('b'), Get('c'));
+  const std::unique_ptr<LumoList> copy(list.Copy());
+  list.Append(copy.get());
+  EXPECT_EQ(Names(list) + Names(*copy), "bcbcbc");
 }
 
-TEST_F(LumoListTest, SortsAndBuildsSets) {
-  LumoList list;
-  Fill(list, "hcfabgde");
-  list.QuickSort(CompareKeys);
-  EXPECT_EQ(Names(list), "abcdefgh");
-  list.Reverse();
-  list.QuickSort(GetKey, [](const void* a, const void* b) {
-    return *static_cast<const int*>(a) - *static_cast<const int*>(b);
-  });
-  EXPECT_EQ(Names(list), "abcdefgh");
+TEST_F(LumoListTest, BuildsSets) {
   LumoList left, right;
   Fill(left, "dbca");
-  Fill(right, "ecfb");
+  Fill(right, "ecfbe");
   EXPECT_EQ(TakeNames(left.BuildUnion(&right)), "dbcaef");
   EXPECT_EQ(TakeNames(left.BuildIntersection(&right)), "bc");
   EXPECT_EQ(TakeNames(left.BuildDifference(&right)), "da");
   EXPECT_EQ(TakeNames(left.BuildLinearUnion(&right, GetMark, 7)), "dbcaef");
   EXPECT_EQ(TakeNames(left.BuildLinearIntersection(&right, GetMark, 7)), "bc");
   EXPECT_EQ(TakeNames(left.BuildLinearDifference(&right, GetMark, 7)), "da");
-  EXPECT_EQ(Names(left) + Names(right), "dbcaecfb");
+  EXPECT_EQ(Names(left) + Names(right), "dbcaecfbe");
   LumoAVLTree leftTree(CompareKeys), rightTree(CompareKeys);
   Fill(leftTree, "dbca");
   Fill(rightTree, "fcbe");
