@@ -9,7 +9,6 @@
 // found in a build with the sanitizers.
 
 #include <algorithm>
-#include <functional>
 #include <map>
 #include <random>
 #include <vector>
@@ -27,7 +26,6 @@ namespace {
 
 constexpr unsigned SECONDS_PER_SEQUENCE = 60;
 constexpr int MAXIMUM_OF_FINDINGS = 5;
-constexpr long BATCH = 100;  // sequences per process; leaks are looked for at its end
 
 // ---- What sequences are drawn from --------------------------------------------------------------
 
@@ -297,70 +295,6 @@ class Drawer {
   std::mt19937 _random;
 };
 
-// All sequences of so many commands that are drawn often, each behind each of some models. Their
-// numbers have a digit per command, the first command's highest, and above them one for the model.
-class Enumeration {
- public:
-  explicit Enumeration(long length) : _length(length) {
-    for (const auto& [name, value] : {std::pair("top-event", "T1"),
-                                      {"last-date", "100"},
-                                      {"step", "50"},
-                                      {"number-of-tries", "20"}}) {
-      _settings.push_back(SetOption(name, value));
-    }
-    for (const CommandKind& kind : KINDS) {
-      const bool isListed = &kind == FindKind(kind.family.c_str(), kind.element.c_str());
-      const bool isInput = kind.role == LOAD || kind.role == SET;
-      if (!isListed || isInput || kind.weight <= 3) continue;
-      _commands.push_back({&kind, {}, ""});
-      const bool readsSystem = Has(kind.options, "format");
-      if (readsSystem) _commands.back().options.push_back({"handle", "system", false});
-    }
-  }
-
-  long GetNumberOfSequences() const {
-    return static_cast<long>(MODELS_BEFORE.size()) * _GetPlace(-1);
-  }
-
-  Sequence GetSequence(long number) const {
-    Sequence sequence = _settings;
-    sequence.push_back(LoadModel(MODELS_BEFORE[static_cast<std::size_t>(number / _GetPlace(-1))]));
-    for (long i = 0; i < _length; ++i) {
-      const long digit = number / _GetPlace(i) % _GetBase();
-      sequence.push_back(_commands[static_cast<std::size_t>(digit)]);
-      if (Has(sequence.back().kind->options, "mode")) {
-        sequence.back().output = std::to_string(i) + ".txt";
-      }
-    }
-    return sequence;
-  }
-
-  // The next number whose sequence doesn't begin with the same commands as this one, when only so
-  // many of them have gone well.
-  long GetNext(long number, std::size_t successes) const {
-    const long last = static_cast<long>(successes - _settings.size()) - 1;
-    const long place = _GetPlace(std::min(last, _length - 1));
-    return (number / place + 1) * place;
-  }
-
- private:
-  long _GetBase() const { return static_cast<long>(_commands.size()); }
-  // What digit number i counts.
-  long _GetPlace(long i) const {
-    long place = 1;
-    while (++i < _length) place *= _GetBase();
-    return place;
-  }
-
-  inline static const std::vector<const char*> MODELS_BEFORE = {
-      "models/modules.xml", "models/shared.xml", "models/house.xml"};
-
-  long _length;
-  Sequence _settings = AllowRedefinitions();
-  Sequence _commands = {LoadModel("models/changes.xml"), LoadModel("models/groups.xml"),
-                        SetOption("handle", "A"), SetOption("top-event", "T2")};
-};
-
 // ---- Running ------------------------------------------------------------------------------------
 
 struct Counts {
@@ -369,6 +303,7 @@ struct Counts {
   long successes;
   long readsLeftOut;
   long buildsLeftOut;
+  std::size_t last;  // commands of the last sequence that have gone well
 };
 Counts* counts;
 
@@ -541,17 +476,16 @@ void CheckWithoutOtherBuilds(const Sequence& sequence, std::size_t last, const R
   CheckReduced(run, reduced, "the other builds");
 }
 
-// Returns how many commands have gone well.
-std::size_t Check(const Sequence& sequence) {
+void Check(const Sequence& sequence) {
   alarm(SECONDS_PER_SEQUENCE);
   const Run run = Execute(sequence);
+  counts->last = run.successes;
   CheckRepetition(sequence, run);
   for (std::size_t i = 0; i < run.successes; ++i) {
     if (run.files.count(sequence[i].output) == 0) continue;
     CheckWithoutReads(sequence, i, run);
     CheckWithoutOtherBuilds(sequence, i, run);
   }
-  return run.successes;
 }
 
 // ---- What fails ---------------------------------------------------------------------------------
@@ -575,69 +509,58 @@ Sequence Shrink(Sequence sequence, int status) {
   return sequence;
 }
 
-void Report(long number, const Sequence& sequence, int status) {
+int findings = 0;
+
+// Tries a sequence. Returns whether all its commands have gone well.
+bool Try(const Sequence& sequence) {
+  ++counts->sequences;
+  const int status = CheckAlone(sequence);
+  if (status == 0) return counts->last == sequence.size();
   const Sequence shrunk = Shrink(sequence, status);
   CheckAlone(shrunk);
   const std::string messages = ReadMessages().substr(0, MAXIMUM_SHOWN);
   fs::create_directories("found");
-  const std::string script = "found/" + std::to_string(number) + ".xml";
+  const std::string script = "found/" + std::to_string(++findings) + ".xml";
   WriteFile(script, GetScript(shrunk));
-  std::printf("sequence %ld: %s\n%s%s", number, ToText(status).c_str(), GetScript(shrunk).c_str(),
-              messages.c_str());
+  std::printf("%s\n%s%s", ToText(status).c_str(), GetScript(shrunk).c_str(), messages.c_str());
   std::printf("to repeat: cd %s && orva %s\n\n", fs::current_path().c_str(), script.c_str());
+  return false;
 }
 
-// Where sequences come from: the one of a number, and the number to try next when so many of its
-// commands have gone well.
-struct Source {
-  std::function<Sequence(long number)> get;
-  std::function<long(long number, std::size_t successes)> getNext;
-};
-
-Source GetRandomSource(long seed) {
-  return {[=](long number) { return Drawer(seed, number).DrawSequence(); },
-          [](long number, std::size_t) { return number + 1; }};
-}
-
-Source GetSource(const Enumeration& enumeration) {
-  return {
-      [&](long number) { return enumeration.GetSequence(number); },
-      [&](long number, std::size_t successes) { return enumeration.GetNext(number, successes); }};
-}
-
-// Returns the number of findings.
-int CheckBatch(const Source& source, long first, long end) {
-  const int status = RunInChild([&] {
-    for (long i = first; i < end;) {
-      const std::size_t successes = Check(source.get(i));
-      ++counts->sequences;
-      i = source.getNext(i, successes);
-    }
-  });
-  if (status == 0) return 0;
-  const std::string messages = ReadMessages().substr(0, MAXIMUM_SHOWN);
-  TakeOutputFiles();
-  int findings = 0;
-  for (long i = first; i < end && findings < MAXIMUM_OF_FINDINGS; ++i) {
-    const Sequence sequence = source.get(i);
-    const int alone = CheckAlone(sequence);
-    if (alone == 0) continue;
-    ++findings;
-    Report(i, sequence, alone);
+// Tries what begins with a sequence and goes on with up to so many of the commands, as long as all
+// goes well.
+void TryEvery(const Sequence& sequence, const Sequence& commands, long length) {
+  if (findings >= MAXIMUM_OF_FINDINGS || !Try(sequence) || length == 0) return;
+  for (const Command& command : commands) {
+    Sequence longer = sequence;
+    longer.push_back(command);
+    if (Has(command.kind->options, "mode")) longer.back().output = std::to_string(length) + ".txt";
+    TryEvery(longer, commands, length - 1);
   }
-  if (findings > 0) return findings;
-  std::printf("sequences %ld to %ld, but none of them alone: %s\n%s\n", first, end - 1,
-              ToText(status).c_str(), messages.c_str());
-  return 1;
 }
 
-// Returns the number of findings.
-int CheckSequences(const Source& source, long first, long end) {
-  int findings = 0;
-  for (long i = first; i < end && findings < MAXIMUM_OF_FINDINGS; i += BATCH) {
-    findings += CheckBatch(source, i, std::min(i + BATCH, end));
+// The commands that are drawn often, behind each of some models.
+void TryEvery(long length) {
+  Sequence settings = AllowRedefinitions();
+  for (const auto& [name, value] : {std::pair("top-event", "T1"),
+                                    {"last-date", "100"},
+                                    {"step", "50"},
+                                    {"number-of-tries", "20"}}) {
+    settings.push_back(SetOption(name, value));
   }
-  return findings;
+  Sequence commands = {LoadModel("models/changes.xml"), LoadModel("models/groups.xml"),
+                       SetOption("handle", "A"), SetOption("top-event", "T2")};
+  for (const CommandKind& kind : KINDS) {
+    const bool isListed = &kind == FindKind(kind.family.c_str(), kind.element.c_str());
+    if (!isListed || kind.role == LOAD || kind.role == SET || kind.weight <= 3) continue;
+    commands.push_back({&kind, {}, ""});
+    if (Has(kind.options, "format")) commands.back().options.push_back({"handle", "system", false});
+  }
+  for (const char* model : {"models/modules.xml", "models/shared.xml", "models/house.xml"}) {
+    Sequence sequence = settings;
+    sequence.push_back(LoadModel(model));
+    TryEvery(sequence, commands, length);
+  }
 }
 
 }  // namespace
@@ -661,10 +584,10 @@ int main(int argc, char** argv) {
   EnterNewFolder("sequences-" + std::to_string(length) + "-" + std::to_string(seed) + "-" +
                  std::to_string(first));
   fs::copy(models, "models");
-  const Enumeration every(length);
-  const int findings = length > 0
-                           ? CheckSequences(GetSource(every), 0, every.GetNumberOfSequences())
-                           : CheckSequences(GetRandomSource(seed), first, first + count);
+  if (length > 0) TryEvery(length);
+  for (long i = first; length == 0 && i < first + count && findings < MAXIMUM_OF_FINDINGS; ++i) {
+    Try(Drawer(seed, i).DrawSequence());
+  }
   std::printf(
       "%ld sequences; %ld commands run, %ld without error; %ld tables compared without the "
       "reads before them, %ld without other builds\n",
