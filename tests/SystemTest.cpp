@@ -31,29 +31,6 @@ std::string Write(OrvaSystem* system) {
   return text;
 }
 
-int CompareNamesOfLiterals(const void* a, const void* b) {
-  return static_cast<const OrvaLiteral*>(a)->GetVariable()->CompareNames(
-      static_cast<const OrvaLiteral*>(b)->GetVariable());
-}
-
-TEST(Equation, FaninTable) {
-  OrvaSystem system(4, 1);
-  OrvaFillSystem(system, "a b c g", {"g 2 c -a b a -c"});
-  OrvaEquation& equation = *system.GetEquation(0);
-  for (const int outside : {-1, 5}) {
-    OrvaVariable* variable = system.GetVariable(0);
-    bool sign = false;
-    equation.SetFanin(outside, variable, false);
-    equation.GetFanin(outside, variable, sign);
-    EXPECT_EQ(variable, nullptr);
-    EXPECT_TRUE(sign);
-  }
-  equation.SwapFanins(0, 2);
-  EXPECT_EQ(Write(equation), "g=2(b,-a,c,a,-c)");
-  equation.SortFanins(&CompareNamesOfLiterals);
-  EXPECT_EQ(Write(equation), "g=2(-a,a,b,c,-c)");  // equal ones keep their order
-}
-
 // Values 0 and 1 are possibly, 2 and 3 necessarily false and true.
 TEST(Equation, RightMemberFollowsFromItsLiterals) {
   OrvaSystem system(4, 1);
@@ -85,7 +62,7 @@ TEST(Equation, RightMemberFollowsFromItsLiterals) {
   }
 }
 
-TEST(System, DictionaryOccurrencesAndTop) {
+TEST(System, FaninsOccurrencesAndTop) {
   OrvaSystem system(6, 2);
   // f occurs nowhere and comes before top; b stands twice in one equation.
   OrvaFillSystem(system, "b f g a top c", {"top 2 g a -b b b", "g 1 -b a c"});
