@@ -3,6 +3,7 @@
 // first, and nothing is written to it.
 
 #include <algorithm>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <limits>
@@ -12,6 +13,7 @@
 #include "OrvaFuzzSupport.h"
 #include "driver/OrvaInterpreter.h"
 #include "driver/OrvaOptionCenter.h"
+#include "reader/OrvaParser.h"
 #include "support/containers/LumoRange.h"
 #include "support/text/LumoRawString.h"
 #include "xml/LumoXMLDocument.h"
@@ -135,8 +137,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     interpreter.GetOptionCenter()->SetIntegerOption(OrvaOptionCenter::MAXIMUM_ORDER,
                                                     Work::HIGHEST_ORDER);
     interpreter.GetOptionCenter()->SetIntegerOption(OrvaOptionCenter::NUMBER_OF_TRIES, 10);
+    char* messages = nullptr;
+    std::size_t length = 0;
+    std::FILE* const file = open_memstream(&messages, &length);
+    LumoFileStream stream(false, file);
+    interpreter.GetParser()->SetErrorStream(&stream);
     int error = 0;
     interpreter.DownloadCommandScript(error, SCRIPT);
+    std::fclose(file);
+    std::free(messages);
+    OrvaRequire((error != 0) == (length > 0), "there is a message for an error, and only then");
   }
   isRunning = false;
   return 0;
