@@ -12,23 +12,19 @@
 
 namespace {
 
-std::string Event(int i) { return "<basic-event name=\"e" + std::to_string(i) + "\"/>"; }
-std::string Gate(int i) { return "<gate name=\"g" + std::to_string(i) + "\"/>"; }
-std::string DefineGate(int i, const std::string& kind, const std::string& children) {
-  return "<define-gate name=\"g" + std::to_string(i) + "\"><" + kind + ">" + children + "</" +
-         kind.substr(0, kind.find(' ')) + "></define-gate>\n";
+// "x2, x3, x4" for the numbers from 2 to 4.
+std::string List(char kind, int first, int last) {
+  std::string list;
+  for (int i = first; i <= last; ++i)
+    list += (list.empty() ? "" : ",") + (kind + std::to_string(i));
+  return list;
 }
-std::string Events(int first, int last) {
-  std::string events;
-  for (int i = first; i <= last; ++i) events += Event(i);
-  return events;
+std::string Define(int i, const std::string& kind, const std::string& children) {
+  return "g" + std::to_string(i) + "=" + kind + "(" + children + ");";
 }
 std::string DefineEvents(int n, const std::string& probability) {
   std::string definitions;
-  for (int i = 0; i < n; ++i) {
-    definitions += "<define-basic-event name=\"e" + std::to_string(i) + "\"><float value=\"" +
-                   probability + "\"/></define-basic-event>\n";
-  }
+  for (int i = 0; i < n; ++i) definitions += "#e" + std::to_string(i) + "=" + probability + ";";
   return definitions;
 }
 
@@ -36,7 +32,7 @@ class DeepAndBroad : public testing::Test {
  protected:
   // Builds the cutsets of g0 and writes every table about them.
   void Build(const std::string& model, const std::string& limits = "") {
-    ASSERT_EQ(engine.Load(model), 0) << engine.GetErrors();
+    engine.Define(model);
     ASSERT_EQ(engine.Run("<set><option name=\"top-event\" value=\"g0\"/></set>"
                          "<build><minimal-cutsets " +
                          limits +
@@ -65,7 +61,7 @@ class DeepAndBroad : public testing::Test {
 
 TEST_F(DeepAndBroad, OneOrOfManyEvents) {
   constexpr int N = 20000;
-  Build(DefineGate(0, "or", Events(0, N - 1)) + DefineEvents(N, "0.00001"));
+  Build(Define(0, "or", List('e', 0, N - 1)) + DefineEvents(N, "0.00001"));
   EXPECT_EQ(GetRow("orders.txt", "1"), "1\t20000");
   EXPECT_EQ(GetRow("probability.txt", "g0"), "g0\t0\t0.2");
   EXPECT_EQ(GetRow("cutsets.txt", "20000").substr(0, 18), "20000\t1e-05\t5e-05\t");
@@ -73,7 +69,7 @@ TEST_F(DeepAndBroad, OneOrOfManyEvents) {
 
 TEST_F(DeepAndBroad, OneAndOfManyEvents) {
   constexpr int N = 20000;
-  Build(DefineGate(0, "and", Events(0, N - 1)) + DefineEvents(N, "0.9999"));
+  Build(Define(0, "and", List('e', 0, N - 1)) + DefineEvents(N, "0.9999"));
   EXPECT_EQ(GetRow("orders.txt", "20000"), "20000\t1");
   char expected[32];
   std::snprintf(expected, sizeof expected, "g0\t0\t%.6g", std::pow(0.9999, N));
@@ -85,9 +81,9 @@ TEST_F(DeepAndBroad, ChainOfGates) {
   constexpr int N = 20000;
   std::string model;
   for (int i = 0; i + 1 < N; ++i) {
-    model += DefineGate(i, i % 2 == 0 ? "or" : "and", Event(i) + Gate(i + 1));
+    model += Define(i, i % 2 == 0 ? "or" : "and", List('e', i, i) + "," + List('g', i + 1, i + 1));
   }
-  Build(model + DefineGate(N - 1, "or", Events(N - 1, N)) + DefineEvents(N + 1, "0.5"),
+  Build(model + Define(N - 1, "or", List('e', N - 1, N)) + DefineEvents(N + 1, "0.5"),
         "maximum-order=\"4\"");
   EXPECT_EQ(OrvaTestEngine::ReadFile("orders.txt"),
             "order\t#MCS\n1\t1\n2\t1\n3\t1\n4\t1\ntotal\t4\n");
@@ -99,20 +95,13 @@ TEST_F(DeepAndBroad, ChainsOfReferences) {
   constexpr int N = 20000;
   std::string model;
   for (int i = 0; i < N; ++i) {
-    const std::string name = std::to_string(i);
-    const std::string next = std::to_string(i + 1);
-    model += "<define-gate name=\"g" + name + "\">" + Gate(i + 1) + "</define-gate>\n" +
-             "<define-parameter name=\"p" + name + "\"><mul><parameter name=\"p" + next +
-             "\"/><float value=\"1\"/></mul></define-parameter>\n";
+    const std::string name = std::to_string(i), next = std::to_string(i + 1);
+    model += "g" + name + "=g" + next + ";$p" + name + "=mul(p" + next + ",1.0);";
   }
   const std::string end = std::to_string(N);
-  model += DefineGate(N, "or", Events(0, 1)) + "<define-parameter name=\"p" + end +
-           "\"><exponential><float value=\"0.25\"/><mission-time/></exponential>"
-           "</define-parameter>"
-           "<define-basic-event name=\"e0\"><parameter name=\"p0\"/></define-basic-event>"
-           "<define-basic-event name=\"e1\"><float value=\"0\"/></define-basic-event>";
+  engine.Define(model + Define(N, "or", "e0,e1") + "$p" + end +
+                "=exponential(0.25,time); #e0=p0; #e1=0.0");
   // The top event is an alias; its cutsets are those of the gate that all of them mean.
-  ASSERT_EQ(engine.Load(model), 0) << engine.GetErrors();
   ASSERT_EQ(engine.Run("<build><minimal-cutsets top-event=\"g" + end +
                        "\"/></build><compute><failure-intensity last-date=\"0\" top-event=\"g" +
                        end + "\" output=\"intensity.txt\"/></compute>"),
@@ -129,8 +118,8 @@ TEST_F(DeepAndBroad, ChainsOfReferences) {
 // (e0 ... e99) and (e50 ... e149) and (2 of e90 ... e129 or e0): long formulas that share events,
 // looked through again and again. By brute force over the choices.
 TEST_F(DeepAndBroad, LongFormulasThatShareEvents) {
-  Build(DefineGate(0, "and", Gate(1) + Gate(2)) + DefineGate(1, "or", Events(0, 99)) +
-        DefineGate(2, "or", Events(50, 149)) + DefineEvents(150, "0.5"));
+  Build(Define(0, "and", "g1,g2") + Define(1, "or", List('e', 0, 99)) +
+        Define(2, "or", List('e', 50, 149)) + DefineEvents(150, "0.5"));
   std::set<std::string> expected;
   for (int i = 50; i < 100; ++i) expected.insert("e" + std::to_string(i));
   for (int i = 0; i < 50; ++i) {
@@ -155,8 +144,10 @@ TEST_F(DeepAndBroad, LongFormulasThatShareEvents) {
 TEST_F(DeepAndBroad, FormulasThatGrowTooLarge) {
   constexpr int N = 50;  // 2 + 3 + ... + 50 copies
   std::string model;
-  for (int i = 0; i + 1 < N; ++i) model += DefineGate(i, "or", Event(i) + Gate(i + 1));
-  ASSERT_EQ(engine.Load(model + DefineGate(N - 1, "or", Events(N - 1, N))), 0);
+  for (int i = 0; i + 1 < N; ++i) {
+    model += Define(i, "or", List('e', i, i) + "," + List('g', i + 1, i + 1));
+  }
+  engine.Define(model + Define(N - 1, "or", List('e', N - 1, N)));
   engine->GetRewriter()->SetMaximumNumberOfCopies(1273);
   EXPECT_EQ(engine.Run("<build><minimal-cutsets top-event=\"g0\"/></build>"), 1);
   EXPECT_EQ(engine.GetErrors(), "ERROR :\nThe formulas below g0 grow too large\n\n");
@@ -166,17 +157,14 @@ TEST_F(DeepAndBroad, FormulasThatGrowTooLarge) {
 // copies are made, 8,800 children looked at.
 TEST_F(DeepAndBroad, FormulasThatTakeTooLong) {
   constexpr int N = 20;
-  std::string uppers;
-  std::string lowers;
-  std::string model = DefineGate(2 * N + 1, "or", Events(1, N));
-  for (int i = 1; i <= N; ++i) lowers += Gate(N + i);
+  const std::string uppers = List('g', 1, N), lowers = List('g', N + 1, 2 * N);
+  std::string model = Define(2 * N + 1, "or", List('e', 1, N));
   for (int i = 1; i <= N; ++i) {
-    uppers += Gate(i);
-    model += DefineGate(i, "or", lowers) + DefineGate(N + i, "or", Event(0) + Gate(2 * N + 1));
+    model += Define(i, "or", lowers) + Define(N + i, "or", "e0,g" + std::to_string(2 * N + 1));
   }
   for (const int maximum : {880, 879}) {
     OrvaTestEngine fresh;
-    ASSERT_EQ(fresh.Load(model + DefineGate(0, "and", uppers)), 0);
+    fresh.Define(model + Define(0, "and", uppers));
     fresh->GetRewriter()->SetMaximumNumberOfCopies(maximum);
     EXPECT_EQ(fresh.Run("<normalize top-event=\"g0\"/>"), maximum == 880 ? 0 : 1);
   }
@@ -197,7 +185,7 @@ TEST_F(DeepAndBroad, ManyScripts) {
 }
 
 TEST_F(DeepAndBroad, MoreBasicEventsThanTheStoreHasIndices) {
-  ASSERT_EQ(engine.Load(DefineGate(0, "or", Events(0, 1)) + DefineEvents(2, "0.5")), 0);
+  engine.Define(Define(0, "or", List('e', 0, 1)) + DefineEvents(2, "0.5"));
   OrvaMCSManager* manager = engine->GetMCSManager();
   manager->SetSizeOfEntryTable(OrvaMCSNode::MAXIMUM_INDEX + 1);
   manager->SetProbability(OrvaMCSNode::MAXIMUM_INDEX - 1, 0.5);

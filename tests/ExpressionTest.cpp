@@ -66,25 +66,7 @@ State<N> Integrate(const std::function<State<N>(const State<N>&)>& f, State<N> y
 }
 
 TEST(Expression, ValuesAndKindsOfOperators) {
-  // At date 5, with p = 7. Each value tells its kind: nil, a Boolean, an integer or a real. What is
-  // not positive has no floor and no ceiling. A child of a switch that is no case ends it with the
-  // value of its own first child. Arguments of Dirac are bounded to 0.
-  const std::string rows = R"(
-      p=7 undefined=0.0 pi()=3.141592653589793 time=5.0 and(true,true,false)=false and(true,1)=nil
-      or(false,true,false)=true not(false)=true eq(1,1.0)=true eq(true,1)=nil df(1,2)=true
-      lt(2,2)=false gt(2.5,2)=true leq(2,2)=true geq(1,2)=false neg(3)=-3 add(1,2,4)=7
-      add(1,0.5,2)=3.5 sub(5,7)=-2 mul(2,3,4)=24 mul(2,0.5,time)=5.0 div(7,2)=3 div(7,2.0)=3.5
-      div(7,0.0)=nil abs(-3)=3.0 acos(0.5)=1.0471975511965979 asin(0.5)=0.5235987755982989
-      atan(1)=0.7853981633974483 cos(1)=0.5403023058681398 cosh(1)=1.5430806348152437
-      exp(1)=2.718281828459045 log(10)=2.302585092994046 log10(1000)=3.0 pow(2,10)=1024.0
-      sin(1)=0.8414709848078965 sinh(1)=1.1752011936438014 tan(1)=1.5574077246549023
-      tanh(1)=0.7615941559557649 sqrt(2)=1.4142135623730951 ceil(1.25)=2.0 floor(1.75)=1.0
-      floor(-1.5)=nil ceil(0)=nil min(3,2,4.5)=2 max(3,2.5)=3 max(-3,-0.5)=2.2250738585072014e-308
-      mean(1,2,6)=3.0 ite(0.0,2,3)=3 ite(true,2,3.5)=2
-      switch(case(false,1),case(2,4),case(true,5))=4 switch(case(false,1),neg(3),case(true,5))=3
-      switch(case(false,1))=nil Dirac(time,5)=1.0 Dirac(time,4)=0.0 Dirac(-1,-2)=1.0
-      periodic(1,2,time)=1.0 periodic(1,3,time)=0.0)";
-  for (const std::string& row : OrvaSplit(rows)) {
+  for (const std::string& row : OrvaReadRows("expressions")) {
     SCOPED_TRACE(row);
     const std::size_t end = row.rfind('=');
     const std::string expected = row.substr(end + 1);
@@ -337,14 +319,7 @@ TEST(Expression, StationaryTestCyclesAreSkipped) {
 }
 
 TEST(Expression, TimeAndRepairDependence) {
-  // "t", "r": on time, on repair.
-  const std::string rows = R"(time=t P=tr undefined= ite(true,1,neg(P))=tr
-      switch(case(true,time))=t Dirac(time,5)=t exponential(0.1,5)=r GLM(0,0.1,0.2,5)=r
-      MTT(100,10,time)=t MTT(100,P,1)=tr Weibull(100,2,time)=t Weibull(P,2,1)=tr
-      dormant(0.1,1,1)=r standby(2,1,1,0.1,0.1,1)=r periodic-test(0.1,10,1,5)=tr
-      bound-time(1,1,0.5,5)=t bound-time(1,1,P,5)=tr uniform-deviate(time,P)=
-      histogram(0,bin(time,P))=)";
-  for (const std::string& row : OrvaSplit(rows)) {
+  for (const std::string& row : OrvaReadRows("dependences")) {
     const std::size_t end = row.rfind('=');
     const Tree tree(row.substr(0, end));
     std::string found = tree->IsTimeDependent() ? "t" : "";

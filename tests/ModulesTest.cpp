@@ -118,24 +118,12 @@ void CheckGathering(const std::string& before, const std::string& after) {
 }
 
 TEST(Modules, IndependentChildrenAreGathered) {
-  // m1, m2 and m3 are modules; x and y are shared with k, so that g is no module.
-  const char* const rows[][2] = {
-      {"and(m1,m2,x,y)", "and(x,y,XB1) XB1=and(m1,m2)"},
-      {"or(x,m1,y,m2,m3)", "or(x,y,XB1) XB1=or(m1,m2,m3)"},
-      {"and(-m1,x,m2)", "and(x,XB1) XB1=and(not(m1),m2)"},
-      {"or(true,x,m1)", "or(x,XB1) XB1=or(true,m1)"},
-      {"nand(m1,x,m2)", "nand(x,XB1) XB1=nand(m1,m2)"},  // the operator stays, as defined
-      {"nor(m1,m2,x)", "nor(x,XB1) XB1=nor(m1,m2)"},
-      {"and(m1,x,y)", "and(m1,x,y)"},
-      {"and(m1,m1,x,m2)", "and(m1,m1,x,m2)"},
-      {"and(a,b,x)", "and(a,b,x)"},  // basic events are no modules
-      {"atleast2(m1,m2,x)", "atleast2(m1,m2,x)"},
-      {"not(x)", "not(x)"}};
-  for (const auto& [before, after] : rows) {
-    CheckGathering(std::string("g = ") + before +
+  for (const std::string& row : OrvaReadRows("modules")) {
+    const std::size_t arrow = row.find(" > ");
+    CheckGathering("g = " + row.substr(0, arrow) +
                        "; top = or(g,k); k = and(x,y,z); m1 = or(p1,q1); m2 = or(p2,q2);"
                        "m3 = or(p3,q3)",
-                   std::string("k=and(x,y,z) top=or(g,k) g=") + after);
+                   "k=and(x,y,z) top=or(g,k) g=" + row.substr(arrow + 3));
   }
   // Upward: h comes before g in post-order. The module n keeps its modules.
   CheckGathering(

@@ -28,6 +28,17 @@ inline std::vector<std::string> OrvaSplit(const std::string& text) {
   return {std::istream_iterator<std::string>(stream), std::istream_iterator<std::string>()};
 }
 
+// The rows of a table below tests/tables: its lines without those of comments and empty ones.
+inline std::vector<std::string> OrvaReadRows(const std::string& table) {
+  std::ifstream file(ORVA_FOLDER "/tests/tables/" + table);
+  EXPECT_TRUE(file.is_open()) << table;
+  std::vector<std::string> rows;
+  for (std::string line; std::getline(file, line);) {
+    if (!line.empty() && line[0] != '#') rows.push_back(line);
+  }
+  return rows;
+}
+
 // The names of a container's items, a blank apart.
 template <class Item = OrvaSymbol>
 std::string OrvaNamesOf(const LumoContainer& items) {

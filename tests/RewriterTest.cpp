@@ -1,3 +1,5 @@
+#include <map>
+
 #include "OrvaTestSupport.h"
 #include "model/OrvaGate.h"
 #include "system/OrvaRewriter.h"
@@ -26,42 +28,24 @@ class ShortModel : public OrvaTestEngine {
   OrvaRewriter* Rewriter() { return Get()->GetRewriter(); }
 };
 
-class RewriterTest : public testing::Test, protected ShortModel {
- protected:
-  // Cases "formula of the top; other definitions > what the top becomes", a line or a "|" apart.
-  static void Check(Step step, std::string cases) {
-    std::replace(cases.begin(), cases.end(), '|', '\n');
-    std::istringstream lines(cases);
-    for (std::string line; std::getline(lines, line);) {
-      line.erase(std::remove(line.begin(), line.end(), ' '), line.end());
-      if (line.empty()) continue;
-      SCOPED_TRACE(line);
-      const std::size_t arrow = line.find('>');
-      ShortModel model;
-      model.Define("top=" + line.substr(0, arrow));
-      model.Apply(step);
-      EXPECT_EQ(model.Formula("top"), line.substr(arrow + 1));
-    }
-  }
-};
+class RewriterTest : public testing::Test, protected ShortModel {};
 
-TEST_F(RewriterTest, ConstantsLeaveEveryOperator) {
-  Check(&OrvaRewriter::PropagateConstants, R"(
-      and(true,a,b) > and(a,b)          | and(a,false,b) > false | and(true,true) > true
-      and() > true                      | and(true,a) > a
-      or(a,false,b) > or(a,b)           | or(a,true) > true      | or(false) > false
-      or() > false                      | or(false,a) > a
-      nand(true,a,b) > nand(a,b)        | nand(a,false) > true   | nand(true) > false
-      nor(false,a,b) > nor(a,b)         | nor(a,true) > false    | nor(false) > true
-      atleast2(true,a,b) > atleast1(a,b)          | atleast2(false,a,b) > atleast2(a,b)
-      atleast2(true,a,true) > true                | atleast3(true,a) > false
-      atleast2(true,a) > a                        | atleast0() > true
-      atmost1(true,a,b) > atmost0(a,b)            | atmost0(true,a) > false
-      atmost1(a,false) > true                     | atmost1(true) > true
-      cardinality1-2(true,a,b) > cardinality0-1(a,b) | cardinality1-3(true,a,b) > true
-      cardinality2-3(false,a) > false             | cardinality0-0(true,a) > false
-      cardinality1-1(false,a) > a                 | cardinality1-2(false,a) > cardinality1-2(a)
-      not(true) > false                           | not(false) > true | not(a) > not(a) )");
+TEST_F(RewriterTest, StepsOfTheTable) {
+  const std::map<std::string, Step> steps = {
+      {"constants", &OrvaRewriter::PropagateConstants},
+      {"references", &OrvaRewriter::DereferenceVariables},
+      {"nesting", &OrvaRewriter::CoalesceGates},
+      {"duplicates", &OrvaRewriter::RemoveDuplicatedChildren},
+      {"all", &OrvaRewriter::NormalizeModel}};
+  for (std::string row : OrvaReadRows("rewriter")) {
+    SCOPED_TRACE(row);
+    row.erase(std::remove(row.begin(), row.end(), ' '), row.end());
+    const std::size_t colon = row.find(':'), arrow = row.find('>');
+    ShortModel model;
+    model.Define("top=" + row.substr(colon + 1, arrow - colon - 1));
+    model.Apply(steps.at(row.substr(0, colon)));
+    EXPECT_EQ(model.Formula("top"), row.substr(arrow + 1));
+  }
 }
 
 TEST_F(RewriterTest, ThresholdsEndAtTheSmallestInteger) {
@@ -77,19 +61,6 @@ TEST_F(RewriterTest, ThresholdsEndAtTheSmallestInteger) {
   }
 }
 
-TEST_F(RewriterTest, OneChildTakesThePlaceOfItsGate) {
-  // Without negation: as it is defined.
-  Check(&OrvaRewriter::PropagateConstants,
-        "nand(true,a) > a | nor(false,a) > a | atmost0(false,a) > a");
-  // It goes last among the parent's children.
-  Check(&OrvaRewriter::PropagateConstants, R"(
-      and(or(false,a),b) > and(b,a)
-      and(or(false,a),or(true,c),b,nand(true,d)) > and(b,a,d)
-      or(and(or(a,false),true),false) > a
-      not(or(false,a)) > not(a)
-      and(b,not(or(true,a))) > false )");
-}
-
 TEST_F(RewriterTest, ConstantsTravelThroughReferences) {
   Define("top=and(g,b); g=or(h,a); h=true; k=or(a,g)");
   Apply(&OrvaRewriter::PropagateConstants);
@@ -98,30 +69,9 @@ TEST_F(RewriterTest, ConstantsTravelThroughReferences) {
   EXPECT_EQ(Formula("k"), "or(a,g)");  // not below the top
   EXPECT_EQ(Occurrences("h"), 0);
   for (const char* name : {"g", "a", "b"}) EXPECT_EQ(Occurrences(name), 1) << name;
-
-  // A definition that is itself a reference becomes the constant and still defines its event.
-  Check(&OrvaRewriter::PropagateConstants, "h; h=true > true");
 }
 
 TEST_F(RewriterTest, ReferencesFollowAliasesAndNegations) {
-  Check(&OrvaRewriter::DereferenceVariables, R"(
-      and(x,b); x=y; y=g; g=or(c,d) > and(g,b)
-      and(x,b); x=y; y=a > and(a,b)
-      and(x,b); x=not(y) > and(not(y),b)
-      x; x=not(y) > not(y)
-      and(b,or(x,not(x)),c); x=y > and(b,or(y,not(y)),c)
-      atleast2(x,b,y); x=not(g); y=x; g=and(c,d) > atleast2(not(g),b,not(g)) )");
-  // Two negations on the chain.
-  Check(&OrvaRewriter::DereferenceVariables, R"(
-      and(x,b); x=not(y); y=not(z) > and(z,b)
-      x; x=not(y); y=not(z) > z )");
-  // Inside a formula the second negation stays.
-  Check(&OrvaRewriter::DereferenceVariables, R"(
-      or(not(y),b); y=not(z) > or(not(not(z)),b) )");
-  // The negation of a formula ends the chain with nothing, also for what leads to it.
-  Check(&OrvaRewriter::DereferenceVariables, R"(
-      or(w,c); w=x; x=not(and(a,b)) > or(w,c)
-      and(x,b); x=true > and(x,b) )");
   // Occurrences move with the references: x is left, y has those of top and of x's definition.
   Define("top=and(x,b,x); x=not(y)");
   Apply(&OrvaRewriter::DereferenceVariables);
@@ -131,21 +81,7 @@ TEST_F(RewriterTest, ReferencesFollowAliasesAndNegations) {
   EXPECT_EQ(GetEvent("top")->GetDefinition()->GetChild(1)->GetReferencedEvent(), nullptr);
 }
 
-// Only a definition that became NOT of NOT by dereferencing gives way to the reference.
-TEST_F(RewriterTest, WrittenDoubleNegationStays) {
-  Check(&OrvaRewriter::DereferenceVariables, "or(not(x),c); x=not(not(a)) > or(not(x),c)");
-}
-
 TEST_F(RewriterTest, GatesOfTheSameOperatorMerge) {
-  Check(&OrvaRewriter::CoalesceGates, R"(
-      and(g,b); g=and(c,d) > and(c,d,b)
-      or(a,g,b); g=or(c,h); h=or(d,not(e)) > or(a,c,d,not(e),b)
-      and(a,g); g=and(not(b),or(c,d)) > and(a,not(b),or(c,d))
-      and(g,b); g=or(c,d) > and(g,b)
-      and(not(g),b); g=and(c,d) > and(not(g),b)
-      or(and(g,b),a); g=and(c,d) > or(and(g,b),a)
-      atleast2(g,b,c); g=atleast2(c,d,e) > atleast2(g,b,c)
-      nor(g,b); g=nor(c,d) > nor(g,b) )");
   Define("top=or(g,h); h=and(g,b); g=or(c,d)");
   Apply(&OrvaRewriter::CoalesceGates);
   EXPECT_EQ(Formula("top"), "or(c,d,h)");
@@ -167,13 +103,6 @@ TEST_F(RewriterTest, CoalescingThatStopsShortSaysSo) {
 }
 
 TEST_F(RewriterTest, RepeatedReferencesGo) {
-  Check(&OrvaRewriter::RemoveDuplicatedChildren, R"(
-      and(a,a,not(a)) > and(a,not(a))
-      or(a,b,not(b),a,not(b),b,c) > or(a,b,not(b),not(b),c)
-      and(a,or(b,b),a) > and(a,or(b,b))
-      and(a,a) > and(a)
-      atleast2(a,a,b) > atleast2(a,a,b)
-      nand(a,a) > nand(a,a) )");
   // No mark stays behind: a second gate sees the event as new.
   Define("top=or(g,a,a); g=and(a,a,b)");
   Apply(&OrvaRewriter::RemoveDuplicatedChildren);
@@ -181,19 +110,6 @@ TEST_F(RewriterTest, RepeatedReferencesGo) {
   EXPECT_EQ(Formula("top"), "or(g,a)");
   EXPECT_EQ(Occurrences("a"), 2);
   EXPECT_FALSE(GetEvent("a")->GetAttributeAsBool("__DUPLICATED_CHILDREN_REMOVAL__", false));
-}
-
-TEST_F(RewriterTest, NormalizeRunsAllStepsInOrder) {
-  // g loses its constant and becomes an alias of k, which then merges.
-  Check(&OrvaRewriter::NormalizeModel, R"(
-      or(g,b); g=and(k,true); k=or(c,b) > or(c,b)
-      and(c,g,d); g=and(d,c,e) > and(c,d,e)
-      and(g,g,b); g=and(not(c),d) > and(not(c),d,not(c),b)
-      or(x,b); x=not(y); y=not(z) > or(z,b) )");
-  // Aliases of one event are duplicates only after dereferencing.
-  Check(&OrvaRewriter::NormalizeModel, R"(
-      and(x,y,b); x=a; y=or(a) > and(a,b)
-      atleast2(x,y,b); x=a; y=or(a,false) > atleast2(a,a,b) )");
 }
 
 TEST_F(RewriterTest, LadderOfSharedGatesStaysCheap) {

@@ -93,36 +93,29 @@ TEST(LumoMeasure, MomentsAndExtremes) {
   EXPECT_EQ(measure.GetMaximumValue(), 9.0);
 }
 
-TEST(LumoMeasure, ImportsScaledMoments) {
-  const double scale = -2.0, offset = 3.0;
+TEST(LumoMeasure, ImportsAndFeedsOthers) {
   LumoMeasure source("x"), imported("y"), expected("z");
   for (LumoMeasure* measure : {&imported, &expected}) measure->AddValue(4.0);
-  imported.Import(&source, scale, offset);  // nothing yet
-  for (const double x : {1.0, 2.0, 6.0}) {
+  source.CreateQuantilizer(100);
+  EXPECT_EQ(source.GetQuantilizer()->GetSizeOfBuffers(), 400);
+  source.CreateQuantilizer(3, 2);
+  source.CreateBinTable(4, 1);
+  imported.Import(&source, -2.0, 3.0);  // nothing yet
+  for (const double x : {6.0, 1.0, 2.0}) {
     source.AddValue(x);
-    expected.AddValue(scale * x + offset);
+    expected.AddValue(-2.0 * x + 3.0);
   }
-  imported.Import(&source, scale, offset);
+  imported.Import(&source, -2.0, 3.0);
   EXPECT_EQ(imported.GetNumberOfValues(), 4);
   EXPECT_DOUBLE_EQ(imported.ComputeMean(), expected.ComputeMean());
   EXPECT_DOUBLE_EQ(imported.ComputeStandardDeviation(), expected.ComputeStandardDeviation());
   EXPECT_EQ(imported.GetLastValue(), expected.GetLastValue());
-  EXPECT_EQ(imported.GetMinimumValue(), -9.0);
-  EXPECT_EQ(imported.GetMaximumValue(), 4.0);
-}
-
-TEST(LumoMeasure, FeedsItsQuantilizerAndItsBins) {
-  LumoMeasure measure("x");
-  measure.CreateQuantilizer(100);
-  EXPECT_EQ(measure.GetQuantilizer()->GetSizeOfBuffers(), 400);
-  measure.CreateQuantilizer(3, 2);
-  measure.CreateBinTable(4, 1);
-  for (const double x : {3.0, 1.0, 2.0}) measure.AddValue(x);
-  const std::unique_ptr<LumoMeasure> copy(measure.Copy());
+  EXPECT_EQ(imported.GetMinimumValue() + imported.GetMaximumValue(), -9.0 + 4.0);
+  const std::unique_ptr<LumoMeasure> copy(source.Copy());
+  source.Reset();  // empties both and keeps them
+  EXPECT_EQ(source.GetBinTable()->GetSize(), 0);
+  EXPECT_TRUE(TakeValues(source.GetQuantilizer()->ExtractQuantiles(1)).empty());
   EXPECT_EQ(copy->GetBinTable()->GetSize(), 3);
-  measure.Reset();  // empties both and keeps them
-  EXPECT_EQ(measure.GetBinTable()->GetSize(), 0);
-  EXPECT_TRUE(TakeValues(measure.GetQuantilizer()->ExtractQuantiles(1)).empty());
   EXPECT_EQ(TakeValues(copy->GetQuantilizer()->ExtractQuantiles(1)), std::vector{2.0});
 }
 

@@ -1,5 +1,4 @@
 #include <climits>
-#include <random>
 
 #include "OrvaTestSupport.h"
 #include "quantification/OrvaHandle.h"
@@ -110,57 +109,6 @@ TEST(System, ResetKeepsCutsetValuesOfGates) {
   system.ResetVariableValues();
   EXPECT_FALSE(system.GetVariable("g")->GetCutsetValue());
   EXPECT_EQ(system.GetEquation(2)->GetCutsetCount(), 0);
-}
-
-// Each change of an input variable is carried upward by counts; the same from scratch.
-TEST(System, CutsetValuationAgreesWithRecomputation) {
-  std::mt19937 random(7);
-  const auto draw = [&](int n) { return std::uniform_int_distribution<int>(0, n - 1)(random); };
-  for (int trial = 0; trial < 200; ++trial) {
-    const int inputs = 1 + draw(6);
-    const int gates = 1 + draw(10);
-    OrvaSystem system(inputs + gates, gates);
-    for (int i = 0; i < gates; ++i) {
-      OrvaEquation* equation = system.GetEquation(i);
-      equation->CreateFaninTable(1 + draw(5));
-      for (int j = 0; j < equation->GetSize(); ++j) {
-        equation->SetFanin(j, system.GetVariable(draw(inputs + i)), draw(3) != 0);
-      }
-      equation->SetMin(draw(equation->GetSize() + 3) - 1);  // beyond 1 .. n now and then
-      equation->SetFanout(system.GetVariable(inputs + i));
-      equation->GetFanout()->SetDefinition(equation);
-    }
-    system.BuildListsOfOccurrences();
-    std::vector<char> values(static_cast<std::size_t>(inputs + gates), 0);
-    const auto recompute = [&] {
-      for (const OrvaEquation& equation : system.GetEquations()) {
-        int numberOfTrue = 0;
-        for (const OrvaLiteral& literal : equation.GetFanins()) {
-          const auto i = static_cast<std::size_t>(literal.GetVariable()->GetNumber());
-          numberOfTrue += (values[i] != 0) == literal.GetSign() ? 1 : 0;
-        }
-        const auto left = static_cast<std::size_t>(equation.GetFanout()->GetNumber());
-        values[left] = numberOfTrue >= equation.GetMin() ? 1 : 0;
-      }
-    };
-    recompute();
-    for (OrvaVariable& variable : system.GetVariables()) {
-      if (variable.IsInternalVariable()) variable.GetDefinition()->ResetCutsetCount();
-      variable.ResetCutsetValue(values[static_cast<std::size_t>(variable.GetNumber())] != 0);
-    }
-    for (int step = 0; step < 30; ++step) {
-      const int input = draw(inputs);
-      const bool value = draw(2) == 0;
-      system.SetVariableCutsetValue(system.GetVariable(input), value);
-      values[static_cast<std::size_t>(input)] = value ? 1 : 0;
-      recompute();
-      for (const OrvaVariable& variable : system.GetVariables()) {
-        const auto i = static_cast<std::size_t>(variable.GetNumber());
-        ASSERT_EQ(variable.GetCutsetValue(), values[i] != 0)
-            << "trial " << trial << ", step " << step << ", variable " << i;
-      }
-    }
-  }
 }
 
 TEST(SystemBuilder, OneVariablePerEventOneEquationPerGate) {
