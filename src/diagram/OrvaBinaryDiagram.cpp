@@ -37,6 +37,11 @@ OrvaBinaryDiagram::OrvaBinaryDiagram(long maximumNumberOfNodes)
   _ResetCache(FIRST_TABLE_BITS);
 }
 
+void OrvaBinaryDiagram::SetRoom(std::size_t numberOfNodes) {
+  _maximumNumberOfNodes = std::min(_records.GetSize() + numberOfNodes, MAXIMUM_NODE);
+  _isExhausted = false;
+}
+
 std::size_t OrvaBinaryDiagram::_GetPlace(std::uint32_t variable, Edge thenEdge,
                                          Edge elseEdge) const {
   const std::uint64_t pair = (static_cast<std::uint64_t>(thenEdge) << 32) | elseEdge;
@@ -158,7 +163,7 @@ Edge OrvaBinaryDiagram::_GetCofactor(Edge edge, std::uint32_t variable, bool val
   return ComplementIf(value ? record.thenEdge : record.elseEdge, IsComplement(edge));
 }
 
-std::size_t OrvaBinaryDiagram::CountNodes(Edge edge, std::size_t limit) {
+std::vector<std::size_t> OrvaBinaryDiagram::FindNodes(Edge edge, std::size_t limit) {
   _isFound.resize(std::max(_isFound.size(), _records.GetSize()));
   std::vector<std::size_t> found;
   const auto visit = [&](std::size_t node) {
@@ -172,7 +177,7 @@ std::size_t OrvaBinaryDiagram::CountNodes(Edge edge, std::size_t limit) {
     visit(GetNode(_records[found[i]].elseEdge));
   }
   for (const std::size_t node : found) _isFound[node] = false;
-  return found.size();
+  return found;
 }
 
 std::vector<bool> OrvaBinaryDiagram::_Mark(std::span<const Edge> roots) const {

@@ -36,8 +36,10 @@ class OrvaBinaryDiagram {
   const Record& operator[](std::size_t node) const { return _records[node]; }
   std::size_t GetNumberOfNodes() const { return _records.GetSize(); }
   bool IsExhausted() const { return _isExhausted; }
-  // The number of nodes of a function, as far as the limit.
-  std::size_t CountNodes(Edge edge, std::size_t limit);
+  // From now on at most so many nodes, and those that are there already.
+  void SetRoom(std::size_t numberOfNodes);
+  // The nodes of a function but the constant, as far as the limit, in no order.
+  std::vector<std::size_t> FindNodes(Edge edge, std::size_t limit = SIZE_MAX);
 
   // A variable stands above all with higher numbers.
   Edge MakeVariable(std::uint32_t variable) { return _MakeNode(variable, CERTAIN, IMPOSSIBLE); }

@@ -26,59 +26,55 @@ std::unique_ptr<OrvaBinarySolution> OrvaBinarySolver::Solve(OrvaDiagramGraph& gr
   OrvaGraphSimplifier(graph).Simplify();
   const OrvaDiagramModules modules(graph);
   auto solution = std::make_unique<OrvaBinarySolution>(maximumNumberOfNodes);
-  OrvaBinarySolver(graph, modules, *solution)._Solve();
-  return solution->diagram.IsExhausted() ? nullptr : std::move(solution);
+  OrvaBinarySolver(graph, modules, solution->diagram)._SolveAll(*solution);
+  if (solution->diagram.IsExhausted()) return nullptr;
+  return solution;
 }
 
 OrvaBinarySolver::OrvaBinarySolver(const OrvaDiagramGraph& graph, const OrvaDiagramModules& modules,
-                                   OrvaBinarySolution& solution)
+                                   OrvaBinaryDiagram& diagram)
     : _graph(graph),
       _modules(modules),
-      _solution(solution),
-      _diagram(solution.diagram),
+      _diagram(diagram),
       _edges(graph.gates.size() + modules.GetModules().size(), IMPOSSIBLE),
       _edgesOfModules(std::span(_edges).last(modules.GetModules().size())),
-      _users(graph.gates.size()) {}
+      _users(modules.CountUsers()) {}
 
-void OrvaBinarySolver::_Solve() {
-  for (const Module& module : _modules.GetModules()) {
-    for (const std::uint32_t gate : module.gates) {
-      for (const Literal argument : _graph.gates[gate].arguments) {
-        if (argument.IsGate()) ++_users[argument.GetIndex()];
-      }
-    }
-  }
-  for (const Module& module : _modules.GetModules()) {
-    _SolveModule(module);
+void OrvaBinarySolver::_SolveAll(OrvaBinarySolution& solution) {
+  const std::size_t numberOfModules = _modules.GetModules().size();
+  for (std::size_t number = 0; number < numberOfModules; ++number) {
+    SolveModule(number);
     if (_diagram.IsExhausted()) return;
   }
   _diagram.Collect(_edgesOfModules, true);
   _diagram.Freeze();
   for (const OrvaDiagramModules::Variable& variable : _modules.GetVariables()) {
     if (variable.isModule) {
-      _solution.variables.push_back({nullptr, _edgesOfModules[variable.number]});
+      solution.variables.push_back({nullptr, _edgesOfModules[variable.number]});
     } else {
-      _solution.variables.push_back({_graph.events[variable.number], IMPOSSIBLE});
+      solution.variables.push_back({_graph.events[variable.number], IMPOSSIBLE});
     }
   }
-  _solution.top = OrvaBinaryDiagram::ComplementIf(_edgesOfModules.back(), _graph.top.IsNegated());
+  solution.top = OrvaBinaryDiagram::ComplementIf(_edgesOfModules.back(), _graph.top.IsNegated());
 }
 
-void OrvaBinarySolver::_SolveModule(const Module& module) {
-  const auto number = static_cast<std::size_t>(&module - _modules.GetModules().data());
-  if (module.gates.empty()) {
-    _edgesOfModules[number] = _diagram.MakeVariable(module.firstVariable);
-    return;
-  }
+Edge OrvaBinarySolver::SolveModule(std::size_t number) {
+  const OrvaDiagramModules::Module& module = _modules.GetModules()[number];
+  Edge& result = _edgesOfModules[number];
+  if (module.gates.empty()) return result = _diagram.MakeVariable(module.firstVariable);
   for (const std::uint32_t gate : module.gates) {
     _edges[gate] = _SolveGate(_graph.gates[gate]);
-    if (_diagram.IsExhausted()) return;
+    if (_diagram.IsExhausted()) break;
     _Release(_graph.gates[gate]);
-    if (gate == module.gates.back()) {
-      _edgesOfModules[number] = std::exchange(_edges[gate], IMPOSSIBLE);
-    }
+    if (gate == module.gates.back()) result = std::exchange(_edges[gate], IMPOSSIBLE);
     _diagram.Collect(_edges, false);
   }
+  return result;
+}
+
+void OrvaBinarySolver::ReleaseModule(std::size_t number) {
+  _edgesOfModules[number] = IMPOSSIBLE;
+  for (const std::uint32_t gate : _modules.GetModules()[number].gates) _edges[gate] = IMPOSSIBLE;
 }
 
 Edge OrvaBinarySolver::_SolveGate(const Gate& gate) {
@@ -120,7 +116,9 @@ std::vector<Edge> OrvaBinarySolver::_GetOperands(std::span<const Literal> argume
   }
   std::sort(variables.begin(), variables.end(), std::greater<>());
   if (gates.size() > 1) {
-    for (auto& [size, edge] : gates) size = _diagram.CountNodes(edge, LARGE_FUNCTION);
+    for (auto& [size, edge] : gates) {
+      size = _diagram.FindNodes(edge, LARGE_FUNCTION).size();
+    }
     std::sort(gates.begin(), gates.end());
   }
   std::vector<Edge> operands;

@@ -28,20 +28,27 @@ struct OrvaBinarySolution {
 // Makes the binary diagrams of a graph, module by module.
 class OrvaBinarySolver {
  public:
-  // The graph is rewritten. Null when more than so many nodes are needed at a time.
+  using Edge = OrvaBinaryDiagram::Edge;
+
+  // All modules in one diagram. The graph is rewritten. Null when more than so many nodes are
+  // needed at a time.
   static std::unique_ptr<OrvaBinarySolution> Solve(OrvaDiagramGraph& graph,
                                                    long maximumNumberOfNodes);
 
+  // For single modules; nothing is owned.
+  OrvaBinarySolver(const OrvaDiagramGraph& graph, const OrvaDiagramModules& modules,
+                   OrvaBinaryDiagram& diagram);
+  // The function of the module of that number over its variables. It stays in the diagram until it
+  // is released, under a number that may change. When the diagram is exhausted, the result means
+  // nothing.
+  Edge SolveModule(std::size_t number);
+  void ReleaseModule(std::size_t number);
+
  private:
-  using Edge = OrvaBinaryDiagram::Edge;
   using Literal = OrvaDiagramGraph::Literal;
   using Gate = OrvaDiagramGraph::Gate;
-  using Module = OrvaDiagramModules::Module;
 
-  OrvaBinarySolver(const OrvaDiagramGraph& graph, const OrvaDiagramModules& modules,
-                   OrvaBinarySolution& solution);
-  void _Solve();
-  void _SolveModule(const Module& module);
+  void _SolveAll(OrvaBinarySolution& solution);
   Edge _SolveGate(const Gate& gate);
   Edge _CountUp(const Gate& gate);
   std::vector<Edge> _GetOperands(std::span<const Literal> arguments);
@@ -49,7 +56,6 @@ class OrvaBinarySolver {
 
   const OrvaDiagramGraph& _graph;
   const OrvaDiagramModules& _modules;
-  OrvaBinarySolution& _solution;
   OrvaBinaryDiagram& _diagram;
   // The functions of the gates, IMPOSSIBLE once no gate needs them any more, then those of modules.
   std::vector<Edge> _edges;

@@ -2,18 +2,19 @@
 // variable x of its operands; f1 and f0 are the then- and the else-node of f, or nothing and f
 // where f does not begin with x:
 //
-//   f without g    =  x·((f1 without g0) without g1)  +  (f0 without g0)
-//   f united g     =  x·((f1 united g1) without e)    +  e          with e = f0 united g0
-//   f times g      =  x·((f1·(g1 united g0) united f0·g1) without e)  +  e     with e = f0·g0
+//   f without g  =  x·((f1 without g0) without g1)  +  (f0 without g0)
+//   f united g   =  x·((f1 without g0) united (g1 without f0))  +  (f0 united g0)
+//   f times g    =  x·((f1·(g1 united g0) united f0·g1) without f0·g0)  +  f0·g0
 //
-// The else-part comes first, and what it holds is taken out of the then-part: a cutset with x that
-// contains one without x is not minimal. So every set in the diagram is minimal from the start, and
-// stays small.
+// What the else-part holds is not in the then-part: a cutset with x that contains one without x is
+// not minimal. So every set in the diagram is minimal from the start, and stays small.
 //
-// A product cuts off what the limits refuse: nothing comes of it when the bounds of either operand
-// break them, and below x they fall by what x brings in at least. Too many cutsets are no fault
-// inside, only too few: so the cache keeps with each product the limits that it was made for, and
-// gives it out for the same limits and for all narrower ones.
+// All three cut off what the limits refuse: an operand whose bounds break them counts as empty, and
+// below x the limits fall by what x brings in at least. (A cutset beyond the limits is part of none
+// that keeps to them.) Too many cutsets are no fault inside, only too few: so the cache keeps with
+// each result the limits that it was made for, and gives it out for the same limits and for all
+// narrower ones. With limits on the product alone, a plant of 3,400 events at 1e-10 took twice the
+// work.
 //
 // The depth of the work is the number of variables, which can be 100,000 in one gate. Therefore a
 // task that needs a part of its result first waits on a stack of tasks; its stage tells where it
@@ -65,7 +66,11 @@ bool OrvaCutsetOperations::_IsBeyond(Node f, OrvaCutsetLimits limits) const {
 
 bool OrvaCutsetOperations::_IsPlainDifference(Node& f, Node& g, OrvaCutsetLimits limits) {
   // No cutset of f contains one with a variable above all those of f.
-  while (_diagram[g].variable < _diagram[f].variable) g = _diagram[g].elseNode;
+  const std::uint32_t variable = _diagram[f].variable;
+  const std::uint32_t greatestLength = _diagram[f].greatestLength;
+  while (_diagram[g].variable < variable && _diagram[g].leastLength <= greatestLength) {
+    g = _diagram[g].elseNode;
+  }
   if (f == EMPTY || g == UNIT || f == g || _IsBeyond(f, limits)) {
     _result = EMPTY;
     return true;
@@ -159,28 +164,30 @@ bool OrvaCutsetOperations::_AdvanceUnion(Task& task) {
   const OrvaCutsetDiagram::Record& f = _diagram[task.f];
   const OrvaCutsetDiagram::Record& g = _diagram[task.g];
   const std::uint32_t x = std::min(f.variable, g.variable);
-  const bool isInF = f.variable == x;
-  const bool isInG = g.variable == x;
+  const Node f1 = f.variable == x ? f.thenNode : EMPTY;
+  const Node f0 = f.variable == x ? f.elseNode : task.f;
+  const Node g1 = g.variable == x ? g.thenNode : EMPTY;
+  const Node g0 = g.variable == x ? g.elseNode : task.g;
   switch (task.stage++) {
     case 0:
-      if (!_Call<Operation::UNITE>(isInF ? f.elseNode : task.f, isInG ? g.elseNode : task.g,
-                                   task.limits)) {
-        return false;
-      }
+      if (!_Call<Operation::UNITE>(f0, g0, task.limits)) return false;
       ++task.stage;
       [[fallthrough]];
     case 1:
       task.elseResult = _result;
       if (_IsVariableBeyond(x, task.limits)) return true;
-      if (!_Call<Operation::UNITE>(isInF ? f.thenNode : EMPTY, isInG ? g.thenNode : EMPTY,
-                                   _GetLimitsBelow(x, task.limits))) {
-        return false;
-      }
+      if (!_Call<Operation::WITHOUT>(f1, g0, _GetLimitsBelow(x, task.limits))) return false;
       ++task.stage;
       [[fallthrough]];
     case 2:
-      if (!_Call<Operation::WITHOUT>(_result, task.elseResult, _GetLimitsBelow(x, task.limits)))
+      task.partial = _result;
+      if (!_Call<Operation::WITHOUT>(g1, f0, _GetLimitsBelow(x, task.limits))) return false;
+      ++task.stage;
+      [[fallthrough]];
+    case 3:
+      if (!_Call<Operation::UNITE>(task.partial, _result, _GetLimitsBelow(x, task.limits))) {
         return false;
+      }
       [[fallthrough]];
     default:
       _result = _diagram.MakeNode(x, _result, task.elseResult);

@@ -44,6 +44,10 @@ class OrvaCutsetOperations {
   // The minimal ones among the unions of a cutset of f and a cutset of g. Those that keep to the
   // limits are all there; others may be.
   Node Multiply(Node f, Node g, OrvaCutsetLimits limits);
+  // The cutsets of `elseNode`, and those of `thenNode` with a variable above all of theirs.
+  Node Prepend(std::uint32_t variable, Node thenNode, Node elseNode) {
+    return _diagram.MakeNode(variable, thenNode, elseNode);
+  }
   // To be called when nodes have been renamed.
   void Forget();
 

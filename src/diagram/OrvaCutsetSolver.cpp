@@ -57,11 +57,13 @@ OrvaCutsetSolver::OrvaCutsetSolver(const OrvaDiagramGraph& graph, const OrvaDiag
       _solution(solution),
       _diagram(solution.diagram),
       _operations(_diagram),
+      _extraction(graph, modules, _operations),
       _boundsOfEvents(GetBounds(graph.events)),
+      _isUnlimited(_GetLimitsInside() == OrvaCutsetLimits()),
       _budgets(graph, modules, _boundsOfEvents, _GetLimitsInside()),
       _nodes(graph.gates.size() + modules.GetModules().size(), EMPTY),
       _nodesOfModules(std::span(_nodes).last(modules.GetModules().size())),
-      _users(graph.gates.size()) {
+      _users(modules.CountUsers()) {
   solution.variables.reserve(modules.GetVariables().size());
 }
 
@@ -84,33 +86,28 @@ OrvaCutsetLimits OrvaCutsetSolver::_GetLimitsInside() const {
 }
 
 void OrvaCutsetSolver::_Solve() {
-  for (const OrvaDiagramModules::Module& module : _modules.GetModules()) {
-    for (const std::uint32_t gate : module.gates) {
-      for (const Literal argument : _graph.gates[gate].arguments) {
-        assert(!argument.IsNegated());
-        if (argument.IsGate()) ++_users[argument.GetIndex()];
-      }
-    }
-  }
-  for (const OrvaDiagramModules::Module& module : _modules.GetModules()) _SolveModule(module);
+  for (std::size_t number = 0; number < _nodesOfModules.size(); ++number) _SolveModule(number);
   for (OrvaCutsetSolution::Variable& variable : _solution.variables) {
     if (variable.event == nullptr) variable.module = _nodesOfModules[variable.module];
   }
   _solution.top = _nodesOfModules.back();
 }
 
-void OrvaCutsetSolver::_SolveModule(const OrvaDiagramModules::Module& module) {
+void OrvaCutsetSolver::_SolveModule(std::size_t number) {
+  const OrvaDiagramModules::Module& module = _modules.GetModules()[number];
   for (std::uint32_t i = module.firstVariable; i < module.endOfVariables; ++i) _SetVariable(i);
-  const auto number = static_cast<std::size_t>(&module - _modules.GetModules().data());
+  Node& result = _nodesOfModules[number];
   if (module.gates.empty()) {
-    _nodesOfModules[number] = _GetNodeOfVariable(module.firstVariable);
-    return;
-  }
-  for (const std::uint32_t gate : module.gates) {
-    _nodes[gate] = _SolveGate(gate);
-    _Release(_graph.gates[gate]);
-    if (gate == module.gates.back()) _nodesOfModules[number] = std::exchange(_nodes[gate], EMPTY);
+    result = _GetNodeOfVariable(module.firstVariable);
+  } else if (_isUnlimited && module.gates.size() > 1 && _extraction.Extract(number, result)) {
     _Collect();
+  } else {
+    for (const std::uint32_t gate : module.gates) {
+      _nodes[gate] = _SolveGate(gate);
+      _Release(_graph.gates[gate]);
+      if (gate == module.gates.back()) result = std::exchange(_nodes[gate], EMPTY);
+      _Collect();
+    }
   }
 }
 

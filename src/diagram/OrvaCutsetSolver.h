@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "diagram/OrvaCutsetBudgets.h"
+#include "diagram/OrvaCutsetExtraction.h"
 #include "diagram/OrvaCutsetOperations.h"
 #include "diagram/OrvaCutsetSolution.h"
 #include "diagram/OrvaDiagramModules.h"
@@ -29,7 +30,7 @@ class OrvaCutsetSolver {
                    OrvaCutsetSolution& solution);
   OrvaCutsetLimits _GetLimitsInside() const;
   void _Solve();
-  void _SolveModule(const OrvaDiagramModules::Module& module);
+  void _SolveModule(std::size_t number);
   void _SetVariable(std::uint32_t number);
   Node _SolveGate(std::uint32_t number);
   Node _Unite(const Gate& gate, const OrvaCutsetLimits& limits);
@@ -45,7 +46,9 @@ class OrvaCutsetSolver {
   OrvaCutsetSolution& _solution;
   OrvaCutsetDiagram& _diagram;
   OrvaCutsetOperations _operations;
+  OrvaCutsetExtraction _extraction;
   std::vector<Bounds> _boundsOfEvents;
+  bool _isUnlimited;
   OrvaCutsetBudgets _budgets;
   // The cutsets of gates, EMPTY once no gate needs them any more, then those of modules.
   std::vector<Node> _nodes;

@@ -203,3 +203,15 @@ std::uint32_t OrvaDiagramModules::_AddVariable(bool isModule, std::size_t number
   _variables.push_back({isModule, static_cast<std::uint32_t>(number)});
   return static_cast<std::uint32_t>(_variables.size() - 1);
 }
+
+std::vector<std::uint32_t> OrvaDiagramModules::CountUsers() const {
+  std::vector<std::uint32_t> users(_graph.gates.size());
+  for (const Module& module : _modules) {
+    for (const std::uint32_t gate : module.gates) {
+      for (const Literal argument : _graph.gates[gate].arguments) {
+        if (argument.IsGate()) ++users[argument.GetIndex()];
+      }
+    }
+  }
+  return users;
+}

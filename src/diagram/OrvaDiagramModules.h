@@ -40,6 +40,9 @@ class OrvaDiagramModules {
     return node.IsGate() ? _variablesOfGates[node.GetIndex()] : _variablesOfEvents[node.GetIndex()];
   }
 
+  // For each gate of the graph, by number, in how many places it is an argument.
+  std::vector<std::uint32_t> CountUsers() const;
+
  private:
   struct Visits;
 
