@@ -26,10 +26,13 @@ need_packages() {
   DEBIAN_FRONTEND=noninteractive apt-get install -y -qq $missing > /dev/null
 }
 
+need_lxml() { need_packages /usr/lib/python3/dist-packages/lxml=python3-lxml; }
+
 need_compiler() { need_packages g++=g++ make=make cmake=cmake; }
 need_tests() {
   need_compiler
   need_packages /usr/include/gtest/gtest.h=libgtest-dev
+  need_lxml
 }
 need_benchmarks() {
   need_compiler
