@@ -113,7 +113,7 @@ REFUSED = {
     "<opsa-mef><define-parameter name='p' unit='years'><pi/></define-parameter><define-parameter "
     "name='q'>\n<parameter name='p' unit='hours'/></define-parameter></opsa-mef>":
         ":2: <parameter>: p is in years and used in hours",
-    "<opsa-mef>\n<define-basic-event name='a&quot;b'/></opsa-mef>": ":2: <define-basic-event>: a\"b",
+    "<opsa-mef>\n<define-basic-event name='a&quot;b'/></opsa-mef>": ":2: <define-basic-event>: a\"b has a quote",
     "<opsa-mef><define-event-tree name='E'><define-branch name='B'>\n<branch name='B'/>"
     "</define-branch><initial-state><branch name='B'/></initial-state></define-event-tree>"
     "</opsa-mef>": ":2: <branch>: B leads back to itself",
@@ -139,6 +139,16 @@ class SolvedByHand(TemporaryFolder):
                 open(os.path.join(HERE, "models", "nested.flat.xml"), encoding="utf-8") as expected:
             self.assertEqual(flat.read(), expected.read())
         self.assertEqual(said.count("has no probability"), 5)
+
+    def test_manual(self):
+        page = os.path.join(HERE, "..", "..", "docs", "import.md")
+        with open(page, encoding="utf-8") as text:
+            blocks = dict(each.split("\n```", 1)[0].split("\n", 1)
+                          for each in text.read().split("```xml ")[1:])
+        self.write(blocks["model.xml"])
+        self.assertEqual(convert(self.model, output=self.flat), (0, ""))
+        with open(self.flat, encoding="utf-8") as flat:
+            self.assertEqual(flat.read(), blocks["flat.xml"] + "\n")
 
     def test_cutsets(self):
         for (name, top), expected in CUTSETS.items():

@@ -22,7 +22,10 @@ def main(arguments):
     parser.add_argument("models", nargs="+", metavar="MODEL", help="the files of one model")
     parser.add_argument("-o", dest="output", required=True, metavar="FLAT.xml",
                         help="the file to write")
-    options = parser.parse_args(arguments)
+    try:
+        options = parser.parse_args(arguments)
+    except SystemExit as ending:
+        return 1 if ending.code else 0
     # What is read stays until the end: looking for garbage in it takes a third of the time.
     gc.disable()
     report = Report()

@@ -11,7 +11,7 @@ import re
 
 from lxml import etree
 
-from .report import quote
+from .report import is_writable, quote
 
 ROOTS = ("open-psa", "opsa-mef", "srf-psa", "riskspectrum:opsa-mef")
 _PIECE = 1 << 16
@@ -188,9 +188,10 @@ class Source:
         place = self.number()
         if self._containers:
             self._containers[-1].last = container.element
-        if container.tag not in ROOTS and container.tag != "model-data" and (
-                container.element.get("name") is None):
-            self._report.fault(place, container.tag, "has no name")
+        name = container.element.get("name")
+        if container.tag not in ROOTS and container.tag != "model-data" and not (
+                name and is_writable(name)):
+            self._report.fault(place, container.tag, "has no name that orva takes")
         container.element.clear()
         yield "close", container
 

@@ -6,7 +6,7 @@ sets house events and remembers the states of functional events; where it ends i
 """
 
 from .document import local_name
-from .formulas import expression_token, formula_token, read_boolean, read_postfix
+from .formulas import expression_token, formula_token, read_boolean, read_name, read_postfix
 from .model import Definition, Scope
 from .report import quote
 
@@ -111,7 +111,7 @@ class EventTrees:
         for child in element:
             tag = local_name(child)
             if tag in tree.parts:
-                tree.parts[tag][child.get("name") or ""] = child
+                tree.parts[tag][read_name(child, places[child], self._report)] = child
             elif tag == "initial-state":
                 tree.initial = child
             elif tag not in _ANNOTATIONS:

@@ -10,7 +10,7 @@ import re
 from lxml import etree
 
 from .document import local_name
-from .report import quote
+from .report import is_writable, quote
 
 REFERENCES = {"event", "gate", "basic-event", "house-event"}
 
@@ -54,12 +54,14 @@ def read_boolean(element, place, report):
 
 
 def read_name(element, place, report):
-    """The attribute "name", or a name that stands for its absence."""
-    name = element.get("name")
-    if name:
-        return name
-    report.fault(place, local_name(element), "has no name")
-    return ""
+    """The attribute "name", or, with a report, an empty one."""
+    name = element.get("name") or ""
+    if not name:
+        report.fault(place, local_name(element), "has no name")
+    elif not is_writable(name):
+        report.fault(place, local_name(element),
+                     f"{quote(name)} has a quote or a backslash in its name")
+    return name
 
 
 def _read_limit(element, place, report, rule, count):

@@ -192,7 +192,7 @@ class Reader:
         faults = len(self._report.faults)
         tokens, count = read_postfix(element, lambda _: source.number(), token, self._report)
         definition = Definition(kind, "", source.place, scope)
-        definition.name = self._read_name(element, tag, source.place)
+        definition.name = read_name(element, source.place, self._report)
         definition.label = read_label(element) if len(element) > 1 else None
         definition.unit = element.get("unit")
         definition.tokens = tokens
@@ -204,12 +204,6 @@ class Reader:
         names = self._model.parameters if kind == "parameter" else self._model.events
         names.add(definition, tag, element.get("role"))
         self._model.definitions.append(definition)
-
-    def _read_name(self, element, tag, place):
-        name = read_name(element, place, self._report)
-        if '"' in name or any(f"\\{letter}" in name for letter in '\\nt'):
-            self._report.fault(place, tag, f"{quote(name)} has a quote or a backslash in its name")
-        return name
 
     def _include(self, source, element, places):
         path = resolve_include(source, element)
@@ -225,7 +219,7 @@ class Reader:
 
     def _define_group(self, source, element, places):
         place = places[element]
-        name = self._read_name(element, "define-CCF-group", place)
+        name = read_name(element, place, self._report)
         group = Group(name, place, element.get("model"), read_label(element))
         group.scope = self._scope(source)
         if group.model not in CCF_MODELS:
@@ -262,15 +256,15 @@ class Reader:
         return tokens
 
     def _define_event_tree(self, _source, element, places):
-        self._read_name(element, local_name(element), places[element])
+        read_name(element, places[element], self._report)
         self._model.event_trees.append((element, places))
 
     def _define_initiating_event(self, _source, element, places):
-        self._read_name(element, local_name(element), places[element])
+        read_name(element, places[element], self._report)
         self._model.initiating_events.append((element, places))
 
     def _define_rule(self, _source, element, places):
-        self._model.rules[self._read_name(element, "define-rule", places[element])] = (
+        self._model.rules[read_name(element, places[element], self._report)] = (
             element, places)
 
 

@@ -10,6 +10,7 @@ import xml.parsers.expat
 
 _ORDINAL_BITS = 32
 _MOST_FAULTS = 50
+_MOST_NOTES = 20
 _LONGEST_QUOTE = 80
 
 
@@ -20,6 +21,12 @@ class Stop(Exception):
 def quote(name):
     """The name as messages show it: long ones are cut."""
     return name if len(name) <= _LONGEST_QUOTE else name[:_LONGEST_QUOTE] + "..."
+
+
+def is_writable(name):
+    """Whether the engine reads and prints a name as it stands: it knows no entities, and interprets
+    a backslash before some characters."""
+    return '"' not in name and not any("\\" + letter in name for letter in "\\nt")
 
 
 class Report:
@@ -54,12 +61,14 @@ class Report:
     def show(self, stream=None):
         """Writes faults, or, without any, notes."""
         stream = stream or sys.stderr
-        entries = self.faults or self.notes
+        entries = self.faults or self.notes[:_MOST_NOTES]
         lines = self._find_lines(place for place, _, _ in entries if isinstance(place, int))
         for place, element, text in entries:
             where = lines.get(place, place)
             parts = [where, element and f"<{element}>", text]
             print("orva-import: " + ": ".join(part for part in parts if part), file=stream)
+        if not self.faults and len(self.notes) > _MOST_NOTES:
+            print(f"orva-import: {len(self.notes) - _MOST_NOTES} more of such notes", file=stream)
 
     def describe(self, place):
         """The place as "file:line"."""

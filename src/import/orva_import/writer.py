@@ -11,11 +11,14 @@ class Writer:
     """Writes one file. Nothing is left behind, and no file is touched, unless all is written."""
 
     def __init__(self, path):
-        self._path = path
+        # What a link points to is replaced, not the link.
+        self._path = os.path.realpath(path)
         self._file = None
 
     def __enter__(self):
-        folder, name = os.path.split(os.path.abspath(self._path))
+        if os.path.exists(self._path) and not os.path.isfile(self._path):
+            raise OSError(0, "it is no regular file")
+        folder, name = os.path.split(self._path)
         handle, self._temporary = tempfile.mkstemp(prefix=f".{name[:50]}.", dir=folder)
         self._file = os.fdopen(handle, "w", encoding="utf-8")
         self._file.write('<?xml version="1.0"?>\n<open-psa>\n')
