@@ -3,6 +3,7 @@
 import math
 import os
 import unittest
+import xml.etree.ElementTree as ElementTree
 
 from support import (HERE, Flat, TemporaryFolder, convert, cutsets_of_orva, run_orva, subsets)
 
@@ -31,7 +32,7 @@ CUTSETS = {
     ("event-tree", "TRANS.DAMAGE"): [["ET.1", "A"]],
     ("event-tree", "LOCA.OK"): [["ET.1"]],
     ("linked-trees", "FIRST.END"): "AB C",
-    ("linked-trees", "FIRST.END-2"): "AB",
+    ("linked-trees", "FIRST.END-2"): [["A", "B", "C"]],
 }
 
 # Gates that are not coherent, as functions of the set of true events.
@@ -45,7 +46,7 @@ FUNCTIONS = {
     ("operators", "CARDINALITY"): lambda s: 1 <= len(s) <= 2,
     ("operators", "NONE"): lambda s: not s & {*"AB"},
     ("operators", "MIX"): lambda s: ("A" in s) == ("C" in s) or "B" not in s,
-    ("negations", "STAYS"): lambda s: s & {"P1", "P2", "P3"} == {"P1"},
+    ("negations", "STAYS"): lambda s: s & {"P1", "P2", "P3", "BUS"} == {"P1"},
     ("event-tree", "LOCA.LATE"): lambda s: False,
     ("event-tree", "TRANS.LATE"): lambda s: False,
 }
@@ -199,6 +200,11 @@ class Expressions(TemporaryFolder):
             values = {row.split("\t")[1]: float(row.split("\t")[3]) for row in rows}
         for i, (text, expected) in enumerate(EXPRESSIONS.items()):
             self.assertAlmostEqual(values[f"p{i}"], expected, delta=abs(expected) * 1e-5, msg=text)
+
+        for owner in ElementTree.parse(self.flat).getroot().iter():
+            for each in owner:
+                if each.tag.endswith("-deviate") or each.tag == "histogram":
+                    self.assertEqual(owner.tag, "define-parameter", "else it is never drawn")
 
     def test_error_factors(self):
         """The level of a quantile becomes the one level whose score orva and the format share."""

@@ -299,15 +299,14 @@ class EventTrees:
             state.agenda = (element[2], state.agenda)
 
     def _decide(self, state, condition):
-        # The tokens of all children: those of the condition come first.
-        tokens, _ = self._condition(condition)
+        tokens = self._condition(condition)
         stack = []
         for token in tokens:
             name, count = token[0], token[1]
             if name in ("float", "bool"):
                 stack.append(float(count) if name == "float" else count)
                 continue
-            arguments = stack[len(stack) - count:] if count else []
+            arguments = [] if name == "parameter" else stack[len(stack) - count:]
             del stack[len(stack) - len(arguments):]
             stack.append(self._decide_operation(state, condition, token, arguments))
         return bool(stack and stack[0])
@@ -315,11 +314,12 @@ class EventTrees:
     def _condition(self, condition):
         found = self._tokens.get(condition)
         if found is None:
-            tokens, _ = read_postfix(condition, self._places.get, expression_token, self._report)
-            own = expression_token(condition, local_name(condition), self._places[condition],
-                                   self._report)
-            found = tokens + [own] if own else [], None
-            self._tokens[condition] = found
+            faults = len(self._report.faults)
+            found, _ = read_postfix(condition, self._places.get, expression_token, self._report)
+            found.append(expression_token(condition, local_name(condition),
+                                          self._places[condition], self._report))
+            # What is not in order is not decided.
+            self._tokens[condition] = found = found if len(self._report.faults) == faults else []
         return found
 
     def _decide_operation(self, state, condition, token, arguments):

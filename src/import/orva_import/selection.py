@@ -57,10 +57,7 @@ class Selection:
         """Finds out which nodes are needed, and in which polarity each is written: parents have
         larger numbers than their arguments."""
         operators = self._graph.operators
-        forced = {}
         for _, literal, _ in self._tops:
-            if operators[literal >> 1]:
-                forced.setdefault(literal >> 1, set()).add(literal)
             self._needs[literal >> 1] = self._needs.get(literal >> 1, 0) | 1 << (literal & 1)
         self._find_roots()
         for node in range(len(operators) - 1, 0, -1):
@@ -68,11 +65,10 @@ class Selection:
                 continue
             literal = self._choose(node)
             self._polarity[node] = literal
-            for each in forced.get(node, set()) | {literal}:
-                for argument in self._graph.definition(each)[2]:
-                    below = argument >> 1
-                    self._needs[below] = self._needs.get(below, 0) | 1 << (argument & 1)
-                    self._referred.add(below)
+            for argument in self._graph.definition(literal)[2]:
+                below = argument >> 1
+                self._needs[below] = self._needs.get(below, 0) | 1 << (argument & 1)
+                self._referred.add(below)
 
     def _find_roots(self):
         """Which gate, under which setting, a literal is the value of: the one that owns the node
