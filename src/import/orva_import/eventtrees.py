@@ -231,13 +231,15 @@ class EventTrees:
             state.agenda = _prepend(found[0], state.agenda)
 
     def _collect_formula(self, state, element):
-        tokens, references = self._tokens_of(element)
-        if tokens and None not in references:
+        """Paths that collect the same formula under the same settings share its gates."""
+        key = element, state.houses
+        if key not in self._collected:
+            tokens, references = self._tokens_of(element)
             for each in references:
                 self._formulas.value(each, state.houses)
-            literal = self._formulas.evaluate(tokens, references, state.houses,
-                                              (self._initiating, state.houses))
-            state.collected = (literal, state.collected)
+            self._collected[key] = self._formulas.evaluate(tokens, references, state.houses,
+                                                           (state.tree.name, state.houses))
+        state.collected = (self._collected[key], state.collected)
 
     def _tokens_of(self, element):
         found = self._tokens.get(element)
