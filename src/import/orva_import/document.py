@@ -111,8 +111,8 @@ class Source:
         return {each: self.number() for _, each in etree.iterwalk(element, events=("end",))}
 
     def scope(self):
-        """The scope of the innermost open container."""
-        return self._containers[-1].scope
+        """The scope of the innermost open container, or that of the file."""
+        return self._containers[-1].scope if self._containers else self._scope
 
     def events(self):
         """See the class."""
@@ -174,7 +174,7 @@ class Source:
 
     def _open(self, element, tag):
         is_root = not self._containers and tag in ROOTS
-        outer = self._containers[-1].scope if self._containers else self._scope
+        outer = self.scope()
         scope = outer if is_root or tag == "model-data" else outer.inner(
             element.get("name"), element.get("role"))
         self._containers.append(Container(element, tag, scope))

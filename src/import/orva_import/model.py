@@ -181,11 +181,8 @@ class Reader:
             if action:
                 action(self, source, element, places)
 
-    def _scope(self, source):
-        return source.scope() if source._containers else source._scope
-
     def _define_symbol(self, source, element, tag):
-        scope = self._scope(source)
+        scope = source.scope()
         kind = EVENT_KINDS.get(tag, "parameter")
         token = _house_token if kind == "house-event" else (
             formula_token if kind == "gate" else expression_token)
@@ -215,13 +212,13 @@ class Reader:
         elif len(self._sources) >= _MOST_INCLUDES:
             self._report.stop(place, "include", f"more than {_MOST_INCLUDES} files in each other")
         else:
-            self._push(path, self._scope(source))
+            self._push(path, source.scope())
 
     def _define_group(self, source, element, places):
         place = places[element]
         name = read_name(element, place, self._report)
         group = Group(name, place, element.get("model"), read_label(element))
-        group.scope = self._scope(source)
+        group.scope = source.scope()
         if group.model not in CCF_MODELS:
             self._report.fault(place, "define-CCF-group", "has no model that is known")
         if name in self._group_names:
