@@ -49,7 +49,6 @@ class OrvaParser : public LumoXMLParser {
   void DownloadModel(int& error, std::FILE* file, OrvaModel* model);
 
  private:
-
   // The table of constructs and where each may stand, and what is said when an event is declared
   // again: see OrvaParser.cpp and OrvaParserDefinitions.cpp.
   enum Place : int;

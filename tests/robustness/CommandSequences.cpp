@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <map>
 #include <random>
+#include <sys/time.h>
 #include <vector>
 
 #include "Robustness.h"
@@ -24,7 +25,7 @@ using namespace robustness;
 
 namespace {
 
-constexpr unsigned SECONDS_PER_SEQUENCE = 60;
+constexpr long SECONDS_PER_SEQUENCE = 60;
 constexpr int MAXIMUM_OF_FINDINGS = 5;
 
 // ---- What sequences are drawn from --------------------------------------------------------------
@@ -477,7 +478,8 @@ void CheckWithoutOtherBuilds(const Sequence& sequence, std::size_t last, const R
 }
 
 void Check(const Sequence& sequence) {
-  alarm(SECONDS_PER_SEQUENCE);
+  const itimerval limit = {{0, 0}, {SECONDS_PER_SEQUENCE, 0}};  // of its own, not of the clock
+  setitimer(ITIMER_PROF, &limit, nullptr);
   const Run run = Execute(sequence);
   counts->last = run.successes;
   CheckRepetition(sequence, run);
