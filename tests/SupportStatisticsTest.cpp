@@ -220,6 +220,10 @@ TEST(LumoQuantilizer, GivesOrderStatisticsWhileTheSampleFits) {
       }
     }
   }
+  LumoQuantilizer ends(1, 10);  // a value on an end lies behind it
+  for (const double x : {0.0, 1.0, 2.0}) ends.AddValue(x);
+  EXPECT_EQ(TakeValues(ends.ExtractCumulativeDistribution(0.0, 2.0, 2)),
+            (std::vector{1 / 3.0, 2 / 3.0}));
   LumoQuantilizer empty(1, 10);
   EXPECT_EQ(empty.GetNumberOfBuffers(), 2);  // at least
   EXPECT_TRUE(TakeValues(empty.ExtractQuantiles(3)).empty());

@@ -74,6 +74,7 @@ TEST(LumoXMLNode, KeepsItsChildrenInOrder) {
   for (const int outside : {-3, 0, 8}) EXPECT_EQ(node.GetChild(outside), nullptr);
   EXPECT_EQ(node.GetNumberOfChildNodesOfName("abc"), 0);  // a text is no element
   EXPECT_EQ(node.GetNumberOfChildNodesOfName("b"), 2);
+  EXPECT_EQ(node.GetChild(2, LumoXMLNode::NODE), node.GetChild(3));
   EXPECT_EQ(node.CountChildren(LumoXMLNode::CompareName, "b"), 2);
   node.DeleteDescendants();
   node.AddChild(stranger);
