@@ -149,17 +149,26 @@ class SystemCollector {
     _graph.gates[place.GetIndex()].arguments = {nodes[top]};
   }
 
-  // An equation of one literal is the literal, whatever its threshold: the system of an event that
-  // is another name for a basic event, or the negation of an event, has none.
   static Gate _BuildGate(const OrvaEquation& equation, const std::vector<Node>& nodes) {
     Gate gate;
     for (const OrvaLiteral& literal : equation.GetFanins()) {
       const auto number = static_cast<std::size_t>(literal.GetVariable()->GetNumber());
       gate.arguments.emplace_back(nodes[number], !literal.GetSign());
     }
-    gate.min = equation.GetSize() == 1 ? 1 : equation.GetMin();
+    gate.min = equation.GetMin();
     gate.type = OrvaDiagramGraph::ATLEAST;
+    if (equation.GetSize() == 1 && gate.min < 1) _BuildReference(equation, gate);
     return gate;
+  }
+
+  // The equation of an event that is another name for a basic event, or the negation of an event, has
+  // no threshold and always holds: this is the defined behaviour of systems. The literal below it
+  // counts here, and whether it is negated stands in the formula alone.
+  static void _BuildReference(const OrvaEquation& equation, Gate& gate) {
+    const OrvaGate* definition = equation.GetFanout()->GetEvent()->GetDefinition();
+    gate.min = 1;
+    gate.arguments.front() =
+        gate.arguments.front().NegateIf(definition != nullptr && definition->IsNegation());
   }
 
   // Systems that were built from different states of the model can name each other as modules: the

@@ -9,6 +9,7 @@
 // edges that would leave of a probability of 1e-12 no more than four digits.
 #include "diagram/OrvaExactProbability.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "model/OrvaEvent.h"
@@ -36,7 +37,7 @@ OrvaExactProbability::Chance OrvaExactProbability::_GetChance(Edge edge) const {
   return OrvaBinaryDiagram::IsComplement(edge) ? Chance{chance.isFalse, chance.isTrue} : chance;
 }
 
-double OrvaExactProbability::Compute() {
+double OrvaExactProbability::Compute(const OrvaMCSSet& /*set*/) {
   const OrvaBinaryDiagram& diagram = _solution->diagram;
   _chances[0] = {1.0, 0.0};
   for (std::size_t node = 1; node < diagram.GetNumberOfNodes(); ++node) {
@@ -54,5 +55,5 @@ double OrvaExactProbability::Compute() {
     _chances[node] = {own.isTrue * thenChance.isTrue + own.isFalse * elseChance.isTrue,
                       own.isTrue * thenChance.isFalse + own.isFalse * elseChance.isFalse};
   }
-  return _GetChance(_solution->top).isTrue;
+  return std::clamp(_GetChance(_solution->top).isTrue, 0.0, 1.0);
 }

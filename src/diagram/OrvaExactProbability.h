@@ -4,21 +4,20 @@
 #include <vector>
 
 #include "diagram/OrvaBinarySolver.h"
+#include "quantification/OrvaApproximation.h"
 
 // The exact probability of a Boolean function of independent basic events, negations included.
-class OrvaExactProbability {
+class OrvaExactProbability : public OrvaApproximation {
  public:
   // Makes the diagrams of the graph, which is rewritten, with at most so many nodes at a time; null
   // when they need more. They serve any number of computations.
   static std::unique_ptr<OrvaExactProbability> Build(OrvaDiagramGraph& graph,
                                                      long maximumNumberOfNodes);
   explicit OrvaExactProbability(std::unique_ptr<OrvaBinarySolution> solution);
-  ~OrvaExactProbability();
-  OrvaExactProbability(const OrvaExactProbability&) = delete;
-  OrvaExactProbability& operator=(const OrvaExactProbability&) = delete;
+  ~OrvaExactProbability() override;
 
-  // The probability of the function, from the present probabilities of the events.
-  double Compute();
+  // The probability of the function, brought into [0, 1]; the cutsets don't count.
+  double Compute(const OrvaMCSSet& set) override;
   std::size_t GetNumberOfNodes() const { return _solution->diagram.GetNumberOfNodes(); }
 
  private:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdio>
 #include <memory>
 #include <span>
@@ -7,11 +8,14 @@
 
 #include "quantification/OrvaHandle.h"
 
+template <class Value>
+struct OrvaWord;
 class LumoRandomizer;
 class LumoStream;
 class LumoXMLDocument;
 class LumoXMLNode;
 class OrvaAnalyzer;
+class OrvaApproximation;
 class OrvaChecker;
 class OrvaCutoff;
 class OrvaEvent;
@@ -113,6 +117,10 @@ class OrvaInterpreter {
   void _DownloadCommandComputeOrdersOfMinimalCutsets(int& error, const LumoXMLNode* command);
   void _DownloadCommandComputeTopEventSensitivity(int& error, const LumoXMLNode* command);
   void _DownloadCommandComputeFailureIntensity(int& error, const LumoXMLNode* command);
+  std::unique_ptr<OrvaApproximation> _NewApproximation(int& error, const LumoXMLNode* command,
+                                                       OrvaHandle* handle);
+  std::unique_ptr<OrvaApproximation> _NewExactProbability(int& error, const LumoXMLNode* command,
+                                                          OrvaHandle* handle);
   struct CurveKind;  // see OrvaInterpreterCompute.cpp
   void _WriteTopEventProbability(int& error, const LumoXMLNode* command, OrvaHandle* handle);
   void _WriteCurve(int& error, const LumoXMLNode* command, OrvaHandle* handle,
@@ -153,6 +161,14 @@ class OrvaInterpreter {
                               int& result);
   bool _DownloadBooleanOption(int& error, const LumoXMLNode* command, const char* name,
                               bool& result);
+  // Options that only the command itself may have. An integer that it lacks leaves the result
+  // unchanged; true when it is there. A word is one of a table, or the first of them where the
+  // command has none; any other word is reported with that message.
+  bool _DownloadIntegerInCommand(int& error, const LumoXMLNode* command, const char* name,
+                                 int& result);
+  template <class Value, std::size_t N>
+  Value _DownloadWordInCommand(int& error, const LumoXMLNode* command, const char* name,
+                               const OrvaWord<Value> (&words)[N], const char* unknownWord);
   // Sets switches of the printer from Boolean options; and a number of its rows, which is 0 and the
   // result false when it would be too large. A number below 0 gives no rows.
   void _DownloadSwitches(int& error, const LumoXMLNode* command, std::span<const Switch> switches);

@@ -4,7 +4,9 @@
 // are found, and each module has a system of its own, in which it is the top; in the system of the
 // top event it is one variable. The minimal cutsets of every module come first: their sum and their
 // highest probability are what the search for the top event needs of a module for its limits. Only
-// then are the module's cutsets put in the place of its variable.
+// then are the module's cutsets put in the place of its variable. Diagrams find their own modules,
+// and need none of this; the model's modules are computed by them all the same, since commands may
+// ask for the results of a module.
 //
 // What can fail is looked at before it is relied on, in this order: groups whose gates would take a
 // name in use, rings that their expansion has closed, formulas that normalisation lets grow too
@@ -14,9 +16,13 @@
 #include <cassert>
 #include <memory>
 
+#include "diagram/OrvaCutsetListing.h"
+#include "diagram/OrvaCutsetSolver.h"
+#include "diagram/OrvaDiagramGraph.h"
 #include "driver/OrvaInterpreter.h"
 #include "driver/OrvaInterpreterCommands.h"
 #include "model/OrvaModel.h"
+#include "quantification/OrvaVariableIndices.h"
 #include "reader/OrvaChecker.h"
 #include "search/OrvaCutoff.h"
 #include "search/OrvaWalker.h"
@@ -31,15 +37,25 @@ constexpr const char* NO_SOURCE_HANDLE = "No source handle for module %s\n";
 constexpr const char* SOURCE_HANDLE_IS_NO_SYSTEM = "Source handle for module %s is not a system\n";
 constexpr const char* FORMULAS_TOO_LARGE = "The formulas below %s grow too large\n";
 constexpr const char* TOO_MANY_BASIC_EVENTS = "Too many basic events in minimal cutsets\n";
+constexpr const char* UNKNOWN_ALGORITHM = "Unknown algorithm %s\n";
+constexpr const char* INCOHERENT_FORMULA =
+    "The algorithm \"diagram\" needs coherent formulas, without negation: %s\n";
 constexpr const char* SAME_HANDLES = "System and MCS handles cannot be the same.\n";
+
+enum class Algorithm { SEARCH, DIAGRAM };
+constexpr OrvaWord<Algorithm> ALGORITHMS[] = {{"search", Algorithm::SEARCH},
+                                              {"diagram", Algorithm::DIAGRAM}};
+constexpr const char* ALGORITHM = "algorithm";
 
 // One computation of the minimal cutsets of a top event.
 class CutsetComputation {
  public:
-  CutsetComputation(OrvaInterpreter* interpreter, int& error, const char* systemHandleName,
-                    const char* handleName, double missionTime, const OrvaCutoff* cutoff)
+  CutsetComputation(OrvaInterpreter* interpreter, int& error, Algorithm algorithm,
+                    const char* systemHandleName, const char* handleName, double missionTime,
+                    const OrvaCutoff* cutoff)
       : _interpreter(interpreter),
         _error(error),
+        _algorithm(algorithm),
         _systemHandleName(systemHandleName),
         _handleName(handleName),
         _missionTime(missionTime),
@@ -53,9 +69,10 @@ class CutsetComputation {
     OrvaSystem* system = source->GetSystem();
     _interpreter->GetModel()->ResetRandomDeviatesOfModel();
     _interpreter->GetModel()->ComputeProbabilitiesOfBasicEvents(_missionTime);
-    _ComputeModules(system);
-    if (!_ComputeEvent(topEvent, system)) return;
-    _interpreter->GetWalker()->ExpandMinimalCutset(topEvent, system, _handleName, _cutoff);
+    if (!_ComputeModules(system) || !_ComputeEvent(topEvent, system)) return;
+    if (_algorithm == Algorithm::SEARCH) {
+      _interpreter->GetWalker()->ExpandMinimalCutset(topEvent, system, _handleName, _cutoff);
+    }
     timer.Stop();
     char* runningTime = timer.ToStringOfTimeInSeconds();
     _UpdateWalkObserver(topEvent, system, runningTime);
@@ -68,8 +85,9 @@ class CutsetComputation {
     _interpreter->RaiseError(format, argument, nullptr);
   }
 
-  // A module without a system is reported; the others are computed all the same.
-  void _ComputeModules(OrvaSystem* system) {
+  // A module without a system is reported; the others are computed all the same. False when one of
+  // them can't be computed.
+  bool _ComputeModules(OrvaSystem* system) {
     for (OrvaVariable* variable : LumoItems<OrvaVariable>(system->GetDictionary())) {
       OrvaEvent* module = variable->GetEvent();
       if (!variable->IsInputVariable() || !module->IsModule()) continue;
@@ -81,9 +99,10 @@ class CutsetComputation {
       } else if (_ComputeEvent(module, source->GetSystem())) {
         _WeighVariable(variable, module->GetHandle(_handleName)->GetMCSSet());
       } else {
-        return;
+        return false;
       }
     }
+    return true;
   }
 
   static void _WeighVariable(OrvaVariable* variable, const OrvaMCSSet* set) {
@@ -96,8 +115,8 @@ class CutsetComputation {
     variable->SetHighestCutsetProbability(highest);
   }
 
-  // Adds to a set of minimal cutsets of that name; a handle of another type gives way to a new set.
-  // False when the store has no room for the basic events.
+  // False when the store has no room for the basic events, or the formulas don't suit the
+  // algorithm.
   bool _ComputeEvent(OrvaEvent* event, OrvaSystem* system) {
     if (!_HasRoomForBasicEvents(system)) {
       _error = 1;
@@ -106,13 +125,37 @@ class CutsetComputation {
     }
     _interpreter->GetSystemBuilder()->LoadProbabilities(_interpreter->GetModel(), system,
                                                         _missionTime);
+    if (_algorithm == Algorithm::DIAGRAM) return _ListCutsets(event, system);
+    _interpreter->GetWalker()->BuildMinimalCutsetTree(system, _cutoff, _GetSet(event));
+    return true;
+  }
+
+  // Adds to a set of minimal cutsets of that name; a handle of another type gives way to a new set.
+  OrvaMCSSet* _GetSet(OrvaEvent* event) {
     OrvaHandle* handle = event->GetHandle(_handleName);
     if (handle == nullptr || handle->GetType() != OrvaHandle::MCS_HANDLE) {
       OrvaMCSManager* manager = _interpreter->GetMCSManager();
       auto* set = new OrvaMCSSet(manager, manager->NewUndevelopedLeaf());
       handle = event->NewHandle(_handleName, set);
     }
-    _interpreter->GetWalker()->BuildMinimalCutsetTree(system, _cutoff, handle->GetMCSSet());
+    return handle->GetMCSSet();
+  }
+
+  // By diagrams of the formulas themselves, modules included. What the search leaves behind beside
+  // its cutsets is left behind all the same: indices of events, and statistics without a walk.
+  bool _ListCutsets(OrvaEvent* event, OrvaSystem* system) {
+    OrvaDiagramGraph graph;
+    if (const OrvaEvent* incoherent = graph.BuildFromFormulas(event)) {
+      _Report(INCOHERENT_FORMULA, incoherent->GetName());
+      return false;
+    }
+    OrvaIndexInputVariables(system, _interpreter->GetMCSManager());
+    const std::unique_ptr<OrvaCutsetSolution> solution = OrvaCutsetSolver::Solve(
+        graph, _cutoff->GetMaximumOrder(), _cutoff->GetMinimumProbability());
+    OrvaWalkObserver* observer = _interpreter->GetWalker()->GetObserver();
+    observer->Reset();
+    observer->minimalCutsets =
+        OrvaCutsetListing(*solution, _interpreter->GetMCSManager()).AddTo(_GetSet(event));
     return true;
   }
 
@@ -141,6 +184,7 @@ class CutsetComputation {
 
   OrvaInterpreter* _interpreter;
   int& _error;
+  Algorithm _algorithm;
   const char* _systemHandleName;
   const char* _handleName;
   double _missionTime;
@@ -176,6 +220,8 @@ void OrvaInterpreter::_DownloadCommandBuildMinimalCutsets(int& error, const Lumo
   _DownloadRealOption(error, command, OrvaOptionCenter::MISSION_TIME, missionTime);
   std::unique_ptr<OrvaCutoff> cutoff;
   _DownloadOptionCutoff(error, command, cutoff);
+  const Algorithm algorithm =
+      _DownloadWordInCommand(error, command, ALGORITHM, ALGORITHMS, UNKNOWN_ALGORITHM);
   if (error != 0) return;
   _NormalizeModel(error, topEvent);
   if (error == 0) _checker->CheckModel(error, _model.get());
@@ -196,7 +242,7 @@ void OrvaInterpreter::_DownloadCommandBuildMinimalCutsets(int& error, const Lumo
   if (LumoRawString::IsEqual(handleName, systemHandleName)) {
     return _Report(error, SAME_HANDLES, command);
   }
-  CutsetComputation(this, error, systemHandleName, handleName, missionTime, cutoff.get())
+  CutsetComputation(this, error, algorithm, systemHandleName, handleName, missionTime, cutoff.get())
       .Run(topEvent);
 }
 

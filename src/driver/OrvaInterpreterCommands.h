@@ -53,6 +53,17 @@ const OrvaWord<Value>* OrvaFindWord(const OrvaWord<Value> (&words)[N], const cha
 // An option that is set to nothing is the empty text in messages and names.
 inline const char* OrvaTextOrEmpty(const char* text) { return text == nullptr ? "" : text; }
 
+template <class Value, std::size_t N>
+Value OrvaInterpreter::_DownloadWordInCommand(int& error, const LumoXMLNode* command,
+                                              const char* name, const OrvaWord<Value> (&words)[N],
+                                              const char* unknownWord) {
+  const char* text;
+  if (!_DownloadOptionInCommand(command, name, text)) return words[0].value;
+  if (const OrvaWord<Value>* row = OrvaFindWord(words, text)) return row->value;
+  _Report(error, unknownWord, OrvaTextOrEmpty(text), command);
+  return words[0].value;
+}
+
 template <class Write>
 void OrvaInterpreter::_WriteOutput(int& error, const LumoXMLNode* command, Write write) {
   if (error != 0) return;

@@ -5,11 +5,14 @@
 // open does it compute and read what it prints: these options go straight into the printer, where
 // they stay for the commands to come, and a bad switch ends the script but not the table.
 
+#include <memory>
 #include <span>
 
+#include "diagram/OrvaExactProbability.h"
 #include "driver/OrvaInterpreter.h"
 #include "driver/OrvaInterpreterCommands.h"
 #include "model/OrvaModel.h"
+#include "quantification/OrvaApproximation.h"
 #include "support/statistics/LumoCurve.h"
 
 using Center = OrvaOptionCenter;
@@ -32,6 +35,19 @@ struct OrvaInterpreter::CurveKind {
 namespace {
 
 constexpr const char* TOO_MANY_POINTS = "Too many points in a curve\n";
+constexpr const char* UNKNOWN_APPROXIMATION = "Unknown approximation %s\n";
+constexpr const char* DIAGRAM_TOO_LARGE = "The exact probability of %s needs a larger diagram\n";
+constexpr const char* NO_SYSTEM = "No system of %s under the system handle\n";
+constexpr const char* APPROXIMATION = "approximation";
+constexpr const char* MAXIMUM_NODES = "maximum-nodes";
+constexpr int DEFAULT_MAXIMUM_NODES = 10'000'000;
+
+enum class Approximation { RARE_EVENT, UPPER_BOUND, EXACT };
+constexpr OrvaWord<Approximation> APPROXIMATIONS[] = {
+    {"rare-event", Approximation::RARE_EVENT},
+    {"mcub", Approximation::UPPER_BOUND},
+    {"exact", Approximation::EXACT},
+};
 
 void PrintCurveOfProbability(OrvaPrinter* printer, const LumoCurve* curve, LumoStream* stream) {
   if (printer->printUnavailability || printer->printAverageUnavailability) {
@@ -106,13 +122,55 @@ void OrvaInterpreter::_DownloadCommandComputeTopEventProbability(int& error,
   OrvaHandle* handle;
   _DownloadOptionSourceHandle(error, command, OrvaHandle::MCS_HANDLE, handle);
   if (handle == nullptr) return;
+  const std::unique_ptr<OrvaApproximation> approximation =
+      _NewApproximation(error, command, handle);
+  handle->SetApproximation(approximation.get());
   double lastDate = 0.0;
-  if (!_DownloadRealOption(error, command, Center::LAST_DATE, lastDate)) {
-    return _WriteTopEventProbability(error, command, handle);
+  if (_DownloadRealOption(error, command, Center::LAST_DATE, lastDate)) {
+    double firstDate = 0.0;
+    _DownloadRealOption(error, command, Center::FIRST_DATE, firstDate);
+    _WriteCurve(error, command, handle, CURVE, firstDate, lastDate);
+  } else {
+    _WriteTopEventProbability(error, command, handle);
   }
-  double firstDate = 0.0;
-  _DownloadRealOption(error, command, Center::FIRST_DATE, firstDate);
-  _WriteCurve(error, command, handle, CURVE, firstDate, lastDate);
+  handle->SetApproximation(nullptr);
+}
+
+// What the command asks for in the place of the sum over the minimal cutsets; null for that sum.
+std::unique_ptr<OrvaApproximation> OrvaInterpreter::_NewApproximation(int& error,
+                                                                      const LumoXMLNode* command,
+                                                                      OrvaHandle* handle) {
+  switch (_DownloadWordInCommand(error, command, APPROXIMATION, APPROXIMATIONS,
+                                 UNKNOWN_APPROXIMATION)) {
+    case Approximation::UPPER_BOUND:
+      return std::make_unique<OrvaUpperBound>();
+    case Approximation::EXACT:
+      return _NewExactProbability(error, command, handle);
+    default:
+      return nullptr;
+  }
+}
+
+std::unique_ptr<OrvaApproximation> OrvaInterpreter::_NewExactProbability(int& error,
+                                                                         const LumoXMLNode* command,
+                                                                         OrvaHandle* handle) {
+  int maximumNodes = DEFAULT_MAXIMUM_NODES;
+  _DownloadIntegerInCommand(error, command, MAXIMUM_NODES, maximumNodes);
+  const char* systemHandleName;
+  _DownloadStringOption(error, command, Center::SYSTEM_HANDLE, systemHandleName);
+  if (error != 0) return nullptr;
+  OrvaDiagramGraph graph;
+  const OrvaEvent* without =
+      graph.BuildFromSystems(handle->GetTopEvent(), OrvaTextOrEmpty(systemHandleName));
+  if (without != nullptr) {
+    _Report(error, NO_SYSTEM, without->GetName(), command);
+    return nullptr;
+  }
+  std::unique_ptr<OrvaApproximation> exact = OrvaExactProbability::Build(graph, maximumNodes);
+  if (exact == nullptr) {
+    _Report(error, DIAGRAM_TOO_LARGE, handle->GetTopEvent()->GetName(), command);
+  }
+  return exact;
 }
 
 void OrvaInterpreter::_WriteTopEventProbability(int& error, const LumoXMLNode* command,

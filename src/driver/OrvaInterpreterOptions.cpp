@@ -86,11 +86,15 @@ bool OrvaInterpreter::_DownloadRealOption(int& error, const LumoXMLNode* command
 
 bool OrvaInterpreter::_DownloadIntegerOption(int& error, const LumoXMLNode* command,
                                              const char* name, int& result) {
+  if (_DownloadIntegerInCommand(error, command, name, result)) return true;
+  result = _optionCenter->GetIntegerOption(name);
+  return false;
+}
+
+bool OrvaInterpreter::_DownloadIntegerInCommand(int& error, const LumoXMLNode* command,
+                                                const char* name, int& result) {
   const char* text;
-  if (!_DownloadOptionInCommand(command, name, text)) {
-    result = _optionCenter->GetIntegerOption(name);
-    return false;
-  }
+  if (!_DownloadOptionInCommand(command, name, text)) return false;
   if (LumoRawString::IsInt(text)) {
     result = LumoRawString::ToInt(text);
   } else {

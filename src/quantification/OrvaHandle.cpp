@@ -19,6 +19,7 @@
 #include "model/OrvaModel.h"
 #include "model/OrvaParameter.h"
 #include "model/OrvaProbabilityDistribution.h"
+#include "quantification/OrvaApproximation.h"
 #include "store/OrvaMCSSet.h"
 #include "support/memory/LumoMemoryManager.h"
 #include "support/text/LumoRawString.h"
@@ -150,7 +151,9 @@ void OrvaHandle::_LoadProbabilitiesOfBasicEvents(const LumoContainer* basicEvent
 
 void OrvaHandle::ComputeTopEventProbability(double t) {
   ComputeProbabilitiesOfBasicEvents(t);
-  _topEvent->SetProbability(_set == nullptr ? 0.0 : _set->UpdateTopEventProbability());
+  if (_set == nullptr) return _topEvent->SetProbability(0.0);
+  _topEvent->SetProbability(_approximation == nullptr ? _set->UpdateTopEventProbability()
+                                                      : _approximation->Compute(*_set));
 }
 
 void OrvaHandle::ComputeImportanceFactorsOfBasicEvents(double t) {

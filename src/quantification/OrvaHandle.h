@@ -6,6 +6,7 @@
 class LumoCurve;
 class LumoCurvePoint;
 class LumoRandomizer;
+class OrvaApproximation;
 class OrvaEvent;
 class OrvaMCSSet;
 class OrvaParameter;
@@ -96,7 +97,10 @@ class OrvaHandle {
       double t, const LumoContainer* basicEvents);
   // The rare-event approximation: the sum over the minimal cutsets of the products of the
   // probabilities of their events, brought into [0, 1].
+  // With another approximation, what that computes instead.
   void ComputeTopEventProbability(double t);
+  // Null for the sum over the minimal cutsets. Not owned.
+  void SetApproximation(OrvaApproximation* approximation) { _approximation = approximation; }
   // With the top-event probability, the marginal importance factor of each basic event: the
   // derivative of that sum with respect to the event's probability.
   void ComputeImportanceFactorsOfBasicEvents(double t);
@@ -205,6 +209,7 @@ class OrvaHandle {
   Type _type;
   OrvaSystem* _system;  // owned; one of the two is null
   OrvaMCSSet* _set;     // owned
+  OrvaApproximation* _approximation = nullptr;
   LumoList _parameters;
   LumoList _basicEvents;
 };

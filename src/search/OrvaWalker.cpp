@@ -29,7 +29,7 @@
 #include <iterator>
 #include <span>
 
-#include "model/OrvaEvent.h"
+#include "quantification/OrvaVariableIndices.h"
 #include "support/memory/LumoMemoryManager.h"
 
 using Value = OrvaVariable::Value;
@@ -91,23 +91,11 @@ void OrvaWalker::_InitializeWalk(OrvaSystem* system, const OrvaCutoff* cutoff, O
   _path.Start(_root);
 }
 
-// Gives the events of the input variables their indices in the store. An event keeps its index
-// across systems and walks.
+// Between the entries and the variables of the walk, both ways.
 void OrvaWalker::_LoadVariablesInMinimalCutsetManager() {
-  for (OrvaVariable* variable : LumoItems<OrvaVariable>(_system->GetDictionary())) {
-    if (!IsInput(variable)) continue;
-    OrvaEvent* event = variable->GetEvent();
-    if (event->GetMCSIndex() == 0) {
-      const int next = _manager->GetIndexOfHighestEntry() + 1;
-      const int size = _manager->GetSizeOfEntryTable();
-      if (next >= size) _manager->SetSizeOfEntryTable(2 * size);
-      assert(next <= OrvaMCSNode::MAXIMUM_INDEX && next < _manager->GetSizeOfEntryTable());
-      event->SetMCSIndex(next);
-      _manager->SetEvent(next, event);
-    }
-    variable->SetMCSIndex(event->GetMCSIndex());
-    _manager->SetVariable(variable->GetMCSIndex(), variable);
-    _manager->SetProbability(variable->GetMCSIndex(), variable->GetProbability());
+  OrvaIndexInputVariables(_system, _manager);
+  for (OrvaVariable& variable : _system->GetVariables()) {
+    if (IsInput(&variable)) _manager->SetVariable(variable.GetMCSIndex(), &variable);
   }
 }
 
