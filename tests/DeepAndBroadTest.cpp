@@ -47,6 +47,14 @@ class DeepAndBroad : public testing::Test {
               0)
         << engine.GetErrors();
   }
+  // Diagrams find as many cutsets of each order, and the same sum.
+  void ExpectTheSameByDiagrams(const std::string& limits = "") {
+    engine.MustRun("<build><minimal-cutsets algorithm=\"diagram\" handle=\"D\" " + limits +
+                   "/></build><print><orders handle=\"D\" output=\"D-orders.txt\"/></print>"
+                   "<compute><probability handle=\"D\" output=\"D-probability.txt\"/></compute>");
+    EXPECT_EQ(OrvaTestEngine::ReadFile("D-orders.txt"), OrvaTestEngine::ReadFile("orders.txt"));
+    EXPECT_EQ(GetRow("D-probability.txt", "g0"), GetRow("probability.txt", "g0"));
+  }
   // A row of a table whose first field is that name.
   static std::string GetRow(const std::string& file, const std::string& name) {
     const std::string text = "\n" + OrvaTestEngine::ReadFile(file);
@@ -65,6 +73,9 @@ TEST_F(DeepAndBroad, OneOrOfManyEvents) {
   EXPECT_EQ(GetRow("orders.txt", "1"), "1\t20000");
   EXPECT_EQ(GetRow("probability.txt", "g0"), "g0\t0\t0.2");
   EXPECT_EQ(GetRow("cutsets.txt", "20000").substr(0, 18), "20000\t1e-05\t5e-05\t");
+  ExpectTheSameByDiagrams();
+  engine.MustRun("<compute><probability approximation=\"exact\" output=\"exact.txt\"/></compute>");
+  EXPECT_EQ(GetRow("exact.txt", "g0"), "g0\t0\t" + OrvaPrint(1.0 - std::pow(0.99999, N)));
 }
 
 TEST_F(DeepAndBroad, OneAndOfManyEvents) {
@@ -74,6 +85,7 @@ TEST_F(DeepAndBroad, OneAndOfManyEvents) {
   char expected[32];
   std::snprintf(expected, sizeof expected, "g0\t0\t%.6g", std::pow(0.9999, N));
   EXPECT_EQ(GetRow("probability.txt", "g0"), expected);
+  ExpectTheSameByDiagrams();
 }
 
 // g0 = e0 or g1, g1 = e1 and g2, g2 = e2 or g3 ...: e0, e1 e2, e1 e3 e4 and so on.
@@ -88,6 +100,28 @@ TEST_F(DeepAndBroad, ChainOfGates) {
   EXPECT_EQ(OrvaTestEngine::ReadFile("orders.txt"),
             "order\t#MCS\n1\t1\n2\t1\n3\t1\n4\t1\ntotal\t4\n");
   EXPECT_EQ(GetRow("probability.txt", "g0"), "g0\t0\t0.9375");
+  ExpectTheSameByDiagrams("maximum-order=\"4\"");
+}
+
+// g0 = 2 of (e0, e1, g1), g1 = 2 of (e2, e3, g2) ...: {e0, e1}; e0 or e1 with {e2, e3}; and so on,
+// 2^i cutsets of order i + 2. The probability of g(i) is p(i) = 0.01 + 0.18 p(i + 1), which tends
+// to 0.01 / 0.82.
+TEST_F(DeepAndBroad, NestedModulesByDiagrams) {
+  constexpr int N = 2000;
+  std::string model;
+  for (int i = 0; i + 1 < N; ++i) {
+    model += Define(i, "atleast2", List('e', 2 * i, 2 * i + 1) + "," + List('g', i + 1, i + 1));
+  }
+  engine.Define(model + Define(N - 1, "or", List('e', 2 * N - 2, 2 * N - 1)) +
+                DefineEvents(2 * N, "0.1"));
+  engine.MustRun(
+      "<set><option name=\"top-event\" value=\"g0\"/></set>"
+      "<build><minimal-cutsets algorithm=\"diagram\" maximum-order=\"6\"/></build>"
+      "<print><orders output=\"orders.txt\"/></print>"
+      "<compute><probability approximation=\"exact\" output=\"exact.txt\"/></compute>");
+  EXPECT_EQ(OrvaTestEngine::ReadFile("orders.txt"),
+            "order\t#MCS\n2\t1\n3\t2\n4\t4\n5\t8\n6\t16\ntotal\t31\n");
+  EXPECT_EQ(GetRow("exact.txt", "g0"), "g0\t0\t0.0121951");
 }
 
 // A chain of aliases and a chain of parameters, to the value at their ends.
