@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "diagram/OrvaGraphSimplifier.h"
+#include "support/time/LumoProgress.h"
 
 using Edge = OrvaBinaryDiagram::Edge;
 
@@ -62,7 +63,9 @@ Edge OrvaBinarySolver::SolveModule(std::size_t number) {
   const OrvaDiagramModules::Module& module = _modules.GetModules()[number];
   Edge& result = _edgesOfModules[number];
   if (module.gates.empty()) return result = _diagram.MakeVariable(module.firstVariable);
+  const LumoProgress progress("binary diagram", "gates", static_cast<long>(module.gates.size()));
   for (const std::uint32_t gate : module.gates) {
+    LumoProgress::Advance();
     _edges[gate] = _SolveGate(_graph.gates[gate]);
     if (_diagram.IsExhausted()) break;
     _Release(_graph.gates[gate]);

@@ -18,6 +18,7 @@
 #include "model/OrvaEvent.h"
 #include "store/OrvaMCSMerge.h"
 #include "store/OrvaMCSSet.h"
+#include "support/time/LumoProgress.h"
 
 namespace {
 
@@ -160,6 +161,8 @@ bool OrvaCutsetListing::_GoOn(State& state, OrvaMCSNode*& result) {
 
 long OrvaCutsetListing::AddTo(OrvaMCSSet* set) {
   _numberOfCutsets = 0;
+  LumoProgress progress("listing", "cutsets so far");
+  progress.Watch(&_numberOfCutsets);
   OrvaMCSNode* tree = _ListTree();
   if (tree == nullptr) return 0;
   if (set->GetRootNode()->IsUndeveloped()) {

@@ -14,6 +14,7 @@
 
 #include "diagram/OrvaGraphSimplifier.h"
 #include "model/OrvaEvent.h"
+#include "support/time/LumoProgress.h"
 
 using Node = OrvaCutsetDiagram::Node;
 
@@ -86,7 +87,11 @@ OrvaCutsetLimits OrvaCutsetSolver::_GetLimitsInside() const {
 }
 
 void OrvaCutsetSolver::_Solve() {
-  for (std::size_t number = 0; number < _nodesOfModules.size(); ++number) _SolveModule(number);
+  const LumoProgress progress("diagrams", "modules", static_cast<long>(_nodesOfModules.size()));
+  for (std::size_t number = 0; number < _nodesOfModules.size(); ++number) {
+    _SolveModule(number);
+    LumoProgress::Advance();
+  }
   for (OrvaCutsetSolution::Variable& variable : _solution.variables) {
     if (variable.event == nullptr) variable.module = _nodesOfModules[variable.module];
   }
@@ -102,7 +107,9 @@ void OrvaCutsetSolver::_SolveModule(std::size_t number) {
   } else if (_isUnlimited && module.gates.size() > 1 && _extraction.Extract(number, result)) {
     _Collect();
   } else {
+    const LumoProgress progress("gates", "gates", static_cast<long>(module.gates.size()));
     for (const std::uint32_t gate : module.gates) {
+      LumoProgress::Advance();
       _nodes[gate] = _SolveGate(gate);
       _Release(_graph.gates[gate]);
       if (gate == module.gates.back()) result = std::exchange(_nodes[gate], EMPTY);

@@ -161,9 +161,9 @@ class SystemCollector {
     return gate;
   }
 
-  // The equation of an event that is another name for a basic event, or the negation of an event, has
-  // no threshold and always holds: this is the defined behaviour of systems. The literal below it
-  // counts here, and whether it is negated stands in the formula alone.
+  // The equation of an event that is another name for a basic event, or the negation of an event,
+  // has no threshold and always holds: this is the defined behaviour of systems. The literal below
+  // it counts here, and whether it is negated stands in the formula alone.
   static void _BuildReference(const OrvaEquation& equation, Gate& gate) {
     const OrvaGate* definition = equation.GetFanout()->GetEvent()->GetDefinition();
     gate.min = 1;

@@ -26,6 +26,7 @@
 #include "search/OrvaWalker.h"
 #include "support/memory/LumoMemoryManager.h"
 #include "support/random/LumoCongruentialRandomizer.h"
+#include "support/time/LumoProgress.h"
 #include "system/OrvaAnalyzer.h"
 #include "system/OrvaRewriter.h"
 #include "system/OrvaSystemBuilder.h"
@@ -145,18 +146,22 @@ void OrvaInterpreter::_DownloadCommand(int& error, const LumoXMLNode* command,
                                        const Commands& commands) {
   if (command->IsComment()) return;
   for (const Command& row : commands.rows) {
-    if (command->IsNodeOfName(row.element)) return (this->*row.download)(error, command);
+    if (!command->IsNodeOfName(row.element)) continue;
+    const LumoProgress progress(row.element);
+    return (this->*row.download)(error, command);
   }
   _Report(error, commands.unknownCommand, commands.showsElement ? command : nullptr);
 }
 
 void OrvaInterpreter::RaiseError(const char* format, const char* argument,
                                  const LumoXMLNode* node) {
+  LumoProgress::Erase();
   _parser->RaiseError(format, argument, node);
   if (LumoStream* stream = GetErrorStream()) stream->Flush();
 }
 
 void OrvaInterpreter::RaiseError(const char* text, const LumoXMLNode* node) {
+  LumoProgress::Erase();
   _parser->RaiseError(text, node);
   if (LumoStream* stream = GetErrorStream()) stream->Flush();
 }

@@ -26,6 +26,7 @@
 #include "reader/OrvaChecker.h"
 #include "search/OrvaCutoff.h"
 #include "search/OrvaWalker.h"
+#include "support/time/LumoProgress.h"
 #include "support/time/LumoTimer.h"
 #include "system/OrvaRewriter.h"
 #include "system/OrvaSystem.h"
@@ -126,6 +127,8 @@ class CutsetComputation {
     _interpreter->GetSystemBuilder()->LoadProbabilities(_interpreter->GetModel(), system,
                                                         _missionTime);
     if (_algorithm == Algorithm::DIAGRAM) return _ListCutsets(event, system);
+    LumoProgress progress(event->GetName(), "cutsets so far");
+    progress.Watch(&_interpreter->GetWalker()->GetObserver()->minimalCutsets);
     _interpreter->GetWalker()->BuildMinimalCutsetTree(system, _cutoff, _GetSet(event));
     return true;
   }
@@ -144,6 +147,7 @@ class CutsetComputation {
   // By diagrams of the formulas themselves, modules included. What the search leaves behind beside
   // its cutsets is left behind all the same: indices of events, and statistics without a walk.
   bool _ListCutsets(OrvaEvent* event, OrvaSystem* system) {
+    const LumoProgress progress(event->GetName());
     OrvaDiagramGraph graph;
     if (const OrvaEvent* incoherent = graph.BuildFromFormulas(event)) {
       _Report(INCOHERENT_FORMULA, incoherent->GetName());

@@ -14,6 +14,7 @@
 #include "model/OrvaModel.h"
 #include "quantification/OrvaApproximation.h"
 #include "support/statistics/LumoCurve.h"
+#include "support/time/LumoProgress.h"
 
 using Center = OrvaOptionCenter;
 
@@ -219,6 +220,7 @@ void OrvaInterpreter::_WriteCurve(int& error, const LumoXMLNode* command, OrvaHa
   _DownloadBooleanOption(error, command, Center::SMOOTH_CURVE, options.smoothCurve);
   _DownloadRealOption(error, command, Center::SMOOTHING_RATIO, options.smoothingRatio);
   _WriteOutput(error, command, [&](LumoStream* stream) {
+    const LumoProgress progress("curve", "points so far");
     LumoCurve curve;
     handle->ResetRandomDeviatesOfBasicEvents();
     kind.compute(handle, options, &curve);

@@ -1,6 +1,7 @@
 #include <cstdio>
 
 #include "driver/OrvaInterpreter.h"
+#include "support/time/LumoProgress.h"
 
 namespace {
 
@@ -28,6 +29,7 @@ class ClosedStandardStreams {
 // Evaluates each argument in turn, up to the first that fails.
 int main(int argc, char** argv) {
   const ClosedStandardStreams closed;
+  LumoProgress::Start();
   int result = 0;
   for (int i = 1; i < argc && result == 0; ++i) result = Orva_EvalScriptFile(argv[i]);
   if (std::puts("bye") == EOF || std::fflush(stdout) == EOF) {

@@ -20,6 +20,7 @@
 #include "model/OrvaProbabilityDistribution.h"
 #include "quantification/OrvaHandle.h"
 #include "support/statistics/LumoCurve.h"
+#include "support/time/LumoProgress.h"
 
 namespace {
 
@@ -89,6 +90,7 @@ LumoCurvePoint* OrvaHandle::_ComputePoint(Quantity quantity, double t, LumoCurve
   assert(curve != nullptr);
   LumoCurvePoint* point = curve->LookForPointAtX(t);
   if (point != nullptr || IsFull(curve)) return point;
+  LumoProgress::Advance();
   return curve->NewPoint(t, (this->*quantity)(t));
 }
 

@@ -13,6 +13,7 @@
 #include "model/OrvaProbabilityDistribution.h"
 #include "quantification/OrvaHandle.h"
 #include "support/statistics/LumoMeasure.h"
+#include "support/time/LumoProgress.h"
 
 void OrvaHandle::PerformSensitivityAnalysisOnTopEventProbability(
     double missionTime, int numberOfTries, LumoRandomizer* randomizer, int numberOfQuantiles,
@@ -20,7 +21,9 @@ void OrvaHandle::PerformSensitivityAnalysisOnTopEventProbability(
   if (parameters) ResetSensitivityMeasuresOfParameters();
   if (basicEvents) ResetSensitivityMeasuresOfBasicEvents();
   ResetSensitivityMeasureOfTopEvent(numberOfQuantiles, numberOfBins);
+  const LumoProgress progress("sampling", "tries", numberOfTries);
   for (int i = 0; i < numberOfTries; ++i) {
+    LumoProgress::Advance();
     DrawRandomDeviatesOfBasicEvents(randomizer);
     ComputeTopEventProbability(missionTime);
     if (parameters) AddCurrentValuesOfParametersToTheirSensitivityMeasures();
