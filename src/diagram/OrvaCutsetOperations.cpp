@@ -38,18 +38,15 @@ constexpr int WORD_BITS = 64;
 constexpr int FIRST_CACHE_BITS = 10;
 constexpr int OPERATION_SHIFT = 30;
 constexpr std::size_t NODES_PER_ENTRY = 5;
-constexpr std::uint32_t NO_KEY = UINT32_MAX;
 
 }  // namespace
 
 OrvaCutsetOperations::OrvaCutsetOperations(OrvaCutsetDiagram& diagram)
     : _diagram(diagram), _shift(WORD_BITS - FIRST_CACHE_BITS) {
-  _cache.Fill(std::size_t{1} << FIRST_CACHE_BITS, {{NO_KEY, 0}, 0, 0.0F, EMPTY});
+  _cache.Fill(std::size_t{1} << FIRST_CACHE_BITS, NO_ENTRY);
 }
 
-void OrvaCutsetOperations::Forget() {
-  _cache.Fill(_cache.GetSize(), {{NO_KEY, 0}, 0, 0.0F, EMPTY});
-}
+void OrvaCutsetOperations::Forget() { _cache.Fill(_cache.GetSize(), NO_ENTRY); }
 
 // Plain cases have their result at once. They also bring the operands into the order in which the
 // cache knows them.
@@ -265,14 +262,17 @@ void OrvaCutsetOperations::_Store(const Task& task) {
   _GetEntry(key) = {key, task.limits.order, task.limits.probability, _result};
 }
 
+// A place is the highest bits of a hash value, so that place i becomes the places 2 i and 2 i + 1:
+// from the last one on, entries move up within the array.
 void OrvaCutsetOperations::_EnlargeCache() {
-  std::vector<Entry> entries;
-  for (std::size_t i = 0; i < _cache.GetSize(); ++i) {
-    if (_cache[i].key.f != NO_KEY) entries.push_back(_cache[i]);
-  }
+  const std::size_t size = _cache.GetSize();
+  for (std::size_t i = 0; i < size; ++i) _cache.Add(NO_ENTRY);
   --_shift;
-  _cache.Fill(2 * _cache.GetSize(), {{NO_KEY, 0}, 0, 0.0F, EMPTY});
-  for (const Entry& entry : entries) _GetEntry(entry.key) = entry;
+  for (std::size_t i = size; i-- > 0;) {
+    const Entry entry = _cache[i];
+    _cache[2 * i] = _cache[2 * i + 1] = NO_ENTRY;
+    if (entry.key.f != NO_KEY) _GetEntry(entry.key) = entry;
+  }
 }
 
 bool OrvaCutsetOperations::_Advance(Task& task) {

@@ -63,6 +63,8 @@ class OrvaCutsetOperations {
     float probability;
     Node result;
   };
+  static constexpr std::uint32_t NO_KEY = UINT32_MAX;
+  static constexpr Entry NO_ENTRY = {{NO_KEY, 0}, 0, 0.0F, OrvaCutsetDiagram::EMPTY};
   // An operation that waits for parts of itself: see the source.
   struct Task {
     Operation operation;
