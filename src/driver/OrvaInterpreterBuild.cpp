@@ -13,6 +13,7 @@
 // large, what the checker finds, and room for the indices of basic events in the cutset store. The
 // systems keep pointers into the model, so an existing one is used as it stands.
 
+#include <algorithm>
 #include <cassert>
 #include <memory>
 
@@ -47,6 +48,16 @@ enum class Algorithm { SEARCH, DIAGRAM };
 constexpr OrvaWord<Algorithm> ALGORITHMS[] = {{"search", Algorithm::SEARCH},
                                               {"diagram", Algorithm::DIAGRAM}};
 constexpr const char* ALGORITHM = "algorithm";
+
+// Whether an event has no index in the cutset store yet.
+bool IsNew(const OrvaEvent* event) { return event->GetMCSIndex() == 0; }
+
+long CountNewEvents(OrvaSystem* system) {
+  return std::ranges::count_if(system->GetVariables(), [](const OrvaVariable& variable) {
+    assert(!variable.IsInputVariable() || variable.GetEvent() != nullptr);
+    return variable.IsInputVariable() && IsNew(variable.GetEvent());
+  });
+}
 
 // One computation of the minimal cutsets of a top event.
 class CutsetComputation {
@@ -119,11 +130,7 @@ class CutsetComputation {
   // False when the store has no room for the basic events, or the formulas don't suit the
   // algorithm.
   bool _ComputeEvent(OrvaEvent* event, OrvaSystem* system) {
-    if (!_HasRoomForBasicEvents(system)) {
-      _error = 1;
-      _interpreter->RaiseError(TOO_MANY_BASIC_EVENTS);
-      return false;
-    }
+    if (!_CheckRoom(CountNewEvents(system))) return false;
     _interpreter->GetSystemBuilder()->LoadProbabilities(_interpreter->GetModel(), system,
                                                         _missionTime);
     if (_algorithm == Algorithm::DIAGRAM) return _ListCutsets(event, system);
@@ -145,7 +152,8 @@ class CutsetComputation {
   }
 
   // By diagrams of the formulas themselves, modules included. What the search leaves behind beside
-  // its cutsets is left behind all the same: indices of events, and statistics without a walk.
+  // its cutsets is left behind all the same: indices of events, and statistics without a walk. A
+  // system and a handle that were there before may be older than the formulas.
   bool _ListCutsets(OrvaEvent* event, OrvaSystem* system) {
     const LumoProgress progress(event->GetName());
     OrvaDiagramGraph graph;
@@ -153,25 +161,26 @@ class CutsetComputation {
       _Report(INCOHERENT_FORMULA, incoherent->GetName());
       return false;
     }
-    OrvaIndexInputVariables(system, _interpreter->GetMCSManager());
+    OrvaMCSManager* manager = _interpreter->GetMCSManager();
+    OrvaIndexInputVariables(system, manager);
+    if (!_CheckRoom(std::ranges::count_if(graph.events, IsNew))) return false;
+    for (OrvaEvent* basicEvent : graph.events) OrvaIndexEvent(basicEvent, manager);
     const std::unique_ptr<OrvaCutsetSolution> solution = OrvaCutsetSolver::Solve(
         graph, _cutoff->GetMaximumOrder(), _cutoff->GetMinimumProbability());
     OrvaWalkObserver* observer = _interpreter->GetWalker()->GetObserver();
     observer->Reset();
-    observer->minimalCutsets =
-        OrvaCutsetListing(*solution, _interpreter->GetMCSManager()).AddTo(_GetSet(event));
+    observer->minimalCutsets = OrvaCutsetListing(*solution, manager).AddTo(_GetSet(event));
+    event->GetHandle(_handleName)->UpdateBasicEventsAndParameters();
     return true;
   }
 
   // The index of a basic event has to fit into a node of the cutset store.
-  bool _HasRoomForBasicEvents(OrvaSystem* system) const {
-    int highest = _interpreter->GetMCSManager()->GetIndexOfHighestEntry();
-    for (const OrvaVariable& variable : system->GetVariables()) {
-      if (!variable.IsInputVariable()) continue;
-      assert(variable.GetEvent() != nullptr);
-      if (variable.GetEvent()->GetMCSIndex() == 0) ++highest;
-    }
-    return highest <= OrvaMCSNode::MAXIMUM_INDEX;
+  bool _CheckRoom(long numberOfNewEvents) {
+    const long highest = _interpreter->GetMCSManager()->GetIndexOfHighestEntry();
+    if (highest + numberOfNewEvents <= OrvaMCSNode::MAXIMUM_INDEX) return true;
+    _error = 1;
+    _interpreter->RaiseError(TOO_MANY_BASIC_EVENTS);
+    return false;
   }
 
   void _UpdateWalkObserver(const OrvaEvent* topEvent, const OrvaSystem* system,

@@ -6,20 +6,22 @@
 #include "store/OrvaMCSManager.h"
 #include "system/OrvaSystem.h"
 
+void OrvaIndexEvent(OrvaEvent* event, OrvaMCSManager* manager) {
+  if (event->GetMCSIndex() != 0) return;
+  const int next = manager->GetIndexOfHighestEntry() + 1;
+  const int size = manager->GetSizeOfEntryTable();
+  if (next >= size) manager->SetSizeOfEntryTable(2 * size);
+  assert(next <= OrvaMCSNode::MAXIMUM_INDEX && next < manager->GetSizeOfEntryTable());
+  event->SetMCSIndex(next);
+  manager->SetEvent(next, event);
+}
+
 // In the order of the dictionary: tables of events are printed in the order of the indices.
 void OrvaIndexInputVariables(OrvaSystem* system, OrvaMCSManager* manager) {
   for (OrvaVariable* variable : LumoItems<OrvaVariable>(system->GetDictionary())) {
     if (!variable->IsInputVariable()) continue;
-    OrvaEvent* event = variable->GetEvent();
-    if (event->GetMCSIndex() == 0) {
-      const int next = manager->GetIndexOfHighestEntry() + 1;
-      const int size = manager->GetSizeOfEntryTable();
-      if (next >= size) manager->SetSizeOfEntryTable(2 * size);
-      assert(next <= OrvaMCSNode::MAXIMUM_INDEX && next < manager->GetSizeOfEntryTable());
-      event->SetMCSIndex(next);
-      manager->SetEvent(next, event);
-    }
-    variable->SetMCSIndex(event->GetMCSIndex());
+    OrvaIndexEvent(variable->GetEvent(), manager);
+    variable->SetMCSIndex(variable->GetEvent()->GetMCSIndex());
     manager->SetProbability(variable->GetMCSIndex(), variable->GetProbability());
   }
 }

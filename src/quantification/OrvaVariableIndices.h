@@ -1,9 +1,12 @@
 #pragma once
 
+class OrvaEvent;
 class OrvaMCSManager;
 class OrvaSystem;
 
-// Gives the events of the input variables of a system their indices in the store, and loads the
-// variables' probabilities there. An event keeps its index across systems. There have to be indices
-// left: see OrvaMCSNode::MAXIMUM_INDEX.
+// Gives an event its index in the store, which it keeps across systems. There has to be one left:
+// see OrvaMCSNode::MAXIMUM_INDEX.
+void OrvaIndexEvent(OrvaEvent* event, OrvaMCSManager* manager);
+// The same for the events of the input variables of a system; loads the variables' probabilities
+// too.
 void OrvaIndexInputVariables(OrvaSystem* system, OrvaMCSManager* manager);
