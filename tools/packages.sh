@@ -31,7 +31,7 @@ need_lxml() { need_packages /usr/lib/python3/dist-packages/lxml=python3-lxml; }
 need_compiler() { need_packages g++=g++ make=make cmake=cmake; }
 need_tests() {
   need_compiler
-  need_packages /usr/include/gtest/gtest.h=libgtest-dev
+  need_packages /usr/include/gtest/gtest.h=libgtest-dev xmllint=libxml2-utils
   need_lxml
 }
 need_benchmarks() {
