@@ -38,6 +38,7 @@ need_benchmarks() {
   need_compiler
   need_packages /usr/include/benchmark/benchmark.h=libbenchmark-dev
 }
+need_workflow() { need_packages snakemake=snakemake gnuplot=gnuplot-nox; }
 need_fuzzers() {
   need_packages clang++=clang make=make cmake=cmake llvm-symbolizer=llvm
   need_packages "$(clang++ -print-runtime-dir)/libclang_rt.fuzzer-$(uname -m).a=libclang-rt-dev"
