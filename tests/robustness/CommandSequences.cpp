@@ -89,10 +89,11 @@ void ReadTables(const fs::path& folder) {
   });
 }
 
-// Whether the table has the options of the engine and no other.
+// Whether the table has the options of the engine, those that the center doesn't know too, and no
+// other.
 bool HasAllOptions() {
   OrvaInterpreter interpreter;
-  std::vector<std::string> found, known;
+  std::vector<std::string> found, known = {"algorithm", "approximation", "maximum-nodes"};
   for (const OptionValues& option : OPTIONS) found.push_back(option.name);
   LumoCursor* cursor = interpreter.GetOptionCenter()->NewCursorOnOptions();
   for (const LumoAttribute* option : LumoRange<LumoAttribute>(cursor)) {
