@@ -7,6 +7,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "support/memory/LumoMemoryManager.h"
+
 // The array of the tables of a diagram. A table of hundreds of megabytes that grows by copying is
 // in memory twice while it is copied; this one grows with realloc(), which moves large blocks by
 // their pages. Room that is not used yet is not touched, and so takes none.
@@ -52,14 +54,10 @@ class OrvaDiagramArray {
  private:
   static constexpr std::size_t MINIMUM_CAPACITY = 64;
 
-  // As operator new does, when memory is exhausted: the handler ends the process.
+  // As operator new does, when memory is exhausted: the process ends.
   void _Reserve(std::size_t capacity) {
-    void* items;
-    while ((items = std::realloc(static_cast<void*>(_items), capacity * sizeof(T))) == nullptr) {
-      const std::new_handler handler = std::get_new_handler();
-      if (handler == nullptr) throw std::bad_alloc();
-      handler();
-    }
+    void* items = std::realloc(static_cast<void*>(_items), capacity * sizeof(T));
+    if (items == nullptr) LumoMemoryManager::EndOnExhaustedMemory();
     _items = static_cast<T*>(items);
     _capacity = capacity;
   }
