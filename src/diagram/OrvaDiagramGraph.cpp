@@ -110,7 +110,7 @@ class SystemCollector {
 
   // The place is a gate over the top variable of the module's system.
   Node _GetPlaceOfModule(const OrvaEvent* event) {
-    const auto [entry, isNew] = _places.emplace(event, Node());
+    const auto [entry, isNew] = _placesOfModules.emplace(event, Node());
     if (isNew) {
       entry->second = _graph.AddGate(OrvaDiagramGraph::AND, {});
       _modules.push_back({event, entry->second});
@@ -119,7 +119,7 @@ class SystemCollector {
   }
 
   Node _GetPlaceOfEvent(OrvaEvent* event) {
-    const auto [entry, isNew] = _places.emplace(event, Node());
+    const auto [entry, isNew] = _placesOfEvents.emplace(event, Node());
     if (isNew) {
       entry->second = Node::Event(_graph.events.size());
       _graph.events.push_back(event);
@@ -149,7 +149,7 @@ class SystemCollector {
     _graph.gates[place.GetIndex()].arguments = {nodes[top]};
   }
 
-  static Gate _BuildGate(const OrvaEquation& equation, const std::vector<Node>& nodes) {
+  Gate _BuildGate(const OrvaEquation& equation, const std::vector<Node>& nodes) {
     Gate gate;
     for (const OrvaLiteral& literal : equation.GetFanins()) {
       const auto number = static_cast<std::size_t>(literal.GetVariable()->GetNumber());
@@ -157,18 +157,22 @@ class SystemCollector {
     }
     gate.min = equation.GetMin();
     gate.type = OrvaDiagramGraph::ATLEAST;
-    if (equation.GetSize() == 1 && gate.min < 1) _BuildReference(equation, gate);
+    if (equation.GetSize() <= 1 && gate.min < 1) _BuildReference(equation, gate);
     return gate;
   }
 
   // The equation of an event that is another name for a basic event, or the negation of an event,
-  // has no threshold and always holds: this is the defined behaviour of systems. The literal below
-  // it counts here, and whether it is negated stands in the formula alone.
-  static void _BuildReference(const OrvaEquation& equation, Gate& gate) {
+  // has no threshold and always holds: this is the defined behaviour of systems. What counts here
+  // is the event that the formula names, and whether it negates it.
+  void _BuildReference(const OrvaEquation& equation, Gate& gate) {
     const OrvaGate* definition = equation.GetFanout()->GetEvent()->GetDefinition();
+    if (definition == nullptr) return;
+    if (definition->IsEvent()) {
+      gate.arguments = {_GetPlaceOfEvent(definition->GetReferencedEvent())};
+    } else if (gate.arguments.size() == 1) {
+      gate.arguments.front() = gate.arguments.front().NegateIf(definition->IsNegation());
+    }
     gate.min = 1;
-    gate.arguments.front() =
-        gate.arguments.front().NegateIf(definition != nullptr && definition->IsNegation());
   }
 
   // Systems that were built from different states of the model can name each other as modules: the
@@ -201,7 +205,9 @@ class SystemCollector {
 
   OrvaDiagramGraph& _graph;
   const char* _handleName;
-  std::unordered_map<const OrvaEvent*, Node> _places;
+  // A top event that is a basic event is in both.
+  std::unordered_map<const OrvaEvent*, Node> _placesOfModules;
+  std::unordered_map<const OrvaEvent*, Node> _placesOfEvents;
   std::vector<Module> _modules;
 };
 
