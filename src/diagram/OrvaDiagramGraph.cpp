@@ -1,3 +1,12 @@
+// A graph is made in one of two ways. For cutsets it comes from the formulas, all those below the
+// top event, whatever the model's modules are: the rewriting of the graph finds modules of its own,
+// nested to any depth. For the exact probability it comes from the systems, since those are what
+// the cutsets in question were found in, and the formulas may have been rewritten since; equations
+// are all thresholds over literals, so that negations come along. A system stands for its module
+// under the name of its handle, and the systems are put together to one graph again.
+//
+// Names of events are not looked up: a formula's event carries its place in its flag while the
+// graph is made, a variable of a system has its number.
 #include "diagram/OrvaDiagramGraph.h"
 
 #include <algorithm>
