@@ -125,6 +125,7 @@ std::vector<Edge> OrvaBinarySolver::_GetOperands(std::span<const Literal> argume
     std::sort(gates.begin(), gates.end());
   }
   std::vector<Edge> operands;
+  operands.reserve(variables.size() + gates.size());
   for (const auto& [variable, isNegated] : variables) {
     operands.push_back(OrvaBinaryDiagram::ComplementIf(_diagram.MakeVariable(variable), isNegated));
   }

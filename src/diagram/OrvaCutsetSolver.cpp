@@ -180,6 +180,7 @@ std::vector<Node> OrvaCutsetSolver::_GetOperands(std::span<const Literal> argume
     std::sort(gates.begin(), gates.end());
   }
   std::vector<Node> operands;
+  operands.reserve(variables.size() + gates.size());
   for (const std::uint32_t variable : variables) operands.push_back(_GetNodeOfVariable(variable));
   for (const auto& [size, node] : gates) operands.push_back(node);
   return operands;
