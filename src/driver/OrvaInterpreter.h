@@ -149,7 +149,6 @@ class OrvaInterpreter {
   // What only the command itself may say: its attribute of that name, else its first "option"
   // child of that name (a null text when that has no value). False and null when it has neither.
   bool _DownloadOptionInCommand(const LumoXMLNode* command, const char* name, const char*& result);
-  bool _DownloadOptionInChildren(const LumoXMLNode* command, const char* name, const char*& result);
   // Options: what the command says, else what the option center holds; true when it came from the
   // command. A value of the wrong kind is an error and leaves the result unchanged. A text is null
   // when it is nowhere.

@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "driver/OrvaCommandOptions.h"
 #include "driver/OrvaInterpreter.h"
 #include "driver/OrvaInterpreterCommands.h"
 #include "model/OrvaModel.h"
@@ -39,27 +40,10 @@ constexpr const char* APPEND_MODE = "append";
 
 }  // namespace
 
-bool OrvaInterpreter::_DownloadOptionInChildren(const LumoXMLNode* command, const char* name,
-                                                const char*& result) {
-  result = nullptr;
-  for (const LumoXMLNode* child = command->GetFirstChild(); child != nullptr;
-       child = child->GetNextSibling()) {
-    if (child->IsNodeOfName(Center::ELEMENT) &&
-        LumoRawString::IsEqual(child->GetAttributeValue(Center::NAME), name)) {
-      result = child->GetAttributeValue(Center::VALUE);
-      return true;
-    }
-  }
-  return false;
-}
-
 bool OrvaInterpreter::_DownloadOptionInCommand(const LumoXMLNode* command, const char* name,
                                                const char*& result) {
-  if (const LumoXMLAttribute* attribute = command->FindAttribute(name)) {
-    result = attribute->GetValue();
-    return true;
-  }
-  return _DownloadOptionInChildren(command, name, result);
+  assert(OrvaCommandOptions::MayRead(command, name));  // the table of commands is complete
+  return OrvaCommandOptions::FindText(command, name, result);
 }
 
 bool OrvaInterpreter::_DownloadStringOption(int& /*error*/, const LumoXMLNode* command,
