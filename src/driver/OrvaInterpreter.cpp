@@ -18,6 +18,7 @@
 
 #include "driver/OrvaInterpreterCommands.h"
 #include "driver/OrvaOptionCenter.h"
+#include "driver/OrvaScriptWatcher.h"
 #include "model/OrvaModel.h"
 #include "printer/OrvaPrinter.h"
 #include "reader/OrvaChecker.h"
@@ -148,7 +149,10 @@ void OrvaInterpreter::_DownloadCommand(int& error, const LumoXMLNode* command,
   for (const Command& row : commands.rows) {
     if (!command->IsNodeOfName(row.element)) continue;
     const LumoProgress progress(row.element);
-    return (this->*row.download)(error, command);
+    if (_watcher != nullptr) _watcher->BeginCommand(command);
+    (this->*row.download)(error, command);
+    if (_watcher != nullptr && error == 0) _watcher->EndCommand(command);
+    return;
   }
   _Report(error, commands.unknownCommand, commands.showsElement ? command : nullptr);
 }

@@ -25,6 +25,7 @@ class OrvaOptionCenter;
 class OrvaParser;
 class OrvaPrinter;
 class OrvaRewriter;
+class OrvaScriptWatcher;
 class OrvaSystem;
 class OrvaSystemBuilder;
 class OrvaWalker;
@@ -67,6 +68,11 @@ class OrvaInterpreter {
   void DownloadCommandScript(int& error, const char* fileName);
   void DownloadCommandScript(int& error, const LumoXMLDocument* document);
 
+  // With a watcher, which is not owned, scripts are rehearsed: models are read, completed and
+  // normalised and options are set, so that faults are reported as in a run, but no minimal cutset
+  // is computed and no file is written.
+  void SetWatcher(OrvaScriptWatcher* watcher) { _watcher = watcher; }
+
   // Report an error, with the offending element or (null) without. The form with a format puts the
   // argument in the place of "%s" and writes nothing for a null argument.
   void RaiseError(const char* format, const char* argument, const LumoXMLNode* node);
@@ -108,6 +114,7 @@ class OrvaInterpreter {
   void _DownloadCommandBuildSystem(int& error, const LumoXMLNode* command);
   void _DownloadCommandBuildMinimalCutsets(int& error, const LumoXMLNode* command);
   void _NormalizeModel(int& error, OrvaEvent* topEvent);
+  void _RehearseCutsets(OrvaEvent* topEvent, const OrvaSystem* system, const char* handleName);
 
   void _DownloadCommandCompute(int& error, const LumoXMLNode* command);
   void _DownloadCommandComputeValuesOfParameters(int& error, const LumoXMLNode* command);
@@ -197,6 +204,7 @@ class OrvaInterpreter {
   void _Report(int& error, const char* text, const LumoXMLNode* node);
   void _Report(int& error, const char* format, const char* argument, const LumoXMLNode* node);
 
+  OrvaScriptWatcher* _watcher = nullptr;
   int _scriptDepth = 0;
   int _numberOfScripts = 0;
   std::string _outputFileName;  // of the open output stream

@@ -255,8 +255,29 @@ void OrvaInterpreter::_DownloadCommandBuildMinimalCutsets(int& error, const Lumo
   if (LumoRawString::IsEqual(handleName, systemHandleName)) {
     return _Report(error, SAME_HANDLES, command);
   }
+  if (_watcher != nullptr) {
+    const OrvaSystem* system = topEvent->GetHandle(systemHandleName)->GetSystem();
+    return _RehearseCutsets(topEvent, system, handleName);
+  }
   CutsetComputation(this, error, algorithm, systemHandleName, handleName, missionTime, cutoff.get())
       .Run(topEvent);
+}
+
+// The handles of a computation, without cutsets.
+void OrvaInterpreter::_RehearseCutsets(OrvaEvent* topEvent, const OrvaSystem* system,
+                                       const char* handleName) {
+  const auto addHandle = [&](OrvaEvent* event) {
+    const OrvaHandle* handle = event->GetHandle(handleName);
+    if (handle != nullptr && handle->GetType() == OrvaHandle::MCS_HANDLE) return;
+    event->NewHandle(handleName,
+                     new OrvaMCSSet(_mcsManager.get(), _mcsManager->NewUndevelopedLeaf()));
+  };
+  for (const OrvaVariable* variable : LumoItems<OrvaVariable>(system->GetDictionary())) {
+    if (variable->IsInputVariable() && variable->GetEvent()->IsModule()) {
+      addHandle(variable->GetEvent());
+    }
+  }
+  addHandle(topEvent);
 }
 
 // The expansion of common-cause failure groups can close a ring: a group may find the event of a

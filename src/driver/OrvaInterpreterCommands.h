@@ -66,7 +66,7 @@ Value OrvaInterpreter::_DownloadWordInCommand(int& error, const LumoXMLNode* com
 
 template <class Write>
 void OrvaInterpreter::_WriteOutput(int& error, const LumoXMLNode* command, Write write) {
-  if (error != 0) return;
+  if (error != 0 || _watcher != nullptr) return;
   LumoStream* stream;
   _OpenOutputStream(error, command, stream);
   if (stream == nullptr) return;
