@@ -1,0 +1,63 @@
+#pragma once
+
+#include <set>
+#include <string>
+#include <utility>
+
+class LumoStream;
+class LumoXMLNode;
+
+// What is looked for. OrvaFindings.cpp has the table.
+enum class OrvaFinding : int {
+  UNREAD_OPTION,
+  UNREAD_ELEMENT,
+  SHADOWED_OPTION,
+  UNSUITABLE_VALUE,
+  UNKNOWN_MODE,
+  NO_VALUE,
+  IDLE_OPTION,
+  SAME_OUTPUT,
+  LIMIT_AT_TIME_ZERO,
+  HANDLE_BUILT_TWICE,
+  SIL_NUMBERS,
+  NEGATION,
+  NESTED_FORMULA,
+  REPEATED_ARGUMENT,
+  IMPOSSIBLE_THRESHOLD,
+  SINGLE_ARGUMENT,
+  HOUSE_EVENT_VALUE,
+  UNDEFINED_EVENT,
+  UNDEFINED_PARAMETER,
+  REDEFINED_EVENT,
+  REDEFINED_PARAMETER,
+  UNUSED_EVENT,
+  UNUSED_PARAMETER,
+  PROBABILITY_OUT_OF_RANGE,
+  UNDRAWN_DEVIATE,
+  UNREACHABLE_CASE,
+  TESTS_BEHIND_PARAMETER,
+  NO_FAILURE_RATE,
+  MULTIPLIED_RATES,
+  DERIVATIVE_AS_INTENSITY,
+};
+
+// Writes findings, each with the line of its element and the element.
+class OrvaFindings {
+ public:
+  // The stream is not owned.
+  explicit OrvaFindings(LumoStream* stream) : _stream(stream) {}
+
+  // The texts take the places of the first and of the second "%s" of the finding's text.
+  void Report(OrvaFinding finding, const LumoXMLNode* node, const std::string& first = {},
+              const std::string& second = {});
+  // The same, but only once for an element, which must live as long as this.
+  void ReportOnce(OrvaFinding finding, const LumoXMLNode* node, const std::string& first = {},
+                  const std::string& second = {});
+
+  bool HasWarnings() const { return _hasWarnings; }
+
+ private:
+  LumoStream* _stream;
+  bool _hasWarnings = false;
+  std::set<std::pair<OrvaFinding, const LumoXMLNode*>> _reported;
+};
