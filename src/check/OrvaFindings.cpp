@@ -61,7 +61,7 @@ constexpr Row FINDINGS[] = {
      "the failure intensity of \"%s\" in \"%s\" is taken from the derivative, which is far from "
      "it"},
 };
-static_assert(std::size(FINDINGS) == static_cast<int>(OrvaFinding::DERIVATIVE_AS_INTENSITY) + 1);
+static_assert(std::size(FINDINGS) == static_cast<int>(OrvaFinding::NUMBER_OF_FINDINGS));
 
 void Fill(std::string& text, const std::string& argument) {
   const std::size_t place = text.find("%s");
@@ -69,6 +69,10 @@ void Fill(std::string& text, const std::string& argument) {
 }
 
 }  // namespace
+
+const char* OrvaFindings::GetName(OrvaFinding finding) {
+  return FINDINGS[static_cast<int>(finding)].name;
+}
 
 void OrvaFindings::Report(OrvaFinding finding, const LumoXMLNode* node, const std::string& first,
                           const std::string& second) {

@@ -39,6 +39,7 @@ enum class OrvaFinding : int {
   NO_FAILURE_RATE,
   MULTIPLIED_RATES,
   DERIVATIVE_AS_INTENSITY,
+  NUMBER_OF_FINDINGS,
 };
 
 // Writes findings, each with the line of its element and the element.
@@ -55,6 +56,9 @@ class OrvaFindings {
                   const std::string& second = {});
 
   bool HasWarnings() const { return _hasWarnings; }
+
+  // The name that a finding is reported under.
+  static const char* GetName(OrvaFinding finding);
 
  private:
   LumoStream* _stream;

@@ -11,6 +11,7 @@
 #include <string>
 
 #include "OrvaFuzzSupport.h"
+#include "check/OrvaScriptCheck.h"
 #include "driver/OrvaInterpreter.h"
 #include "driver/OrvaOptionCenter.h"
 #include "reader/OrvaParser.h"
@@ -113,6 +114,37 @@ class Work {
   bool _hasTests = false;
 };
 
+void SetLimits(OrvaInterpreter& interpreter) {
+  OrvaOptionCenter* const options = interpreter.GetOptionCenter();
+  options->SetIntegerOption(OrvaOptionCenter::MAXIMUM_ORDER, Work::HIGHEST_ORDER);
+  options->SetIntegerOption(OrvaOptionCenter::NUMBER_OF_TRIES, 10);
+}
+
+int Run() {
+  OrvaInterpreter interpreter;
+  SetLimits(interpreter);
+  char* messages = nullptr;
+  std::size_t length = 0;
+  std::FILE* const file = open_memstream(&messages, &length);
+  LumoFileStream stream(false, file);
+  interpreter.GetParser()->SetErrorStream(&stream);
+  int error = 0;
+  interpreter.DownloadCommandScript(error, SCRIPT);
+  std::fclose(file);
+  std::free(messages);
+  OrvaRequire((error != 0) == (length > 0), "there is a message for an error, and only then");
+  return error;
+}
+
+int Rehearse() {
+  OrvaInterpreter interpreter;
+  SetLimits(interpreter);
+  interpreter.GetParser()->SetErrorStream(OrvaGetNowhere());
+  int error = 0;
+  OrvaScriptCheck(&interpreter).Check(error, SCRIPT);
+  return error;
+}
+
 }  // namespace
 
 // All calls of fopen are linked to this one. The modes of the engine have one letter; libFuzzer
@@ -132,22 +164,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   work.Add(rest);
   if (!work.IsLittle()) return 0;
   isRunning = true;
-  {
-    OrvaInterpreter interpreter;
-    interpreter.GetOptionCenter()->SetIntegerOption(OrvaOptionCenter::MAXIMUM_ORDER,
-                                                    Work::HIGHEST_ORDER);
-    interpreter.GetOptionCenter()->SetIntegerOption(OrvaOptionCenter::NUMBER_OF_TRIES, 10);
-    char* messages = nullptr;
-    std::size_t length = 0;
-    std::FILE* const file = open_memstream(&messages, &length);
-    LumoFileStream stream(false, file);
-    interpreter.GetParser()->SetErrorStream(&stream);
-    int error = 0;
-    interpreter.DownloadCommandScript(error, SCRIPT);
-    std::fclose(file);
-    std::free(messages);
-    OrvaRequire((error != 0) == (length > 0), "there is a message for an error, and only then");
-  }
+  const int error = Run();
+  OrvaRequire(Rehearse() <= error, "what fails in a rehearsal fails in a run");
   isRunning = false;
   return 0;
 }
