@@ -13,11 +13,11 @@ namespace {
 
 constexpr const char* PARAMETER = "parameter";
 
-// The kinds that have traits of their own, and those that hide what is below them.
+// The kinds that have traits of their own, and deviates, which hide what is below them.
 struct Kind {
   const char* element;
   int own;
-  bool hides = false;
+  bool isDeviate = false;
 };
 constexpr int TIME = OrvaExpressionTraits::DEPENDS_ON_TIME;
 constexpr int LAW = OrvaExpressionTraits::HAS_FAILURE_LAW;
@@ -49,7 +49,7 @@ const Kind* FindKind(const LumoXMLNode* node) {
 template <class Visit>
 void VisitSeen(const LumoXMLNode* node, const Visit& visit) {
   const Kind* kind = FindKind(node);
-  if (kind != nullptr && kind->hides) return;
+  if (kind != nullptr && kind->isDeviate) return;
   visit(node, kind == nullptr ? 0 : kind->own);
   OrvaVisitChildren(node, [&](const LumoXMLNode* child) { VisitSeen(child, visit); });
 }
@@ -89,6 +89,11 @@ int OrvaExpressionTraits::Get(const LumoXMLNode* expression) const {
     if (each->IsNodeOfName(PARAMETER)) traits |= _GetOfParameter(OrvaGetName(each));
   });
   return traits;
+}
+
+bool OrvaExpressionTraits::IsDeviate(const LumoXMLNode* node) {
+  const Kind* kind = FindKind(node);
+  return kind != nullptr && kind->isDeviate;
 }
 
 int OrvaExpressionTraits::_GetOfParameter(std::string_view name) const {

@@ -17,6 +17,7 @@ class OrvaExpressionTraits {
 
   // The traits of an expression, as bits.
   int Get(const LumoXMLNode* expression) const;
+  static bool IsDeviate(const LumoXMLNode* node);
 
  private:
   int _GetOfParameter(std::string_view name) const;

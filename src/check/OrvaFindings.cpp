@@ -80,7 +80,7 @@ void OrvaFindings::Report(OrvaFinding finding, const LumoXMLNode* node, const st
   // From behind, since the arguments may have a "%s" themselves.
   std::string text = row.text;
   const std::size_t places = text.find("%s", text.find("%s") + 1);
-  if (places != std::string::npos && text.find("%s") != places) text.replace(places, 2, second);
+  if (places != std::string::npos) text.replace(places, 2, second);
   Fill(text, first);
   if (row.kind == WARNING) _hasWarnings = true;
   _stream->Put(row.kind);

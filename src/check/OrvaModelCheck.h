@@ -29,9 +29,10 @@ class OrvaModelCheck {
   // An event that a command names as its top event.
   void AddTopEvent(const char* name);
 
-  // What minimal cutsets are computed from: formulas at and below a top event, and house events
-  // anywhere. Some only matters to the search, not to diagrams.
+  // What minimal cutsets are computed from: formulas at and below a top event, or all, and house
+  // events anywhere. Some only matters to the search, not to diagrams.
   void CheckFormulas(const char* topEvent, bool isSearch);
+  void CheckAllFormulas();
   // The first event below whose probability depends on time; empty for none.
   std::string FindTimeDependentEvent(const char* topEvent);
   // What curves, and failure intensities up to the last date, make of expressions below.
@@ -45,6 +46,8 @@ class OrvaModelCheck {
 
  private:
   void _CheckGate(std::string_view gate, const LumoXMLNode* formula, bool isSearch);
+  void _CheckTopEvent(const char* topEvent);
+  void _CheckHouseEvents();
   void _CheckThreshold(const LumoXMLNode* formula, bool isSearch);
   std::string_view _ResolveAlias(std::string_view event, bool passesNegations) const;
   void _CheckUses(const OrvaNames& names, bool areEvents);

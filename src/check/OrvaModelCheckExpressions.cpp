@@ -12,8 +12,6 @@ using namespace OrvaModelElements;
 
 namespace {
 
-constexpr const char* DEVIATES[] = {"uniform-deviate", "normal-deviate", "lognormal-deviate",
-                                    "beta-deviate",    "gamma-deviate",  "histogram"};
 constexpr const char* SWITCH = "switch";
 constexpr const char* CASE = "case";
 constexpr const char* PARAMETER = "parameter";
@@ -23,19 +21,12 @@ constexpr const char* FALSE = "false";
 // Also ends rings.
 constexpr int LONGEST_CHAIN_OF_PARAMETERS = 1000;
 
-bool IsDeviate(const LumoXMLNode* node) {
-  for (const char* deviate : DEVIATES) {
-    if (node->IsNodeOfName(deviate)) return true;
-  }
-  return false;
-}
-
 }  // namespace
 
 void OrvaModelCheck::CheckExpressions(OrvaModel* model) {
   for (const LumoXMLNode* expression : _text.GetAllExpressions()) {
     OrvaVisitElements(expression, [&](const LumoXMLNode* each) {
-      if (IsDeviate(each)) _CheckDeviate(each);
+      if (OrvaExpressionTraits::IsDeviate(each)) _CheckDeviate(each);
       if (each->IsNodeOfName(SWITCH)) _CheckSwitch(each);
     });
   }

@@ -44,6 +44,19 @@ void OrvaModelCheck::CheckFormulas(const char* topEvent, bool isSearch) {
     const LumoXMLNode* formula = _text.FindFormula(event);
     if (formula != nullptr) _CheckGate(event, formula, isSearch);
   }
+  _CheckHouseEvents();
+  if (isSearch) _CheckTopEvent(topEvent);
+}
+
+void OrvaModelCheck::CheckAllFormulas() {
+  for (const auto& [node, replaced] : _text.GetEvents().definitions) {
+    const LumoXMLNode* formula = _text.FindFormula(OrvaGetName(node));
+    if (formula != nullptr) _CheckGate(OrvaGetName(node), formula, true);
+  }
+  _CheckHouseEvents();
+}
+
+void OrvaModelCheck::_CheckHouseEvents() {
   for (const auto& [node, replaced] : _text.GetEvents().definitions) {
     if (!node->IsNodeOfName(DEFINE_HOUSE_EVENT)) continue;
     OrvaVisitChildren(node, [&, house = node](const LumoXMLNode* child) {
@@ -51,8 +64,11 @@ void OrvaModelCheck::CheckFormulas(const char* topEvent, bool isSearch) {
       _findings->ReportOnce(OrvaFinding::HOUSE_EVENT_VALUE, house, std::string(OrvaGetName(house)));
     });
   }
+}
+
+void OrvaModelCheck::_CheckTopEvent(const char* topEvent) {
   const LumoXMLNode* node = _text.GetEvents().Find(topEvent);
-  if (!isSearch || node == nullptr || !node->IsNodeOfName(DEFINE_GATE)) return;
+  if (node == nullptr || !node->IsNodeOfName(DEFINE_GATE)) return;
   const std::string_view named = _ResolveAlias(topEvent, true);
   if (named != topEvent && _text.FindFormula(named) == nullptr &&
       _text.FindGroup(named) == nullptr) {

@@ -13,6 +13,7 @@ using Options = OrvaCommandOptions;
 
 namespace {
 
+constexpr const char* SCRIPT_ROOT = "orva";
 constexpr const char* SEARCH = "search";
 constexpr const char* NUMERIC = "numeric";
 // These are not gone through for what they overwrite.
@@ -75,7 +76,9 @@ void OrvaScriptCheck::Check(int& error, const char* fileName) {
   if (!document->Load(fileName)) return _interpreter->DownloadCommandScript(error, fileName);
   _interpreter->DownloadCommandScript(error, document.get());
   if (error != 0) return;
+  const bool isScript = document->FindRoot(SCRIPT_ROOT) != nullptr;
   _models.AddDocument(std::move(document));
+  if (!isScript) _models.CheckAllFormulas();
   _models.CheckDefinitions();
   _models.CheckExpressions(_interpreter->GetModel());
 }
