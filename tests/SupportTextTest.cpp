@@ -1,8 +1,10 @@
+#include <bit>
 #include <ctime>
 #include <filesystem>
 #include <limits>
 #include <memory>
 #include <new>
+#include <random>
 
 #include "OrvaTestSupport.h"
 #include "support/memory/LumoMemoryManager.h"
@@ -125,6 +127,32 @@ TEST(LumoFileStream, InterpretsBackslashSequencesAndWritesValues) {
   stream.Get()->SetSignificantDigitNumber(3);
   stream.Get()->Putln(1234567.0);
   EXPECT_EQ(stream.GetText(), "niltruea\tb1.23e+06\n");
+}
+
+// Reals are rounded without printf: what it writes is the measure, above all next to the middles
+// between two texts and at the powers of ten.
+TEST(LumoFileStream, WritesRealsAsPrintfDoes) {
+  std::vector<double> values = {0.0,
+                                1e-298,
+                                1e298,
+                                std::numeric_limits<double>::infinity(),
+                                std::numeric_limits<double>::denorm_min(),
+                                std::numeric_limits<double>::max()};
+  for (int exponent = -320; exponent <= 308; ++exponent) {
+    for (const char* digits : {"1", "9.99999", "9.999995", "1.000005", "1.2345650", "7.00001"}) {
+      values.push_back(std::strtod((digits + ("e" + std::to_string(exponent))).c_str(), nullptr));
+    }
+  }
+  std::mt19937_64 bits(1);
+  while (values.size() < 20000) {
+    const double value = std::bit_cast<double>(bits());
+    if (std::isfinite(value)) values.push_back(value);
+  }
+  for (const double value : values) {
+    for (const double near : {value, -value, std::nextafter(value, 0.0)}) {
+      ASSERT_EQ(Write(near), OrvaPrint(near));
+    }
+  }
 }
 
 TEST(LumoFileStream, ReadsBytesCountsLinesAndPushesBack) {

@@ -9,7 +9,7 @@
 #include "driver/OrvaOptionCenter.h"
 #include "model/OrvaModel.h"
 #include "model/OrvaParameter.h"
-#include "printer/OrvaPrinterRows.h"
+#include "printer/OrvaPrinterTable.h"
 #include "support/memory/LumoMemoryManager.h"
 
 using Center = OrvaOptionCenter;
@@ -19,6 +19,15 @@ namespace {
 constexpr const char* UNWRITABLE_TEXT = "A model can't be written with this name or text: %s\n";
 
 constexpr const char* SET = "set";
+
+void PutProbability(OrvaPrinterTable& table, const OrvaEvent* event, double missionTime) {
+  table.PutRow("Pr", event->GetName(), missionTime, event->GetProbability());
+}
+
+void PutValue(OrvaPrinterTable& table, OrvaParameter* parameter, double missionTime) {
+  const LumoConstant* value = parameter->GetValue();
+  table.PutRow("value", parameter->GetName(), missionTime, value);
+}
 
 }  // namespace
 
@@ -32,8 +41,9 @@ void OrvaPrinter::UpdateOptionCenter() { _optionCenter = _interpreter->GetOption
 
 void OrvaPrinter::PrintTopEventProbability(const OrvaEvent* top, const OrvaHandle* /*handle*/,
                                            double missionTime, LumoStream* stream) {
-  OrvaPutRow(stream, "top-event", "mission-time", "probability");
-  OrvaPutRow(stream, top->GetName(), missionTime, top->GetProbability());
+  OrvaPrinterTable table(stream);
+  table.PutRow("top-event", "mission-time", "probability");
+  table.PutRow(top->GetName(), missionTime, top->GetProbability());
 }
 
 void OrvaPrinter::PrintProbabilitiesOfBasicEvents(const OrvaModel* model, double missionTime,
@@ -45,34 +55,35 @@ void OrvaPrinter::PrintProbabilitiesOfBasicEvents(const OrvaModel* model, double
 
 void OrvaPrinter::PrintProbabilitiesOfBasicEvents(const LumoContainer* events, double missionTime,
                                                   LumoStream* stream) {
+  OrvaPrinterTable table(stream);
   for (const OrvaEvent* event : LumoItems<OrvaEvent>(*events)) {
-    PrintProbabilityOfBasicEvent(event, missionTime, stream);
+    PutProbability(table, event, missionTime);
   }
 }
 
 void OrvaPrinter::PrintProbabilityOfBasicEvent(const OrvaEvent* event, double missionTime,
                                                LumoStream* stream) {
-  OrvaPutRow(stream, "Pr", event->GetName(), missionTime, event->GetProbability());
+  OrvaPrinterTable table(stream);
+  PutProbability(table, event, missionTime);
 }
 
 void OrvaPrinter::PrintValuesOfParameters(const OrvaModel* model, double missionTime,
                                           LumoStream* stream) {
-  LumoList parameters;
-  model->CollectParameters(OrvaSymbol::CompareAsAnySymbol, nullptr, &parameters);
-  PrintValuesOfParameters(&parameters, missionTime, stream);
+  PrintValuesOfParameters(&model->GetParameters(), missionTime, stream);
 }
 
 void OrvaPrinter::PrintValuesOfParameters(const LumoContainer* parameters, double missionTime,
                                           LumoStream* stream) {
+  OrvaPrinterTable table(stream);
   for (OrvaParameter* parameter : LumoItems<OrvaParameter>(*parameters)) {
-    PrintValueOfParameter(parameter, missionTime, stream);
+    PutValue(table, parameter, missionTime);
   }
 }
 
 void OrvaPrinter::PrintValueOfParameter(OrvaParameter* parameter, double missionTime,
                                         LumoStream* stream) {
-  const LumoConstant* value = parameter->GetValue();
-  OrvaPutRow(stream, "value", parameter->GetName(), missionTime, value);
+  OrvaPrinterTable table(stream);
+  PutValue(table, parameter, missionTime);
 }
 
 void OrvaPrinter::PrintOptions(LumoStream* stream) {

@@ -11,7 +11,7 @@
 #include <cstddef>
 
 #include "printer/OrvaPrinter.h"
-#include "printer/OrvaPrinterRows.h"
+#include "printer/OrvaPrinterTable.h"
 #include "support/statistics/LumoCurve.h"
 
 namespace {
@@ -58,7 +58,8 @@ template <std::size_t N, class PutFirst>
 void PrintCurve(const OrvaPrinter* printer, const Column (&columns)[N], const LumoCurve* curve,
                 LumoStream* stream, PutFirst putFirst) {
   if (curve->GetNumberOfPoints() < 2) return;
-  OrvaPutHeader(printer, "date", columns, stream);
+  OrvaPrinterTable table(stream);
+  table.PutHeader(printer, "date", columns);
   Position position = {};
   bool isFirst = true;
   for (const LumoCurvePoint* point : LumoItems<LumoCurvePoint>(*curve->GetPoints())) {
@@ -74,17 +75,16 @@ void PrintCurve(const OrvaPrinter* printer, const Column (&columns)[N], const Lu
       position.date = x;
       position.value = y;
     }
-    OrvaPrinterRow row(stream);
-    row.Put(x);
+    table.Put(x);
     for (const Column& column : columns) {
       if (!(printer->*column.isOn)) continue;
       if (isFirst) {
-        putFirst(row, column, position);
+        putFirst(table, column, position);
       } else {
-        row.Put(column.compute(position));
+        table.Put(column.compute(position));
       }
     }
-    row.End();
+    table.EndRow();
     isFirst = false;
   }
 }
@@ -108,14 +108,14 @@ struct Level {
 
 void OrvaPrinter::PrintUnavailability(const LumoCurve* curve, LumoStream* stream) {
   PrintCurve(this, UNAVAILABILITY_COLUMNS, curve, stream,
-             [](OrvaPrinterRow& row, const Column& column, const Position& position) {
-               row.Put(column.compute(position));
+             [](OrvaPrinterTable& table, const Column& column, const Position& position) {
+               table.Put(column.compute(position));
              });
 }
 
 void OrvaPrinter::PrintFailureIntensity(const LumoCurve* curve, LumoStream* stream) {
   PrintCurve(this, FAILURE_INTENSITY_COLUMNS, curve, stream,
-             [](OrvaPrinterRow& row, const Column&, const Position&) { row.Put("0.0"); });
+             [](OrvaPrinterTable& table, const Column&, const Position&) { table.Put("0.0"); });
 }
 
 void OrvaPrinter::PrintSafetyIntegrityLevel(bool lowDemand, const LumoCurve* curve,
@@ -134,11 +134,11 @@ void OrvaPrinter::PrintSafetyIntegrityLevel(bool lowDemand, const LumoCurve* cur
     level.sojourn = curve->GetXSojournBetweenYValues(level.lower, level.upper);
     total += level.sojourn;
   }
-  OrvaPutRow(stream, "SIL", "lower-bound", "upper-bound", "sojourn-time", "ratio");
+  OrvaPrinterTable table(stream);
+  table.PutRow("SIL", "lower-bound", "upper-bound", "sojourn-time", "ratio");
   int number = 0;
   for (const Level& level : levels) {
-    OrvaPutRow(stream, number++, level.lower, level.upper, level.sojourn, level.sojourn / total);
+    table.PutRow(number++, level.lower, level.upper, level.sojourn, level.sojourn / total);
   }
-  OrvaPutRow(stream, "average",
-             curve->GetIntegral() / (curve->GetLastX(-1.0) - curve->GetFirstX(-1.0)));
+  table.PutRow("average", curve->GetIntegral() / (curve->GetLastX(-1.0) - curve->GetFirstX(-1.0)));
 }

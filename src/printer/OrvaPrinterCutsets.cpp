@@ -7,19 +7,23 @@
 // of its addresses, and therefore the same in every run.
 //
 // The cutsets are collected before any is printed: one walk down the tree keeps the events of the
-// path and copies them at each leaf, into one array for all cutsets. The ranking then moves
-// pointers to small records only.
+// path and copies them at each leaf, into one array for all cutsets. The ranking then moves small
+// records only, in one stable sort. A probability that is no number is the one thing that can't be
+// sorted, since it compares as equal to all others, which are not equal among themselves: where
+// such cutsets come is defined by the search tree that they are inserted into.
 
 #include <algorithm>
 #include <cassert>
+#include <cmath>
 #include <cstddef>
 #include <memory>
 #include <numeric>
+#include <span>
 #include <vector>
 
 #include "model/OrvaEvent.h"
 #include "printer/OrvaPrinter.h"
-#include "printer/OrvaPrinterRows.h"
+#include "printer/OrvaPrinterTable.h"
 #include "search/OrvaWalkObserver.h"
 #include "store/OrvaMCSSet.h"
 #include "store/OrvaMCSTreeWalk.h"
@@ -29,8 +33,7 @@ namespace {
 
 struct Cutset {
   double probability;
-  std::size_t firstEvent;
-  int order;
+  int number;  // in the order of the set
 };
 
 // The highest probability first.
@@ -43,7 +46,21 @@ int CompareDecreasingProbabilities(const void* a, const void* b) {
 // Collects the minimal cutsets of a tree whose leaves are weighed, in one walk down: the way up
 // from a leaf can be as long as the tree is large.
 struct CutsetCollector : OrvaMCSTreeVisitor {
-  explicit CutsetCollector(const OrvaMCSManager* store) : manager(store) {}
+  // With the numbers of cutsets of each order: room for all from the start halves the cost.
+  CutsetCollector(const OrvaMCSManager* store, std::span<const int> numbersOfCutsets)
+      : manager(store) {
+    std::size_t numberOfCutsets = 0;
+    std::size_t numberOfEvents = 0;
+    for (std::size_t order = 0; order < numbersOfCutsets.size(); ++order) {
+      const auto number = static_cast<std::size_t>(numbersOfCutsets[order]);
+      numberOfCutsets += number;
+      numberOfEvents += number * order;
+    }
+    cutsets.reserve(numberOfCutsets);
+    places.reserve(numberOfCutsets + 1);
+    places.push_back(0);
+    events.reserve(numberOfEvents);
+  }
   void Enter(OrvaMCSNode* node) {
     path.push_back(manager->GetEvent(node->GetIndex()));
     assert(path.back() != nullptr);
@@ -51,72 +68,103 @@ struct CutsetCollector : OrvaMCSTreeVisitor {
   void Cross(OrvaMCSNode* /*node*/) { path.pop_back(); }
   void VisitLeaf(OrvaMCSNode* leaf) {
     if (!leaf->IsMinimalCutset()) return;
-    cutsets.push_back({leaf->GetWeight(), events.size(), static_cast<int>(path.size())});
-    events.insert(events.end(), path.begin(), path.end());
+    cutsets.push_back({leaf->GetWeight(), static_cast<int>(cutsets.size())});
+    for (const OrvaEvent* event : path) events.push_back(event);
     SortByName(events.end() - static_cast<std::ptrdiff_t>(path.size()), events.end());
+    places.push_back(events.size());
   }
+  // Names are unique: no two events of a cutset are equal.
   static void SortByName(std::vector<const OrvaEvent*>::iterator first,
                          std::vector<const OrvaEvent*>::iterator last) {
-    std::stable_sort(first, last, [](const OrvaEvent* a, const OrvaEvent* b) {
+    std::sort(first, last, [](const OrvaEvent* a, const OrvaEvent* b) {
       return OrvaSymbol::CompareNames(a, b) < 0;
     });
   }
+  struct Events {
+    const OrvaEvent* const* first;
+    const OrvaEvent* const* last;
+  };
+  Events GetEvents(const Cutset& cutset) const {
+    const auto number = static_cast<std::size_t>(cutset.number);
+    return {events.data() + places[number], events.data() + places[number + 1]};
+  }
+
   const OrvaMCSManager* manager;
   std::vector<const OrvaEvent*> path;
-  std::vector<const OrvaEvent*> events;  // of one cutset after the other
+  // The events of one cutset after the other, and where those of each begin and the last ones end.
+  std::vector<const OrvaEvent*> events;
+  std::vector<std::size_t> places;
   std::vector<Cutset> cutsets;
 };
 
-// A cutset in its place, and the sum that it has its share in.
+// The most probable first.
+void Rank(std::vector<Cutset>& cutsets) {
+  const auto isNoNumber = [](const Cutset& cutset) { return std::isnan(cutset.probability); };
+  if (std::none_of(cutsets.begin(), cutsets.end(), isNoNumber)) {
+    return std::stable_sort(cutsets.begin(), cutsets.end(), [](const Cutset& a, const Cutset& b) {
+      return a.probability > b.probability;
+    });
+  }
+  LumoAVLTree tree(CompareDecreasingProbabilities);
+  for (Cutset& cutset : cutsets) tree.InsertItem(&cutset);
+  std::vector<Cutset> ranked;
+  for (const Cutset* cutset : LumoItems<Cutset>(tree)) ranked.push_back(*cutset);
+  cutsets.swap(ranked);
+}
+
+// What the columns of a cutset are made of: its place, and the sum that it has its share in.
 struct RankedCutset {
-  const Cutset* cutset;
   int rank;
+  int order;
+  double probability;
   double sum;
 };
 
 struct Column {
   bool OrvaPrinter::*isOn;
-  void (*put)(OrvaPrinterRow& row, const RankedCutset& ranked);
+  void (*put)(OrvaPrinterTable& table, const RankedCutset& ranked);
 };
 
 constexpr Column COLUMNS[] = {
     {&OrvaPrinter::printMinimalCutsetRank,
-     [](OrvaPrinterRow& row, const RankedCutset& ranked) { row.Put(ranked.rank); }},
+     [](OrvaPrinterTable& table, const RankedCutset& ranked) { table.Put(ranked.rank); }},
     {&OrvaPrinter::printMinimalCutsetOrder,
-     [](OrvaPrinterRow& row, const RankedCutset& ranked) { row.Put(ranked.cutset->order); }},
+     [](OrvaPrinterTable& table, const RankedCutset& ranked) { table.Put(ranked.order); }},
     {&OrvaPrinter::printMinimalCutsetProbability,
-     [](OrvaPrinterRow& row, const RankedCutset& ranked) { row.Put(ranked.cutset->probability); }},
+     [](OrvaPrinterTable& table, const RankedCutset& ranked) { table.Put(ranked.probability); }},
     {&OrvaPrinter::printMinimalCutsetContribution,
-     [](OrvaPrinterRow& row, const RankedCutset& ranked) {
-       row.Put(ranked.sum == 0.0 ? 0.0 : ranked.cutset->probability / ranked.sum);
+     [](OrvaPrinterTable& table, const RankedCutset& ranked) {
+       table.Put(ranked.sum == 0.0 ? 0.0 : ranked.probability / ranked.sum);
      }},
 };
 
 }  // namespace
 
 void OrvaPrinter::PrintMinimalCutsets(OrvaMCSSet* set, LumoStream* stream) {
+  int* numbers;
   int highestOrder;
-  set->ComputeHighestOrderOfMinimalCutsets(highestOrder);
+  int total;
+  set->ComputeOrdersOfMinimalCutsets(numbers, highestOrder, total);
+  const std::unique_ptr<int[]> owner(numbers);
   if (highestOrder < 1) return;
   set->SetWeightsOfLeavesAsCutsetProbabilities();
   double sum;
   set->ComputeSumOfMinimalCutsetProbabilities(sum);
-  CutsetCollector collector(set->GetManager());
+  CutsetCollector collector(set->GetManager(), {numbers, numbers + highestOrder + 1});
   OrvaWalkMCSTree(set->GetRootNode(), collector);
-  LumoAVLTree cutsets(CompareDecreasingProbabilities);
-  for (Cutset& cutset : collector.cutsets) cutsets.InsertItem(&cutset);
   assert(collector.path.empty());
+  Rank(collector.cutsets);
+  OrvaPrinterTable table(stream);
   int rank = 0;
-  for (const Cutset* cutset : LumoItems<Cutset>(cutsets)) {
-    const RankedCutset ranked = {cutset, ++rank, sum};
-    OrvaPrinterRow row(stream);
+  for (const Cutset& cutset : collector.cutsets) {
+    const auto [first, last] = collector.GetEvents(cutset);
+    const RankedCutset ranked = {++rank, static_cast<int>(last - first), cutset.probability, sum};
+    assert(ranked.order <= highestOrder);
     for (const Column& column : COLUMNS) {
-      if (this->*column.isOn) column.put(row, ranked);
+      if (this->*column.isOn) column.put(table, ranked);
     }
-    assert(cutset->order <= highestOrder);
-    const auto* events = collector.events.data() + cutset->firstEvent;
-    for (int i = 0; i < cutset->order; ++i) row.Put(events[i]->GetName());
-    row.End();
+    for (auto event = first; event != last; ++event) table.Put((*event)->GetName());
+    table.EndRow();
   }
   set->ResetWeightsOfLeaves();
 }
@@ -128,11 +176,12 @@ void OrvaPrinter::PrintOrdersOfMinimalCutsets(const OrvaMCSSet* set, LumoStream*
   set->ComputeOrdersOfMinimalCutsets(numbers, highestOrder, total);
   const std::unique_ptr<int[]> owner(numbers);
   assert(numbers != nullptr || highestOrder < 0);
-  OrvaPutRow(stream, "order", "#MCS");
+  OrvaPrinterTable table(stream);
+  table.PutRow("order", "#MCS");
   for (int order = 0; order <= highestOrder; ++order) {
-    if (numbers[order] != 0) OrvaPutRow(stream, order, numbers[order]);
+    if (numbers[order] != 0) table.PutRow(order, numbers[order]);
   }
-  OrvaPutRow(stream, "total", total);
+  table.PutRow("total", total);
 }
 
 void OrvaPrinter::PrintNumberOfOccurrencesOfVariablesInMinimalCutsets(const OrvaMCSSet* set,
@@ -143,37 +192,39 @@ void OrvaPrinter::PrintNumberOfOccurrencesOfVariablesInMinimalCutsets(const Orva
   set->ComputeNumberOfOccurrencesOfVariablesInMinimalCutsets(numbers, highestIndex, total);
   const std::unique_ptr<int[]> owner(numbers);
   assert(numbers != nullptr && highestIndex >= 0);
-  OrvaPutRow(stream, "event", "#occurrences");
+  OrvaPrinterTable table(stream);
+  table.PutRow("event", "#occurrences");
   for (int i = 1; i <= highestIndex; ++i) {
     const OrvaEvent* event = set->GetManager()->GetEvent(i);
-    if (event != nullptr) OrvaPutRow(stream, event->GetName(), numbers[i]);
+    if (event != nullptr) table.PutRow(event->GetName(), numbers[i]);
   }
   // Not the total above, which ends at the largest integer.
-  OrvaPutRow(stream, "total", std::accumulate(numbers, numbers + highestIndex + 1, 0L));
+  table.PutRow("total", std::accumulate(numbers, numbers + highestIndex + 1, 0L));
 }
 
 void OrvaPrinter::PrintWalkObserver(const OrvaWalkObserver* observer, LumoStream* stream) {
-  stream->Putln("Model");
-  OrvaPutRow(stream, "top-event", observer->GetTopEventName());
-  OrvaPutRow(stream, "#gates", observer->numberOfGates);
-  OrvaPutRow(stream, "#basic-events", observer->numberOfBasicEvents);
-  OrvaPutRow(stream, "#modules", observer->numberOfModules);
-  stream->Putln();
-  stream->Putln("Cutoff");
-  OrvaPutRow(stream, "maximum-order", observer->maximumOrder);
-  OrvaPutRow(stream, "minimum-probability", observer->minimumProbability);
-  stream->Putln();
-  stream->Putln("Choices");
-  OrvaPutRow(stream, "#unit", observer->unit);
-  OrvaPutRow(stream, "#cutoff", observer->cutoff);
-  OrvaPutRow(stream, "#branching", observer->branching);
-  stream->Putln();
-  stream->Putln("Branches");
-  OrvaPutRow(stream, "#dead-ends", observer->deadEnds);
-  OrvaPutRow(stream, "#cutoffs", observer->cutoffs);
-  OrvaPutRow(stream, "#non-minimal-cutsets", observer->nonMinimalCutsets);
-  OrvaPutRow(stream, "#minimal-cutsets", observer->minimalCutsets);
-  stream->Putln();
-  stream->Putln("Running Times");
-  OrvaPutRow(stream, "seconds", observer->GetRunningTime());
+  OrvaPrinterTable table(stream);
+  table.PutRow("Model");
+  table.PutRow("top-event", observer->GetTopEventName());
+  table.PutRow("#gates", observer->numberOfGates);
+  table.PutRow("#basic-events", observer->numberOfBasicEvents);
+  table.PutRow("#modules", observer->numberOfModules);
+  table.EndRow();
+  table.PutRow("Cutoff");
+  table.PutRow("maximum-order", observer->maximumOrder);
+  table.PutRow("minimum-probability", observer->minimumProbability);
+  table.EndRow();
+  table.PutRow("Choices");
+  table.PutRow("#unit", observer->unit);
+  table.PutRow("#cutoff", observer->cutoff);
+  table.PutRow("#branching", observer->branching);
+  table.EndRow();
+  table.PutRow("Branches");
+  table.PutRow("#dead-ends", observer->deadEnds);
+  table.PutRow("#cutoffs", observer->cutoffs);
+  table.PutRow("#non-minimal-cutsets", observer->nonMinimalCutsets);
+  table.PutRow("#minimal-cutsets", observer->minimalCutsets);
+  table.EndRow();
+  table.PutRow("Running Times");
+  table.PutRow("seconds", observer->GetRunningTime());
 }

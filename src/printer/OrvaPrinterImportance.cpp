@@ -2,7 +2,7 @@
 
 #include "model/OrvaEvent.h"
 #include "printer/OrvaPrinter.h"
-#include "printer/OrvaPrinterRows.h"
+#include "printer/OrvaPrinterTable.h"
 #include "quantification/OrvaHandle.h"
 
 namespace {
@@ -13,18 +13,18 @@ constexpr const char* BASIC_EVENT = "basic-event";
 struct Column {
   bool OrvaPrinter::*isOn;
   const char* heading;
-  void (*put)(OrvaPrinterRow& row, const OrvaHandle* handle, const OrvaEvent* event);
+  void (*put)(OrvaPrinterTable& table, const OrvaHandle* handle, const OrvaEvent* event);
 };
 
 template <auto Accessor>
-void PutFactor(OrvaPrinterRow& row, const OrvaHandle* handle, const OrvaEvent* event) {
-  row.Put((handle->*Accessor)(event));
+void PutFactor(OrvaPrinterTable& table, const OrvaHandle* handle, const OrvaEvent* event) {
+  table.Put((handle->*Accessor)(event));
 }
 
 template <bool Value>
-void PutConditionalProbability(OrvaPrinterRow& row, const OrvaHandle* handle,
+void PutConditionalProbability(OrvaPrinterTable& table, const OrvaHandle* handle,
                                const OrvaEvent* event) {
-  row.Put(handle->GetConditionalProbabilityOfBasicEvent(event, Value));
+  table.Put(handle->GetConditionalProbabilityOfBasicEvent(event, Value));
 }
 
 constexpr Column COLUMNS[] = {
@@ -47,14 +47,13 @@ constexpr Column COLUMNS[] = {
      PutFactor<&OrvaHandle::GetFusselVeselyImportanceFactorOfBasicEvent>},
 };
 
-void PutRow(const OrvaPrinter* printer, const OrvaEvent* event, const OrvaHandle* handle,
-            LumoStream* stream) {
-  OrvaPrinterRow row(stream);
-  row.Put(event->GetName());
+void PutRow(OrvaPrinterTable& table, const OrvaPrinter* printer, const OrvaEvent* event,
+            const OrvaHandle* handle) {
+  table.Put(event->GetName());
   for (const Column& column : COLUMNS) {
-    if (printer->*column.isOn) column.put(row, handle, event);
+    if (printer->*column.isOn) column.put(table, handle, event);
   }
-  row.End();
+  table.EndRow();
 }
 
 }  // namespace
@@ -64,9 +63,10 @@ void OrvaPrinter::PrintImportanceFactorsOfBasicEvents(const OrvaEvent* top,
                                                       const OrvaHandle* handle, double missionTime,
                                                       LumoStream* stream) {
   PrintTopEventProbability(top, handle, missionTime, stream);
-  OrvaPutHeader(this, BASIC_EVENT, COLUMNS, stream);
+  OrvaPrinterTable table(stream);
+  table.PutHeader(this, BASIC_EVENT, COLUMNS);
   for (const OrvaEvent* event : LumoItems<OrvaEvent>(*basicEvents)) {
-    PutRow(this, event, handle, stream);
+    PutRow(table, this, event, handle);
   }
 }
 
@@ -77,6 +77,7 @@ void OrvaPrinter::PrintImportanceFactorsOfBasicEvent(const OrvaEvent* top,
                                                      const OrvaHandle* handle, double missionTime,
                                                      LumoStream* stream) {
   PrintTopEventProbability(top, handle, missionTime, stream);
-  OrvaPutHeader(this, BASIC_EVENT, COLUMNS, stream);
-  PutRow(this, basicEvent, handle, stream);
+  OrvaPrinterTable table(stream);
+  table.PutHeader(this, BASIC_EVENT, COLUMNS);
+  PutRow(table, this, basicEvent, handle);
 }

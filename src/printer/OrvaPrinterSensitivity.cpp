@@ -6,7 +6,7 @@
 #include "model/OrvaEvent.h"
 #include "model/OrvaParameter.h"
 #include "printer/OrvaPrinter.h"
-#include "printer/OrvaPrinterRows.h"
+#include "printer/OrvaPrinterTable.h"
 #include "support/statistics/LumoMeasure.h"
 
 namespace {
@@ -14,34 +14,61 @@ namespace {
 struct Column {
   bool OrvaPrinter::*isOn;
   const char* heading;
-  void (*put)(OrvaPrinterRow& row, const LumoMeasure* measure);
+  void (*put)(OrvaPrinterTable& table, const LumoMeasure* measure);
 };
 
 constexpr Column COLUMNS[] = {
     {&OrvaPrinter::printMean, "mean",
-     [](OrvaPrinterRow& row, const LumoMeasure* m) { row.Put(m->ComputeMean()); }},
+     [](OrvaPrinterTable& table, const LumoMeasure* m) { table.Put(m->ComputeMean()); }},
     {&OrvaPrinter::printStandardDeviation, "standard-deviation",
-     [](OrvaPrinterRow& row, const LumoMeasure* m) { row.Put(m->ComputeStandardDeviation()); }},
+     [](OrvaPrinterTable& table, const LumoMeasure* m) {
+       table.Put(m->ComputeStandardDeviation());
+     }},
     // Two columns under one heading: the low and the high end.
     {&OrvaPrinter::printConfidenceRange, "confidence-range\t",
-     [](OrvaPrinterRow& row, const LumoMeasure* m) {
+     [](OrvaPrinterTable& table, const LumoMeasure* m) {
        const double mean = m->ComputeMean();
        const double slack = m->ComputeNinetyFivePercentConfidenceSlack();
-       row.Put(mean - slack).Put(mean + slack);
+       table.Put(mean - slack).Put(mean + slack);
      }},
     {&OrvaPrinter::printErrorFactor, "error-factor",
-     [](OrvaPrinterRow& row, const LumoMeasure* m) {
-       row.Put(m->ComputeNinetyFivePercentErrorFactor());
+     [](OrvaPrinterTable& table, const LumoMeasure* m) {
+       table.Put(m->ComputeNinetyFivePercentErrorFactor());
      }},
 };
+
+// Every row has one empty field behind the name that the header lacks: this is the defined
+// behaviour.
+void PutMoments(OrvaPrinterTable& table, const OrvaPrinter* printer, const LumoMeasure* measure) {
+  assert(measure != nullptr);  // the symbol was sampled
+  table.Put(measure->GetName()).Put("");
+  for (const Column& column : COLUMNS) {
+    if (printer->*column.isOn) column.put(table, measure);
+  }
+  table.EndRow();
+}
+
+// One row per symbol.
+template <class Symbol>
+void PrintSymbols(const OrvaPrinter* printer, const char* heading, const LumoContainer* symbols,
+                  LumoStream* stream) {
+  OrvaPrinterTable table(stream);
+  table.PutHeader(printer, heading, COLUMNS);
+  for (const Symbol* symbol : LumoItems<Symbol>(*symbols)) {
+    PutMoments(table, printer, symbol->GetMeasure());
+  }
+}
 
 }  // namespace
 
 void OrvaPrinter::PrintSensitivityOfTopEvent(const OrvaEvent* top, const OrvaHandle* /*handle*/,
                                              double /*missionTime*/, LumoStream* stream) {
   LumoMeasure* measure = top->GetMeasure();
-  OrvaPutHeader(this, "top-event", COLUMNS, stream);
-  PrintMoments(measure, stream);
+  {
+    OrvaPrinterTable table(stream);
+    table.PutHeader(this, "top-event", COLUMNS);
+    PutMoments(table, this, measure);
+  }
   PrintQuantiles(measure, stream);
   PrintBins(measure, stream);
 }
@@ -49,31 +76,18 @@ void OrvaPrinter::PrintSensitivityOfTopEvent(const OrvaEvent* top, const OrvaHan
 void OrvaPrinter::PrintSensitivitiesOfParameters(const LumoContainer* parameters,
                                                  const OrvaHandle* /*handle*/,
                                                  double /*missionTime*/, LumoStream* stream) {
-  OrvaPutHeader(this, "parameter", COLUMNS, stream);
-  for (const OrvaParameter* parameter : LumoItems<OrvaParameter>(*parameters)) {
-    PrintMoments(parameter->GetMeasure(), stream);
-  }
+  PrintSymbols<OrvaParameter>(this, "parameter", parameters, stream);
 }
 
 void OrvaPrinter::PrintSensitivitiesOfBasicEvents(const LumoContainer* basicEvents,
                                                   const OrvaHandle* /*handle*/,
                                                   double /*missionTime*/, LumoStream* stream) {
-  OrvaPutHeader(this, "basic-event", COLUMNS, stream);
-  for (const OrvaEvent* event : LumoItems<OrvaEvent>(*basicEvents)) {
-    PrintMoments(event->GetMeasure(), stream);
-  }
+  PrintSymbols<OrvaEvent>(this, "basic-event", basicEvents, stream);
 }
 
-// Every row has one empty field behind the name that the header lacks: this is the defined
-// behaviour.
 void OrvaPrinter::PrintMoments(const LumoMeasure* measure, LumoStream* stream) {
-  assert(measure != nullptr);  // the symbol was sampled
-  OrvaPrinterRow row(stream);
-  row.Put(measure->GetName()).Put("");
-  for (const Column& column : COLUMNS) {
-    if (this->*column.isOn) column.put(row, measure);
-  }
-  row.End();
+  OrvaPrinterTable table(stream);
+  PutMoments(table, this, measure);
 }
 
 void OrvaPrinter::PrintQuantiles(LumoMeasure* measure, LumoStream* stream) {
@@ -82,18 +96,16 @@ void OrvaPrinter::PrintQuantiles(LumoMeasure* measure, LumoStream* stream) {
   const std::unique_ptr<LumoQuantileTable> quantiles(
       quantilizer->ExtractQuantiles(numberOfQuantiles));
   assert(quantiles != nullptr);
-  OrvaPutRow(stream, "quantile", "value");
-  for (int i = 1; i <= numberOfQuantiles; ++i) {
-    OrvaPutRow(stream, i, quantiles->GetQuantile(i - 1));
-  }
-  stream->Flush();
+  OrvaPrinterTable table(stream);
+  table.PutRow("quantile", "value");
+  for (int i = 1; i <= numberOfQuantiles; ++i) table.PutRow(i, quantiles->GetQuantile(i - 1));
 }
 
 void OrvaPrinter::PrintBins(LumoMeasure* measure, LumoStream* stream) {
   LumoBinTable* bins = measure->GetBinTable();
   if (bins == nullptr) return;
   bins->Shrink(numberOfBins);
-  OrvaPutRow(stream, "bin", "value");
-  for (int i = 1; i <= numberOfBins; ++i) OrvaPutRow(stream, i, bins->GetValue(i - 1));
-  stream->Flush();
+  OrvaPrinterTable table(stream);
+  table.PutRow("bin", "value");
+  for (int i = 1; i <= numberOfBins; ++i) table.PutRow(i, bins->GetValue(i - 1));
 }

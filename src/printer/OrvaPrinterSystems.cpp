@@ -12,7 +12,7 @@
 #include "model/OrvaModel.h"
 #include "model/OrvaProbabilityDistribution.h"
 #include "printer/OrvaPrinter.h"
-#include "printer/OrvaPrinterRows.h"
+#include "printer/OrvaPrinterTable.h"
 #include "quantification/OrvaHandle.h"
 #include "reader/OrvaModelElements.h"
 #include "support/text/LumoFileStream.h"
@@ -124,9 +124,12 @@ void OrvaPrinter::PrintSystemAtExcelFormat(OrvaSystem* system, LumoStream* strea
   stream->Put("system\t");
   PutVariable(system->GetTopVariable(), stream);
   stream->Putln();
-  OrvaPutRow(stream, "gates", system->GetNumberOfEquations());
-  OrvaPutRow(stream, "basic-events", system->GetNumberOfAtomicVariables());
-  OrvaPutRow(stream, "modules", system->GetNumberOfModules());
+  {
+    OrvaPrinterTable table(stream);
+    table.PutRow("gates", system->GetNumberOfEquations());
+    table.PutRow("basic-events", system->GetNumberOfAtomicVariables());
+    table.PutRow("modules", system->GetNumberOfModules());
+  }
   for (const OrvaEquation& equation : system->GetEquations()) {
     PrintEquationAtExcelFormat(&equation, stream);
   }
@@ -182,9 +185,9 @@ void OrvaPrinter::_UploadRealValue(int& /*error*/, double x, LumoXMLNode*& node)
 }
 
 void OrvaPrinter::PrintSystemStatistics(const OrvaSystem* system, LumoStream* stream) {
-  OrvaPutRow(stream, "#gates", system->GetNumberOfEquations());
-  OrvaPutRow(stream, "#basic-events",
-             system->GetNumberOfVariables() - system->GetNumberOfEquations());
+  OrvaPrinterTable table(stream);
+  table.PutRow("#gates", system->GetNumberOfEquations());
+  table.PutRow("#basic-events", system->GetNumberOfVariables() - system->GetNumberOfEquations());
 }
 
 void OrvaPrinter::PrintDataOfVariables(OrvaSystem* system, LumoStream* stream,
@@ -233,6 +236,7 @@ void OrvaPrinter::PrintModules(const OrvaModel* model, LumoStream* stream) {
   int numberOfBasicEvents = 0;
   int numberOfGates = 0;
   int numberOfRecords = 0;
+  OrvaPrinterTable table(stream);
   for (const OrvaEvent* event : LumoItems<OrvaEvent>(model->GetEvents())) {
     if (event->GetDefinition() == nullptr) {
       ++numberOfBasicEvents;
@@ -242,15 +246,14 @@ void OrvaPrinter::PrintModules(const OrvaModel* model, LumoStream* stream) {
     const OrvaModuleRecord* record = OrvaModuleRecord::Find(event);
     if (record == nullptr) continue;
     ++numberOfRecords;
-    OrvaPrinterRow row(stream);
-    row.Put(event->GetName()).Put(record->GetFirstDate()).Put(record->GetSecondDate());
-    row.Put(record->GetLastDate()).Put(record->GetLowestDate()).Put(record->GetHighestDate());
-    if (record->IsModule()) row.Put("module");
-    row.End();
+    table.Put(event->GetName()).Put(record->GetFirstDate()).Put(record->GetSecondDate());
+    table.Put(record->GetLastDate()).Put(record->GetLowestDate()).Put(record->GetHighestDate());
+    if (record->IsModule()) table.Put("module");
+    table.EndRow();
   }
-  OrvaPutRow(stream, "basic-events", numberOfBasicEvents);
-  OrvaPutRow(stream, "gates", numberOfGates);
-  OrvaPutRow(stream, "modules", numberOfRecords);
+  table.PutRow("basic-events", numberOfBasicEvents);
+  table.PutRow("gates", numberOfGates);
+  table.PutRow("modules", numberOfRecords);
 }
 
 // Offered to users of the class; the program itself does not call what follows.
@@ -301,7 +304,8 @@ void OrvaPrinter::PrintValue(OrvaVariable::Value value, LumoStream* stream) {
 void OrvaPrinter::PrintProbabilityOfVariable(const OrvaVariable* variable, LumoStream* stream) {
   PutVariable(variable, stream);
   stream->Put("\t");
-  OrvaPutRow(stream, variable->GetProbability(), variable->GetHighestCutsetProbability());
+  OrvaPrinterTable table(stream);
+  table.PutRow(variable->GetProbability(), variable->GetHighestCutsetProbability());
 }
 
 void OrvaPrinter::PrintRankOfVariable(const OrvaVariable* variable, LumoStream* stream) {

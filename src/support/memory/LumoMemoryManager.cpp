@@ -78,8 +78,8 @@ void LumoMemoryManager::DeleteCell(void* cell) {
 }
 
 void LumoMemoryManager::EndOnExhaustedMemory() {
+  std::fflush(nullptr);  // first what was written first, for a reader of both
   std::fputs("Memory exhausted\n", stderr);
-  std::fflush(nullptr);
   std::exit(1);
 }
 

@@ -1,13 +1,23 @@
+// Bytes go to the buffer of the file, which is written when it is full, on a flush and on closing.
+// A table has as many fields as a search has results, so what a field costs counts: numbers are not
+// formatted by printf, and bytes are put without the lock of the file, since a stream serves one
+// thread.
+
 #include "support/text/LumoFileStream.h"
 
+#include <charconv>
 #include <cmath>
+#include <cstring>
+#include <iterator>
 
 #include "support/memory/LumoMemoryManager.h"
+#include "support/text/LumoRealText.h"
 #include "support/text/LumoString.h"
 
 namespace {
 
 constexpr std::size_t PUSH_BACK_SIZE = 32;
+constexpr std::size_t INTEGER_LENGTH = 32;
 constexpr std::size_t NUMBER_LENGTH = 512;  // "%f" of the largest double has 309 digits
 
 // What a backslash followed by `c` stands for, or '\0' when it stands for itself.
@@ -66,16 +76,22 @@ bool LumoFileStream::IsAtEnd() {
 
 void LumoFileStream::Put(char c) {
   if (!_IsOutput()) return;
-  std::fputc(c, _file);
+  putc_unlocked(c, _file);
   _Trace(c);
+}
+
+void LumoFileStream::PutBytes(const char* bytes, std::size_t size) {
+  if (!_IsOutput()) return;
+  fwrite_unlocked(bytes, 1, size, _file);
+  if (!_IsTraced()) return;
+  for (std::size_t i = 0; i < size; ++i) _Trace(bytes[i]);
 }
 
 void LumoFileStream::Put(int value) { Put(static_cast<long>(value)); }
 
 void LumoFileStream::Put(long value) {
-  char text[NUMBER_LENGTH];
-  std::snprintf(text, sizeof text, "%ld", value);
-  Put(text);
+  char text[INTEGER_LENGTH];
+  PutBytes(text, static_cast<std::size_t>(std::to_chars(text, std::end(text), value).ptr - text));
 }
 
 void LumoFileStream::Put(float value) { Put(static_cast<double>(value)); }
@@ -85,28 +101,28 @@ void LumoFileStream::Put(const char* format, float value) {
 }
 
 void LumoFileStream::Put(double value) {
-  char format[32];
-  std::snprintf(format, sizeof format, "%%.%dg", GetSignificantDigitNumber());
-  Put(format, value);
+  char text[LUMO_MOST_DIGITS + LUMO_REAL_MARGIN];
+  char* end = LumoWriteReal(text, value, GetSignificantDigitNumber());
+  PutBytes(text, static_cast<std::size_t>(end - text));
 }
 
 void LumoFileStream::Put(const char* format, double value) {
   char text[NUMBER_LENGTH];
-  // The sign of a value that isn't a number says nothing, and differs from one machine to another.
+  // The sign of a value that isn't a number is left out, as everywhere.
   std::snprintf(text, sizeof text, format, std::isnan(value) ? std::fabs(value) : value);
   Put(text);
 }
 
 void LumoFileStream::Put(const char* text) {
-  if (text == nullptr || !_IsOutput()) return;
-  for (; *text != '\0'; ++text) {
-    const char escaped = *text == '\\' ? GetEscapedChar(text[1]) : '\0';
-    if (escaped == '\0') {
-      Put(*text);
-    } else {
-      Put(escaped);
-      ++text;
-    }
+  if (text == nullptr) return;
+  for (;;) {
+    const std::size_t plain = std::strcspn(text, "\\");
+    PutBytes(text, plain);
+    text += plain;
+    if (*text == '\0') return;
+    const char escaped = GetEscapedChar(text[1]);
+    Put(escaped == '\0' ? *text : escaped);
+    text += escaped == '\0' ? 1 : 2;
   }
 }
 

@@ -30,6 +30,7 @@ class LumoFileStream : public LumoStream {
   // two backslashes one backslash, backslash and n a newline, backslash and t a tab. A backslash
   // before any other character, or at the end of the text, is written as it is.
   void Put(const char* text) override;
+  void PutBytes(const char* bytes, std::size_t size) override;
 
   void Flush() override;
   // Flushes, closes the file unless it is standard input, output or error, and forgets it.

@@ -8,6 +8,10 @@ LumoStream::LumoStream() { LumoMemoryManager::TraceNew(this, "LumoStream"); }
 
 LumoStream::~LumoStream() { LumoMemoryManager::TraceDelete(this, "LumoStream"); }
 
+void LumoStream::PutBytes(const char* bytes, std::size_t size) {
+  for (std::size_t i = 0; i < size; ++i) Put(bytes[i]);
+}
+
 void LumoStream::Put(const LumoConstant* value) {
   switch (value->GetType()) {
     case LumoConstant::NIL:
@@ -27,7 +31,12 @@ void LumoStream::Put(const LumoConstant* value) {
 
 void LumoStream::Putln() {
   Put('\n');
-  Flush();
+  EndLines();
+}
+
+void LumoStream::EndLines() {
+  const std::FILE* file = GetFile();
+  if (file == stdout || file == stderr) Flush();
 }
 
 // Offered to users of the class; the program itself does not call what follows.

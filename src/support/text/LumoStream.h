@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdio>
 
 class LumoConstant;
@@ -34,12 +35,17 @@ class LumoStream {
   virtual void Put(const char* text) = 0;
   virtual void Flush() = 0;
   virtual void Close() = 0;
+  // Bytes as they are, backslashes too.
+  virtual void PutBytes(const char* bytes, std::size_t size);
 
   // By type: "nil", "true" or "false", the integer, the real, the text, the pointer as a number.
   void Put(const LumoConstant* value);
 
-  // The end of a row: a newline, then a flush. Putln(x) writes the value first.
+  // The end of a row: a newline, then, on the standard streams, which somebody may be watching, a
+  // flush. Putln(x) writes the value first.
   void Putln();
+  // What the standard streams do at the end of a row, for rows that are put as bytes.
+  void EndLines();
   template <class Value>
   void Putln(Value value) {
     Put(value);
@@ -67,6 +73,7 @@ class LumoStream {
   void ResetTraceStream() { _traceStream = nullptr; }
 
  protected:
+  bool _IsTraced() const { return _traceStream != nullptr; }
   // Echoes a character to the trace stream, if any.
   void _Trace(char c) {
     if (_traceStream != nullptr) _traceStream->Put(c);
