@@ -78,6 +78,14 @@ class OrvaInterpreter {
   void RaiseError(const char* format, const char* argument, const LumoXMLNode* node);
   void RaiseError(const char* text, const LumoXMLNode* node = nullptr);
 
+  // For the printer, while a command writes its tables: the file of a further one, which has the
+  // name of the command's output with "-" and the name of the table before the extension. What
+  // fails is reported, and what is written then goes nowhere.
+  LumoStream* OpenTable(const char* name);
+  void CloseTable(LumoStream* stream);
+  // Reports that the file of the output, or of the further table, can't be continued.
+  void RefuseTable(bool isFurther);
+
   // Offered to users of the class; the program itself does not call what follows.
 
   OrvaPrinter* GetPrinter() const { return _printer.get(); }
@@ -200,6 +208,9 @@ class OrvaInterpreter {
   void _OpenOutputStream(int& error, const LumoXMLNode* command, LumoStream*& stream);
   // Reports what could not be written.
   void _CloseOutputStream(int& error, LumoStream*& stream);
+  void _DownloadOptionLayout(int& error, const LumoXMLNode* command);
+  LumoStream* _OpenFile(int& error, const char* fileName);
+  void _CloseFile(int& error, const char* fileName, LumoStream* stream);
 
   void _Report(int& error, const char* text, const LumoXMLNode* node);
   void _Report(int& error, const char* format, const char* argument, const LumoXMLNode* node);
@@ -208,6 +219,9 @@ class OrvaInterpreter {
   int _scriptDepth = 0;
   int _numberOfScripts = 0;
   std::string _outputFileName;  // of the open output stream
+  std::string _tableFileName;   // of the open further table
+  bool _appendsOutput = false;
+  int _tableError = 0;  // of the further tables of the command
   // The last is destroyed first: the order of the destructions is the defined one. That of the
   // constructions is another, which the constructor gives.
   std::unique_ptr<LumoRandomizer> _randomizer;

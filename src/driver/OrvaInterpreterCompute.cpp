@@ -51,7 +51,8 @@ constexpr OrvaWord<Approximation> APPROXIMATIONS[] = {
 };
 
 void PrintCurveOfProbability(OrvaPrinter* printer, const LumoCurve* curve, LumoStream* stream) {
-  if (printer->printUnavailability || printer->printAverageUnavailability) {
+  if (printer->printUnavailability || printer->printAverageUnavailability ||
+      printer->layout == OrvaPrinter::IN_COLUMNS) {
     printer->PrintUnavailability(curve, stream);
   }
   if (printer->printSafetyIntegrityLevel) printer->PrintSafetyIntegrityLevel(true, curve, stream);
@@ -61,7 +62,7 @@ void PrintCurveOfFailureIntensity(OrvaPrinter* printer, const LumoCurve* curve,
                                   LumoStream* stream) {
   if (printer->printConditionalFailureIntensity ||
       printer->printAverageConditionalFailureIntensity || printer->printUnreliability ||
-      printer->printProbabilityOfFailurePerHour) {
+      printer->printProbabilityOfFailurePerHour || printer->layout == OrvaPrinter::IN_COLUMNS) {
     printer->PrintFailureIntensity(curve, stream);
   }
   if (printer->printSafetyIntegrityLevel) printer->PrintSafetyIntegrityLevel(false, curve, stream);

@@ -10,6 +10,7 @@
 
 #include <cassert>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 
 #include "driver/OrvaCommandOptions.h"
@@ -32,9 +33,14 @@ constexpr const char* UNDEFINED_TOP_EVENT = "Undefined top event.\n";
 constexpr const char* NO_HANDLE = "No handle %s\n";
 constexpr const char* UNSUITABLE_HANDLE = "Unsuitable handle %s\n";
 constexpr const char* UNABLE_TO_OPEN_OUTPUT = "Unable to open file '%s'\n";
+constexpr const char* OTHER_COLUMNS = "File '%s' has other columns\n";
 constexpr const char* UNABLE_TO_WRITE = "Unable to write file '%s'\n";
 
 constexpr OrvaWord<bool> BOOLEANS[] = {{Center::VALUE_ON, true}, {Center::VALUE_OFF, false}};
+constexpr const char* LAYOUT = "layout";
+constexpr OrvaWord<OrvaPrinter::Layout> LAYOUTS[] = {{"rows", OrvaPrinter::IN_ROWS},
+                                                     {"columns", OrvaPrinter::IN_COLUMNS}};
+constexpr const char* UNKNOWN_LAYOUT = "Unknown layout %s\n";
 // Any other mode truncates the file.
 constexpr const char* APPEND_MODE = "append";
 
@@ -179,21 +185,66 @@ void OrvaInterpreter::_OpenOutputStream(int& error, const LumoXMLNode* command,
   const char* mode;
   _DownloadStringOption(error, command, Center::OUTPUT_FILE, fileName);
   _DownloadStringOption(error, command, Center::OUTPUT_MODE, mode);
-  const bool appends = LumoRawString::IsEqual(mode, APPEND_MODE);
-  fileName = OrvaTextOrEmpty(fileName);
-  std::FILE* file = std::fopen(fileName, appends ? "a" : "w");
-  if (file == nullptr) return _Report(error, UNABLE_TO_OPEN_OUTPUT, fileName, nullptr);
-  stream = new LumoFileStream(false, file);
-  _outputFileName = fileName;
+  _DownloadOptionLayout(error, command);
+  if (error != 0) return;
+  _appendsOutput = LumoRawString::IsEqual(mode, APPEND_MODE);
+  _outputFileName = OrvaTextOrEmpty(fileName);
+  _tableError = 0;
+  stream = _OpenFile(error, _outputFileName.c_str());
 }
 
 void OrvaInterpreter::_CloseOutputStream(int& error, LumoStream*& stream) {
   assert(stream != nullptr && stream->GetFile() != nullptr);
+  _CloseFile(error, _outputFileName.c_str(), stream);
+  stream = nullptr;
+  _printer->layout = OrvaPrinter::IN_ROWS;
+  if (_tableError != 0) error = 1;
+}
+
+// What the command itself says: the layout is not an option of the center.
+void OrvaInterpreter::_DownloadOptionLayout(int& error, const LumoXMLNode* command) {
+  _printer->layout = OrvaPrinter::IN_ROWS;
+  const char* text;
+  if (!_DownloadOptionInCommand(command, LAYOUT, text)) return;
+  if (const OrvaWord<OrvaPrinter::Layout>* row = OrvaFindWord(LAYOUTS, text)) {
+    _printer->layout = row->value;
+  } else {
+    _Report(error, UNKNOWN_LAYOUT, OrvaTextOrEmpty(text), command);
+  }
+}
+
+// A table in columns that is added to a file looks at its heading.
+LumoStream* OrvaInterpreter::_OpenFile(int& error, const char* fileName) {
+  const char* append = _printer->layout == OrvaPrinter::IN_COLUMNS ? "a+" : "a";
+  std::FILE* file = std::fopen(fileName, _appendsOutput ? append : "w");
+  if (file != nullptr) return new LumoFileStream(false, file);
+  _Report(error, UNABLE_TO_OPEN_OUTPUT, fileName, nullptr);
+  return nullptr;
+}
+
+void OrvaInterpreter::_CloseFile(int& error, const char* fileName, LumoStream* stream) {
   stream->Flush();
-  if (std::ferror(stream->GetFile()) != 0) {
-    _Report(error, UNABLE_TO_WRITE, _outputFileName.c_str(), nullptr);
+  if (stream->GetFile() != nullptr && std::ferror(stream->GetFile()) != 0) {
+    _Report(error, UNABLE_TO_WRITE, fileName, nullptr);
   }
   stream->Close();
   delete stream;
-  stream = nullptr;
+}
+
+LumoStream* OrvaInterpreter::OpenTable(const char* name) {
+  const std::filesystem::path output(_outputFileName);
+  std::filesystem::path file = output;
+  file.replace_filename(output.stem().string() + "-" + name + output.extension().string());
+  _tableFileName = file.string();
+  LumoStream* stream = _OpenFile(_tableError, _tableFileName.c_str());
+  return stream != nullptr ? stream : new LumoFileStream(false, nullptr);
+}
+
+void OrvaInterpreter::CloseTable(LumoStream* stream) {
+  _CloseFile(_tableError, _tableFileName.c_str(), stream);
+}
+
+void OrvaInterpreter::RefuseTable(bool isFurther) {
+  const std::string& fileName = isFurther ? _tableFileName : _outputFileName;
+  _Report(_tableError, OTHER_COLUMNS, fileName.c_str(), nullptr);
 }

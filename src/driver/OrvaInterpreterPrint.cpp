@@ -94,11 +94,7 @@ void OrvaInterpreter::_DownloadCommandPrintNumbersOfParents(int& error,
   _WriteOutput(error, command, [&](LumoStream* stream) {
     LumoAVLTree* events;
     _analyzer->SortDescendantsByDecreasingNumbersOfParents(topEvent, events);
-    for (const OrvaEvent* event : LumoItems<OrvaEvent>(*events)) {
-      stream->Put(event->GetName());
-      stream->Put("\t");
-      stream->Putln(OrvaAnalyzer::GetNumberOfParents(event));
-    }
+    _printer->PrintNumbersOfParents(events, stream);
     delete events;
   });
 }
@@ -118,9 +114,7 @@ void OrvaInterpreter::_DownloadCommandPrintOccurrencesOfVariables(int& error,
                                                                   const LumoXMLNode* command) {
   _WriteOutput(error, command, OrvaHandle::SYSTEM_HANDLE,
                [&](OrvaHandle* handle, LumoStream* stream) {
-                 _printer->PrintDataOfVariables(handle->GetSystem(), stream,
-                                                &OrvaPrinter::PrintOccurrencesOfVariable,
-                                                "occurrences\n", nullptr);
+                 _printer->PrintOccurrencesOfVariables(handle->GetSystem(), stream);
                });
 }
 
@@ -128,9 +122,7 @@ void OrvaInterpreter::_DownloadCommandPrintValuesOfVariables(int& error,
                                                              const LumoXMLNode* command) {
   _WriteOutput(error, command, OrvaHandle::SYSTEM_HANDLE,
                [&](OrvaHandle* handle, LumoStream* stream) {
-                 _printer->PrintDataOfVariables(handle->GetSystem(), stream,
-                                                &OrvaPrinter::PrintValueOfVariable,
-                                                "values-of-variables\n", nullptr);
+                 _printer->PrintValuesOfVariables(handle->GetSystem(), stream);
                });
 }
 

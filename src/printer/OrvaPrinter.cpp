@@ -21,12 +21,14 @@ constexpr const char* UNWRITABLE_TEXT = "A model can't be written with this name
 constexpr const char* SET = "set";
 
 void PutProbability(OrvaPrinterTable& table, const OrvaEvent* event, double missionTime) {
-  table.PutRow("Pr", event->GetName(), missionTime, event->GetProbability());
+  if (!table.IsInColumns()) table.Put("Pr");
+  table.PutRow(event->GetName(), missionTime, event->GetProbability());
 }
 
 void PutValue(OrvaPrinterTable& table, OrvaParameter* parameter, double missionTime) {
   const LumoConstant* value = parameter->GetValue();
-  table.PutRow("value", parameter->GetName(), missionTime, value);
+  if (!table.IsInColumns()) table.Put("value");
+  table.PutRow(parameter->GetName(), missionTime, value);
 }
 
 }  // namespace
@@ -39,10 +41,21 @@ OrvaPrinter::~OrvaPrinter() { LumoMemoryManager::TraceDelete(this, "OrvaPrinter"
 
 void OrvaPrinter::UpdateOptionCenter() { _optionCenter = _interpreter->GetOptionCenter(); }
 
+LumoStream* OrvaPrinter::OpenTable(const char* name) const { return _interpreter->OpenTable(name); }
+
+void OrvaPrinter::CloseTable(LumoStream* stream) const { _interpreter->CloseTable(stream); }
+
+void OrvaPrinter::RefuseTable(bool isFurther) const { _interpreter->RefuseTable(isFurther); }
+
 void OrvaPrinter::PrintTopEventProbability(const OrvaEvent* top, const OrvaHandle* /*handle*/,
                                            double missionTime, LumoStream* stream) {
-  OrvaPrinterTable table(stream);
-  table.PutRow("top-event", "mission-time", "probability");
+  _PrintTopEventProbability(top, missionTime, stream, nullptr);
+}
+
+void OrvaPrinter::_PrintTopEventProbability(const OrvaEvent* top, double missionTime,
+                                            LumoStream* stream, const char* name) {
+  OrvaPrinterTable table(this, stream, name);
+  table.PutHeader("top-event", "mission-time", "probability");
   table.PutRow(top->GetName(), missionTime, top->GetProbability());
 }
 
@@ -55,7 +68,8 @@ void OrvaPrinter::PrintProbabilitiesOfBasicEvents(const OrvaModel* model, double
 
 void OrvaPrinter::PrintProbabilitiesOfBasicEvents(const LumoContainer* events, double missionTime,
                                                   LumoStream* stream) {
-  OrvaPrinterTable table(stream);
+  OrvaPrinterTable table(this, stream);
+  table.PutHeaderOfColumns("basic-event", "mission-time", "probability");
   for (const OrvaEvent* event : LumoItems<OrvaEvent>(*events)) {
     PutProbability(table, event, missionTime);
   }
@@ -63,7 +77,7 @@ void OrvaPrinter::PrintProbabilitiesOfBasicEvents(const LumoContainer* events, d
 
 void OrvaPrinter::PrintProbabilityOfBasicEvent(const OrvaEvent* event, double missionTime,
                                                LumoStream* stream) {
-  OrvaPrinterTable table(stream);
+  OrvaPrinterTable table(this, stream);
   PutProbability(table, event, missionTime);
 }
 
@@ -74,7 +88,8 @@ void OrvaPrinter::PrintValuesOfParameters(const OrvaModel* model, double mission
 
 void OrvaPrinter::PrintValuesOfParameters(const LumoContainer* parameters, double missionTime,
                                           LumoStream* stream) {
-  OrvaPrinterTable table(stream);
+  OrvaPrinterTable table(this, stream);
+  table.PutHeaderOfColumns("parameter", "mission-time", "value");
   for (OrvaParameter* parameter : LumoItems<OrvaParameter>(*parameters)) {
     PutValue(table, parameter, missionTime);
   }
@@ -82,7 +97,7 @@ void OrvaPrinter::PrintValuesOfParameters(const LumoContainer* parameters, doubl
 
 void OrvaPrinter::PrintValueOfParameter(OrvaParameter* parameter, double missionTime,
                                         LumoStream* stream) {
-  OrvaPrinterTable table(stream);
+  OrvaPrinterTable table(this, stream);
   PutValue(table, parameter, missionTime);
 }
 

@@ -35,6 +35,17 @@ class OrvaPrinter : public LumoXMLPrinter {
   // Takes the option center from the interpreter. To be called before options are printed.
   void UpdateOptionCenter();
 
+  // How tables look. In rows, the default, a table may have no heading, further ones below it, and
+  // a row may have as many fields as it takes; in columns each table has a heading, a fixed number
+  // of fields and nothing but rows, and further tables of a command go to files of their own.
+  enum Layout : int { IN_ROWS, IN_COLUMNS };
+  Layout layout = IN_ROWS;
+  // The file of a further table; it has a stream even when it can't be opened.
+  LumoStream* OpenTable(const char* name) const;
+  void CloseTable(LumoStream* stream) const;
+  // To be told that an output or a further table is added to a file with other columns.
+  void RefuseTable(bool isFurther) const;
+
   // The columns of minimal cutsets.
   bool printMinimalCutsetRank = false;
   bool printMinimalCutsetOrder = false;
@@ -160,11 +171,16 @@ class OrvaPrinter : public LumoXMLPrinter {
                             const char* heading, const char* ending);
   void PrintDataOfVariables(const LumoContainer* variables, LumoStream* stream,
                             VariablePrinter print, const char* heading, const char* ending);
+  // The two below, of all variables, with the heading of the layout.
+  void PrintValuesOfVariables(OrvaSystem* system, LumoStream* stream);
+  void PrintOccurrencesOfVariables(OrvaSystem* system, LumoStream* stream);
   // The name, then: 1 unless the value is possibly false; the number of occurrences and the
   // equations, with "-" before those of negative ones.
   void PrintValueOfVariable(const OrvaVariable* variable, LumoStream* stream);
   void PrintOccurrencesOfVariable(const OrvaVariable* variable, LumoStream* stream);
 
+  // Each event and its number of parents, as counted by the analyzer.
+  void PrintNumbersOfParents(const LumoContainer* events, LumoStream* stream);
   // The gates that carry a module record, with its dates, and "module" for those that are one;
   // then the numbers of events without and with a definition and of records.
   void PrintModules(const OrvaModel* model, LumoStream* stream);
@@ -201,6 +217,8 @@ class OrvaPrinter : public LumoXMLPrinter {
                                      LumoXMLNode*& node);
 
  private:
+  void _PrintTopEventProbability(const OrvaEvent* top, double missionTime, LumoStream* stream,
+                                 const char* name);
   void _PrintOptionElement(const char* name, const LumoConstant* value, LumoStream* stream);
   void _UploadInputVariables(int& error, OrvaSystem* system, LumoXMLNode* root);
   void _UploadInputVariable(int& error, const OrvaVariable* variable, LumoXMLNode*& node);

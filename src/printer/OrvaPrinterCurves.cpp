@@ -57,9 +57,9 @@ constexpr Column FAILURE_INTENSITY_COLUMNS[] = {
 template <std::size_t N, class PutFirst>
 void PrintCurve(const OrvaPrinter* printer, const Column (&columns)[N], const LumoCurve* curve,
                 LumoStream* stream, PutFirst putFirst) {
-  if (curve->GetNumberOfPoints() < 2) return;
-  OrvaPrinterTable table(stream);
-  table.PutHeader(printer, "date", columns);
+  OrvaPrinterTable table(printer, stream);
+  if (curve->GetNumberOfPoints() < 2 && !table.IsInColumns()) return;
+  table.PutHeaderOf(printer, "date", columns);
   Position position = {};
   bool isFirst = true;
   for (const LumoCurvePoint* point : LumoItems<LumoCurvePoint>(*curve->GetPoints())) {
@@ -134,11 +134,15 @@ void OrvaPrinter::PrintSafetyIntegrityLevel(bool lowDemand, const LumoCurve* cur
     level.sojourn = curve->GetXSojournBetweenYValues(level.lower, level.upper);
     total += level.sojourn;
   }
-  OrvaPrinterTable table(stream);
-  table.PutRow("SIL", "lower-bound", "upper-bound", "sojourn-time", "ratio");
-  int number = 0;
-  for (const Level& level : levels) {
-    table.PutRow(number++, level.lower, level.upper, level.sojourn, level.sojourn / total);
+  {
+    OrvaPrinterTable table(this, stream, "levels");
+    table.PutHeader("SIL", "lower-bound", "upper-bound", "sojourn-time", "ratio");
+    int number = 0;
+    for (const Level& level : levels) {
+      table.PutRow(number++, level.lower, level.upper, level.sojourn, level.sojourn / total);
+    }
   }
-  table.PutRow("average", curve->GetIntegral() / (curve->GetLastX(-1.0) - curve->GetFirstX(-1.0)));
+  OrvaPrinterTable table(this, stream, "average");
+  table.PutRecord(
+      {{"average", curve->GetIntegral() / (curve->GetLastX(-1.0) - curve->GetFirstX(-1.0))}});
 }

@@ -122,17 +122,18 @@ struct RankedCutset {
 
 struct Column {
   bool OrvaPrinter::*isOn;
+  const char* heading;
   void (*put)(OrvaPrinterTable& table, const RankedCutset& ranked);
 };
 
 constexpr Column COLUMNS[] = {
-    {&OrvaPrinter::printMinimalCutsetRank,
+    {&OrvaPrinter::printMinimalCutsetRank, "rank",
      [](OrvaPrinterTable& table, const RankedCutset& ranked) { table.Put(ranked.rank); }},
-    {&OrvaPrinter::printMinimalCutsetOrder,
+    {&OrvaPrinter::printMinimalCutsetOrder, "order",
      [](OrvaPrinterTable& table, const RankedCutset& ranked) { table.Put(ranked.order); }},
-    {&OrvaPrinter::printMinimalCutsetProbability,
+    {&OrvaPrinter::printMinimalCutsetProbability, "probability",
      [](OrvaPrinterTable& table, const RankedCutset& ranked) { table.Put(ranked.probability); }},
-    {&OrvaPrinter::printMinimalCutsetContribution,
+    {&OrvaPrinter::printMinimalCutsetContribution, "contribution",
      [](OrvaPrinterTable& table, const RankedCutset& ranked) {
        table.Put(ranked.sum == 0.0 ? 0.0 : ranked.probability / ranked.sum);
      }},
@@ -146,7 +147,9 @@ void OrvaPrinter::PrintMinimalCutsets(OrvaMCSSet* set, LumoStream* stream) {
   int total;
   set->ComputeOrdersOfMinimalCutsets(numbers, highestOrder, total);
   const std::unique_ptr<int[]> owner(numbers);
-  if (highestOrder < 1) return;
+  OrvaPrinterTable table(this, stream);
+  if (table.IsInColumns()) table.PutHeaderOf(this, nullptr, COLUMNS, "basic-events");
+  if (highestOrder < (table.IsInColumns() ? 0 : 1)) return;
   set->SetWeightsOfLeavesAsCutsetProbabilities();
   double sum;
   set->ComputeSumOfMinimalCutsetProbabilities(sum);
@@ -154,7 +157,6 @@ void OrvaPrinter::PrintMinimalCutsets(OrvaMCSSet* set, LumoStream* stream) {
   OrvaWalkMCSTree(set->GetRootNode(), collector);
   assert(collector.path.empty());
   Rank(collector.cutsets);
-  OrvaPrinterTable table(stream);
   int rank = 0;
   for (const Cutset& cutset : collector.cutsets) {
     const auto [first, last] = collector.GetEvents(cutset);
@@ -163,7 +165,8 @@ void OrvaPrinter::PrintMinimalCutsets(OrvaMCSSet* set, LumoStream* stream) {
     for (const Column& column : COLUMNS) {
       if (this->*column.isOn) column.put(table, ranked);
     }
-    for (auto event = first; event != last; ++event) table.Put((*event)->GetName());
+    table.BeginList();
+    for (auto event = first; event != last; ++event) table.PutItem((*event)->GetName());
     table.EndRow();
   }
   set->ResetWeightsOfLeaves();
@@ -176,12 +179,12 @@ void OrvaPrinter::PrintOrdersOfMinimalCutsets(const OrvaMCSSet* set, LumoStream*
   set->ComputeOrdersOfMinimalCutsets(numbers, highestOrder, total);
   const std::unique_ptr<int[]> owner(numbers);
   assert(numbers != nullptr || highestOrder < 0);
-  OrvaPrinterTable table(stream);
-  table.PutRow("order", "#MCS");
+  OrvaPrinterTable table(this, stream);
+  table.PutHeader("order", "#MCS");
   for (int order = 0; order <= highestOrder; ++order) {
     if (numbers[order] != 0) table.PutRow(order, numbers[order]);
   }
-  table.PutRow("total", total);
+  if (!table.IsInColumns()) table.PutRow("total", total);
 }
 
 void OrvaPrinter::PrintNumberOfOccurrencesOfVariablesInMinimalCutsets(const OrvaMCSSet* set,
@@ -192,39 +195,33 @@ void OrvaPrinter::PrintNumberOfOccurrencesOfVariablesInMinimalCutsets(const Orva
   set->ComputeNumberOfOccurrencesOfVariablesInMinimalCutsets(numbers, highestIndex, total);
   const std::unique_ptr<int[]> owner(numbers);
   assert(numbers != nullptr && highestIndex >= 0);
-  OrvaPrinterTable table(stream);
-  table.PutRow("event", "#occurrences");
+  OrvaPrinterTable table(this, stream);
+  table.PutHeader("event", "#occurrences");
   for (int i = 1; i <= highestIndex; ++i) {
     const OrvaEvent* event = set->GetManager()->GetEvent(i);
     if (event != nullptr) table.PutRow(event->GetName(), numbers[i]);
   }
+  if (table.IsInColumns()) return;
   // Not the total above, which ends at the largest integer.
   table.PutRow("total", std::accumulate(numbers, numbers + highestIndex + 1, 0L));
 }
 
 void OrvaPrinter::PrintWalkObserver(const OrvaWalkObserver* observer, LumoStream* stream) {
-  OrvaPrinterTable table(stream);
-  table.PutRow("Model");
-  table.PutRow("top-event", observer->GetTopEventName());
-  table.PutRow("#gates", observer->numberOfGates);
-  table.PutRow("#basic-events", observer->numberOfBasicEvents);
-  table.PutRow("#modules", observer->numberOfModules);
-  table.EndRow();
-  table.PutRow("Cutoff");
-  table.PutRow("maximum-order", observer->maximumOrder);
-  table.PutRow("minimum-probability", observer->minimumProbability);
-  table.EndRow();
-  table.PutRow("Choices");
-  table.PutRow("#unit", observer->unit);
-  table.PutRow("#cutoff", observer->cutoff);
-  table.PutRow("#branching", observer->branching);
-  table.EndRow();
-  table.PutRow("Branches");
-  table.PutRow("#dead-ends", observer->deadEnds);
-  table.PutRow("#cutoffs", observer->cutoffs);
-  table.PutRow("#non-minimal-cutsets", observer->nonMinimalCutsets);
-  table.PutRow("#minimal-cutsets", observer->minimalCutsets);
-  table.EndRow();
-  table.PutRow("Running Times");
-  table.PutRow("seconds", observer->GetRunningTime());
+  OrvaPrinterTable table(this, stream);
+  table.PutRecord({
+      {"top-event", observer->GetTopEventName(), "Model"},
+      {"#gates", observer->numberOfGates},
+      {"#basic-events", observer->numberOfBasicEvents},
+      {"#modules", observer->numberOfModules},
+      {"maximum-order", observer->maximumOrder, "Cutoff"},
+      {"minimum-probability", observer->minimumProbability},
+      {"#unit", observer->unit, "Choices"},
+      {"#cutoff", observer->cutoff},
+      {"#branching", observer->branching},
+      {"#dead-ends", observer->deadEnds, "Branches"},
+      {"#cutoffs", observer->cutoffs},
+      {"#non-minimal-cutsets", observer->nonMinimalCutsets},
+      {"#minimal-cutsets", observer->minimalCutsets},
+      {"seconds", observer->GetRunningTime(), "Running Times"},
+  });
 }

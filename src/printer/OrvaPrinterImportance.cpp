@@ -62,9 +62,9 @@ void OrvaPrinter::PrintImportanceFactorsOfBasicEvents(const OrvaEvent* top,
                                                       const LumoContainer* basicEvents,
                                                       const OrvaHandle* handle, double missionTime,
                                                       LumoStream* stream) {
-  PrintTopEventProbability(top, handle, missionTime, stream);
-  OrvaPrinterTable table(stream);
-  table.PutHeader(this, BASIC_EVENT, COLUMNS);
+  _PrintTopEventProbability(top, missionTime, stream, "top-event");
+  OrvaPrinterTable table(this, stream);
+  table.PutHeaderOf(this, BASIC_EVENT, COLUMNS);
   for (const OrvaEvent* event : LumoItems<OrvaEvent>(*basicEvents)) {
     PutRow(table, this, event, handle);
   }
@@ -76,8 +76,8 @@ void OrvaPrinter::PrintImportanceFactorsOfBasicEvent(const OrvaEvent* top,
                                                      const OrvaEvent* basicEvent,
                                                      const OrvaHandle* handle, double missionTime,
                                                      LumoStream* stream) {
-  PrintTopEventProbability(top, handle, missionTime, stream);
-  OrvaPrinterTable table(stream);
-  table.PutHeader(this, BASIC_EVENT, COLUMNS);
+  _PrintTopEventProbability(top, missionTime, stream, "top-event");
+  OrvaPrinterTable table(this, stream);
+  table.PutHeaderOf(this, BASIC_EVENT, COLUMNS);
   PutRow(table, this, basicEvent, handle);
 }

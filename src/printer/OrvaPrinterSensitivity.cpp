@@ -15,6 +15,7 @@ struct Column {
   bool OrvaPrinter::*isOn;
   const char* heading;
   void (*put)(OrvaPrinterTable& table, const LumoMeasure* measure);
+  const char* headingInColumns = nullptr;  // if it is another
 };
 
 constexpr Column COLUMNS[] = {
@@ -24,24 +25,29 @@ constexpr Column COLUMNS[] = {
      [](OrvaPrinterTable& table, const LumoMeasure* m) {
        table.Put(m->ComputeStandardDeviation());
      }},
-    // Two columns under one heading: the low and the high end.
-    {&OrvaPrinter::printConfidenceRange, "confidence-range\t",
+    // In rows, two columns under one heading: the low and the high end.
+    {&OrvaPrinter::printConfidenceRange, "confidence-range",
      [](OrvaPrinterTable& table, const LumoMeasure* m) {
-       const double mean = m->ComputeMean();
-       const double slack = m->ComputeNinetyFivePercentConfidenceSlack();
-       table.Put(mean - slack).Put(mean + slack);
-     }},
+       table.Put(m->ComputeMean() - m->ComputeNinetyFivePercentConfidenceSlack());
+     },
+     "confidence-range-low"},
+    {&OrvaPrinter::printConfidenceRange, "",
+     [](OrvaPrinterTable& table, const LumoMeasure* m) {
+       table.Put(m->ComputeMean() + m->ComputeNinetyFivePercentConfidenceSlack());
+     },
+     "confidence-range-high"},
     {&OrvaPrinter::printErrorFactor, "error-factor",
      [](OrvaPrinterTable& table, const LumoMeasure* m) {
        table.Put(m->ComputeNinetyFivePercentErrorFactor());
      }},
 };
 
-// Every row has one empty field behind the name that the header lacks: this is the defined
+// In rows, every row has one empty field behind the name that the header lacks: this is the defined
 // behaviour.
 void PutMoments(OrvaPrinterTable& table, const OrvaPrinter* printer, const LumoMeasure* measure) {
   assert(measure != nullptr);  // the symbol was sampled
-  table.Put(measure->GetName()).Put("");
+  table.Put(measure->GetName());
+  if (!table.IsInColumns()) table.Put("");
   for (const Column& column : COLUMNS) {
     if (printer->*column.isOn) column.put(table, measure);
   }
@@ -51,9 +57,9 @@ void PutMoments(OrvaPrinterTable& table, const OrvaPrinter* printer, const LumoM
 // One row per symbol.
 template <class Symbol>
 void PrintSymbols(const OrvaPrinter* printer, const char* heading, const LumoContainer* symbols,
-                  LumoStream* stream) {
-  OrvaPrinterTable table(stream);
-  table.PutHeader(printer, heading, COLUMNS);
+                  LumoStream* stream, const char* name) {
+  OrvaPrinterTable table(printer, stream, name);
+  table.PutHeaderOf(printer, heading, COLUMNS);
   for (const Symbol* symbol : LumoItems<Symbol>(*symbols)) {
     PutMoments(table, printer, symbol->GetMeasure());
   }
@@ -65,8 +71,8 @@ void OrvaPrinter::PrintSensitivityOfTopEvent(const OrvaEvent* top, const OrvaHan
                                              double /*missionTime*/, LumoStream* stream) {
   LumoMeasure* measure = top->GetMeasure();
   {
-    OrvaPrinterTable table(stream);
-    table.PutHeader(this, "top-event", COLUMNS);
+    OrvaPrinterTable table(this, stream);
+    table.PutHeaderOf(this, "top-event", COLUMNS);
     PutMoments(table, this, measure);
   }
   PrintQuantiles(measure, stream);
@@ -76,17 +82,17 @@ void OrvaPrinter::PrintSensitivityOfTopEvent(const OrvaEvent* top, const OrvaHan
 void OrvaPrinter::PrintSensitivitiesOfParameters(const LumoContainer* parameters,
                                                  const OrvaHandle* /*handle*/,
                                                  double /*missionTime*/, LumoStream* stream) {
-  PrintSymbols<OrvaParameter>(this, "parameter", parameters, stream);
+  PrintSymbols<OrvaParameter>(this, "parameter", parameters, stream, "parameters");
 }
 
 void OrvaPrinter::PrintSensitivitiesOfBasicEvents(const LumoContainer* basicEvents,
                                                   const OrvaHandle* /*handle*/,
                                                   double /*missionTime*/, LumoStream* stream) {
-  PrintSymbols<OrvaEvent>(this, "basic-event", basicEvents, stream);
+  PrintSymbols<OrvaEvent>(this, "basic-event", basicEvents, stream, "basic-events");
 }
 
 void OrvaPrinter::PrintMoments(const LumoMeasure* measure, LumoStream* stream) {
-  OrvaPrinterTable table(stream);
+  OrvaPrinterTable table(this, stream);
   PutMoments(table, this, measure);
 }
 
@@ -96,8 +102,8 @@ void OrvaPrinter::PrintQuantiles(LumoMeasure* measure, LumoStream* stream) {
   const std::unique_ptr<LumoQuantileTable> quantiles(
       quantilizer->ExtractQuantiles(numberOfQuantiles));
   assert(quantiles != nullptr);
-  OrvaPrinterTable table(stream);
-  table.PutRow("quantile", "value");
+  OrvaPrinterTable table(this, stream, "quantiles");
+  table.PutHeader("quantile", "value");
   for (int i = 1; i <= numberOfQuantiles; ++i) table.PutRow(i, quantiles->GetQuantile(i - 1));
 }
 
@@ -105,7 +111,7 @@ void OrvaPrinter::PrintBins(LumoMeasure* measure, LumoStream* stream) {
   LumoBinTable* bins = measure->GetBinTable();
   if (bins == nullptr) return;
   bins->Shrink(numberOfBins);
-  OrvaPrinterTable table(stream);
-  table.PutRow("bin", "value");
+  OrvaPrinterTable table(this, stream, "bins");
+  table.PutHeader("bin", "value");
   for (int i = 1; i <= numberOfBins; ++i) table.PutRow(i, bins->GetValue(i - 1));
 }

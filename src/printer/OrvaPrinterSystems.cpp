@@ -7,6 +7,7 @@
 
 #include <cassert>
 #include <iterator>
+#include <string>
 
 #include "model/OrvaGate.h"
 #include "model/OrvaModel.h"
@@ -16,6 +17,7 @@
 #include "quantification/OrvaHandle.h"
 #include "reader/OrvaModelElements.h"
 #include "support/text/LumoFileStream.h"
+#include "system/OrvaAnalyzer.h"
 #include "system/OrvaModuleRecord.h"
 #include "system/OrvaSystem.h"
 #include "xml/LumoXMLDocument.h"
@@ -37,6 +39,12 @@ void PutVariable(const OrvaVariable* variable, LumoStream* stream) {
   } else {
     stream->Put(variable->GetNumber());
   }
+}
+
+std::string GetText(const OrvaVariable* variable) {
+  assert(variable != nullptr);
+  return variable->GetName() != nullptr ? variable->GetName()
+                                        : std::to_string(variable->GetNumber());
 }
 
 void PutLiteral(const OrvaLiteral& literal, LumoStream* stream) {
@@ -125,7 +133,7 @@ void OrvaPrinter::PrintSystemAtExcelFormat(OrvaSystem* system, LumoStream* strea
   PutVariable(system->GetTopVariable(), stream);
   stream->Putln();
   {
-    OrvaPrinterTable table(stream);
+    OrvaPrinterTable table(this, stream);
     table.PutRow("gates", system->GetNumberOfEquations());
     table.PutRow("basic-events", system->GetNumberOfAtomicVariables());
     table.PutRow("modules", system->GetNumberOfModules());
@@ -185,9 +193,10 @@ void OrvaPrinter::_UploadRealValue(int& /*error*/, double x, LumoXMLNode*& node)
 }
 
 void OrvaPrinter::PrintSystemStatistics(const OrvaSystem* system, LumoStream* stream) {
-  OrvaPrinterTable table(stream);
-  table.PutRow("#gates", system->GetNumberOfEquations());
-  table.PutRow("#basic-events", system->GetNumberOfVariables() - system->GetNumberOfEquations());
+  OrvaPrinterTable table(this, stream);
+  table.PutRecord(
+      {{"#gates", system->GetNumberOfEquations()},
+       {"#basic-events", system->GetNumberOfVariables() - system->GetNumberOfEquations()}});
 }
 
 void OrvaPrinter::PrintDataOfVariables(OrvaSystem* system, LumoStream* stream,
@@ -209,25 +218,42 @@ void OrvaPrinter::PrintDataOfVariables(const LumoContainer* variables, LumoStrea
   stream->Flush();
 }
 
+void OrvaPrinter::PrintValuesOfVariables(OrvaSystem* system, LumoStream* stream) {
+  OrvaPrinterTable(this, stream).PutHeaderOfColumns("variable", "value");
+  PrintDataOfVariables(system, stream, &OrvaPrinter::PrintValueOfVariable,
+                       layout == IN_ROWS ? "values-of-variables\n" : nullptr, nullptr);
+}
+
+void OrvaPrinter::PrintOccurrencesOfVariables(OrvaSystem* system, LumoStream* stream) {
+  OrvaPrinterTable(this, stream).PutHeaderOfColumns("variable", "occurrences", "equations");
+  PrintDataOfVariables(system, stream, &OrvaPrinter::PrintOccurrencesOfVariable,
+                       layout == IN_ROWS ? "occurrences\n" : nullptr, nullptr);
+}
+
 void OrvaPrinter::PrintValueOfVariable(const OrvaVariable* variable, LumoStream* stream) {
-  PutVariable(variable, stream);
-  stream->Put("\t");
-  stream->Putln(variable->GetCandidateValue() != OrvaVariable::POSSIBLY_FALSE ? 1 : 0);
+  OrvaPrinterTable table(this, stream);
+  const bool isTrue = variable->GetCandidateValue() != OrvaVariable::POSSIBLY_FALSE;
+  table.PutRow(GetText(variable).c_str(), isTrue ? 1 : 0);
 }
 
 void OrvaPrinter::PrintOccurrencesOfVariable(const OrvaVariable* variable, LumoStream* stream) {
-  PutVariable(variable, stream);
-  stream->Put("\t");
-  stream->Put(variable->GetNumberOfOccurrences());
+  OrvaPrinterTable table(this, stream);
+  table.Put(GetText(variable).c_str()).Put(variable->GetNumberOfOccurrences()).BeginList();
   for (const OrvaEquation* equation : variable->GetPositiveOccurrences()) {
-    stream->Put("\t");
-    PutVariable(equation->GetFanout(), stream);
+    table.PutItem(GetText(equation->GetFanout()).c_str());
   }
   for (const OrvaEquation* equation : variable->GetNegativeOccurrences()) {
-    stream->Put("\t-");
-    PutVariable(equation->GetFanout(), stream);
+    table.PutItem(std::string("-").append(GetText(equation->GetFanout())).c_str());
   }
-  stream->Putln();
+  table.EndRow();
+}
+
+void OrvaPrinter::PrintNumbersOfParents(const LumoContainer* events, LumoStream* stream) {
+  OrvaPrinterTable table(this, stream);
+  table.PutHeaderOfColumns("event", "parents");
+  for (const OrvaEvent* event : LumoItems<OrvaEvent>(*events)) {
+    table.PutRow(event->GetName(), OrvaAnalyzer::GetNumberOfParents(event));
+  }
 }
 
 // The last number counts the gates that carry a record, whether or not they are modules: this is
@@ -236,24 +262,29 @@ void OrvaPrinter::PrintModules(const OrvaModel* model, LumoStream* stream) {
   int numberOfBasicEvents = 0;
   int numberOfGates = 0;
   int numberOfRecords = 0;
-  OrvaPrinterTable table(stream);
-  for (const OrvaEvent* event : LumoItems<OrvaEvent>(model->GetEvents())) {
-    if (event->GetDefinition() == nullptr) {
-      ++numberOfBasicEvents;
-      continue;
+  {
+    OrvaPrinterTable table(this, stream);
+    table.PutHeaderOfColumns("gate", "first-date", "second-date", "last-date", "lowest-date",
+                             "highest-date", "module");
+    for (const OrvaEvent* event : LumoItems<OrvaEvent>(model->GetEvents())) {
+      ++(event->GetDefinition() == nullptr ? numberOfBasicEvents : numberOfGates);
+      const OrvaModuleRecord* record = OrvaModuleRecord::Find(event);
+      if (event->GetDefinition() == nullptr || record == nullptr) continue;
+      ++numberOfRecords;
+      table.Put(event->GetName()).Put(record->GetFirstDate()).Put(record->GetSecondDate());
+      table.Put(record->GetLastDate()).Put(record->GetLowestDate()).Put(record->GetHighestDate());
+      if (table.IsInColumns()) {
+        table.Put(record->IsModule() ? 1 : 0);
+      } else if (record->IsModule()) {
+        table.Put("module");
+      }
+      table.EndRow();
     }
-    ++numberOfGates;
-    const OrvaModuleRecord* record = OrvaModuleRecord::Find(event);
-    if (record == nullptr) continue;
-    ++numberOfRecords;
-    table.Put(event->GetName()).Put(record->GetFirstDate()).Put(record->GetSecondDate());
-    table.Put(record->GetLastDate()).Put(record->GetLowestDate()).Put(record->GetHighestDate());
-    if (record->IsModule()) table.Put("module");
-    table.EndRow();
   }
-  table.PutRow("basic-events", numberOfBasicEvents);
-  table.PutRow("gates", numberOfGates);
-  table.PutRow("modules", numberOfRecords);
+  OrvaPrinterTable table(this, stream, "numbers");
+  table.PutRecord({{"basic-events", numberOfBasicEvents},
+                   {"gates", numberOfGates},
+                   {"modules", numberOfRecords}});
 }
 
 // Offered to users of the class; the program itself does not call what follows.
@@ -304,7 +335,7 @@ void OrvaPrinter::PrintValue(OrvaVariable::Value value, LumoStream* stream) {
 void OrvaPrinter::PrintProbabilityOfVariable(const OrvaVariable* variable, LumoStream* stream) {
   PutVariable(variable, stream);
   stream->Put("\t");
-  OrvaPrinterTable table(stream);
+  OrvaPrinterTable table(this, stream);
   table.PutRow(variable->GetProbability(), variable->GetHighestCutsetProbability());
 }
 

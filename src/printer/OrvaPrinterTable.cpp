@@ -1,21 +1,67 @@
 #include "printer/OrvaPrinterTable.h"
 
 #include <charconv>
+#include <cstdio>
 #include <cstring>
+#include <vector>
 
 #include "support/text/LumoRealText.h"
 #include "support/text/LumoStream.h"
 #include "support/values/LumoConstant.h"
 
-OrvaPrinterTable::OrvaPrinterTable(LumoStream* stream) : _stream(stream) {}
+namespace {
+
+// Whether a file has something in it, before which nothing can be put any more.
+bool HasContents(std::FILE* file) {
+  return file != nullptr && std::fseek(file, 0, SEEK_END) == 0 && std::ftell(file) > 0;
+}
+
+bool StartsWith(std::FILE* file, const char* text, std::size_t length) {
+  std::vector<char> start(length);
+  std::rewind(file);
+  const bool isLong = std::fread(start.data(), 1, length, file) == length;
+  std::fseek(file, 0, SEEK_END);
+  return isLong && std::memcmp(start.data(), text, length) == 0;
+}
+
+// What stands for a character behind a backslash, or '\0' when it stands for itself.
+char GetEscape(char c, bool isItem) {
+  switch (c) {
+    case '\t':
+      return 't';
+    case '\n':
+      return 'n';
+    case '\r':
+      return 'r';
+    case '\\':
+      return '\\';
+    case ';':
+      return isItem ? ';' : '\0';
+    default:
+      return '\0';
+  }
+}
+
+}  // namespace
+
+OrvaPrinterTable::OrvaPrinterTable(const OrvaPrinter* printer, LumoStream* stream, const char* name)
+    : _printer(printer),
+      _stream(stream),
+      _isInColumns(printer->layout == OrvaPrinter::IN_COLUMNS),
+      _ownsStream(_isInColumns && name != nullptr),
+      _isContinued(false) {
+  if (_ownsStream) _stream = printer->OpenTable(name);
+  if (_isInColumns) _isContinued = HasContents(_stream->GetFile());
+}
 
 OrvaPrinterTable::~OrvaPrinterTable() {
   _HandOver();
   _stream->EndLines();
+  if (_ownsStream) _printer->CloseTable(_stream);
 }
 
 void OrvaPrinterTable::_HandOver() {
-  _stream->PutBytes(_text, _length);
+  if (!_isRefused) _stream->PutBytes(_text, _length);
   _length = 0;
 }
 
@@ -36,7 +82,9 @@ OrvaPrinterTable& OrvaPrinterTable::Put(const char* text) {
   _BeginField();
   if (text == nullptr) return *this;
   const std::size_t length = std::strlen(text);
-  if (length > SIZE || std::memchr(text, '\\', length) != nullptr) {
+  if (_isInColumns) {
+    _PutEscaped(text, false);
+  } else if (length > SIZE || std::memchr(text, '\\', length) != nullptr) {
     _HandOver();
     _stream->Put(text);
   } else {
@@ -68,6 +116,64 @@ OrvaPrinterTable& OrvaPrinterTable::Put(const LumoConstant* value) {
   _HandOver();
   _stream->Put(value);
   return *this;
+}
+
+void OrvaPrinterTable::_PutEscaped(const char* text, bool isItem) {
+  for (; *text != '\0'; ++text) {
+    const char escape = GetEscape(*text, isItem);
+    char* to = _MakeRoom(2);
+    if (escape != '\0') *to++ = '\\';
+    *to++ = escape != '\0' ? escape : *text;
+    _length = static_cast<std::size_t>(to - _text);
+  }
+}
+
+OrvaPrinterTable& OrvaPrinterTable::BeginList() {
+  if (_isInColumns) _BeginField();
+  _isListEmpty = true;
+  return *this;
+}
+
+OrvaPrinterTable& OrvaPrinterTable::PutItem(const char* text) {
+  if (!_isInColumns) return Put(text);
+  if (!_isListEmpty) {
+    *_MakeRoom(1) = ';';
+    ++_length;
+  }
+  _isListEmpty = false;
+  _PutEscaped(text, true);
+  return *this;
+}
+
+void OrvaPrinterTable::PutRecord(std::initializer_list<OrvaPrinterField> fields) {
+  const auto put = [this](const OrvaPrinterField& field) {
+    std::visit([this](auto value) { Put(value); }, field.value);
+  };
+  if (_isInColumns) {
+    for (const OrvaPrinterField& field : fields) Put(field.heading);
+    _EndHeader();
+    for (const OrvaPrinterField& field : fields) put(field);
+    return EndRow();
+  }
+  for (const OrvaPrinterField& field : fields) {
+    if (field.block != nullptr) {
+      if (&field != fields.begin()) EndRow();
+      PutRow(field.block);
+    }
+    Put(field.heading);
+    put(field);
+    EndRow();
+  }
+}
+
+void OrvaPrinterTable::_EndHeader() {
+  EndRow();
+  if (!_isContinued) return;
+  if (!StartsWith(_stream->GetFile(), _text, _length)) {
+    _isRefused = true;
+    _printer->RefuseTable(_ownsStream);
+  }
+  _length = 0;
 }
 
 void OrvaPrinterTable::EndRow() {
