@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cstdio>
 #include <cstring>
+#include <string_view>
 #include <vector>
 
 #include "support/text/LumoRealText.h"
@@ -81,15 +82,15 @@ void OrvaPrinterTable::_BeginField() {
 OrvaPrinterTable& OrvaPrinterTable::Put(const char* text) {
   _BeginField();
   if (text == nullptr) return *this;
-  const std::size_t length = std::strlen(text);
+  const std::string_view view(text);
   if (_isInColumns) {
     _PutEscaped(text, false);
-  } else if (length > SIZE || std::memchr(text, '\\', length) != nullptr) {
+  } else if (view.size() > SIZE || view.find('\\') != std::string_view::npos) {
     _HandOver();
     _stream->Put(text);
   } else {
-    std::memcpy(_MakeRoom(length), text, length);
-    _length += length;
+    view.copy(_MakeRoom(view.size()), view.size());
+    _length += view.size();
   }
   return *this;
 }

@@ -12,6 +12,7 @@
 
 #include "support/text/LumoRealText.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cassert>
@@ -40,10 +41,10 @@ constexpr std::array<double, HIGHEST_POWER + 1> POWERS = [] {
 }();
 
 // "00" to "99".
-constexpr std::array<char, 200> PAIRS = [] {
-  std::array<char, 200> pairs = {};
+constexpr std::array<std::array<char, 2>, 100> PAIRS = [] {
+  std::array<std::array<char, 2>, 100> pairs = {};
   for (unsigned i = 0; i < pairs.size(); ++i) {
-    pairs[i] = static_cast<char>('0' + (i % 2 == 0 ? i / 20 : i / 2 % 10));
+    pairs[i] = {static_cast<char>('0' + i / 10), static_cast<char>('0' + i % 10)};
   }
   return pairs;
 }();
@@ -86,9 +87,9 @@ bool Round(double value, Decimal& result) {
 // or one before it and an exponent, and no zeros at the end.
 char* Write(char* to, const Decimal& decimal) {
   char digits[DIGITS];
-  std::memcpy(digits, &PAIRS[decimal.digits / 10000 * 2], 2);
-  std::memcpy(digits + 2, &PAIRS[decimal.digits / 100 % 100 * 2], 2);
-  std::memcpy(digits + 4, &PAIRS[decimal.digits % 100 * 2], 2);
+  std::memcpy(digits, PAIRS[decimal.digits / 10000].data(), 2);
+  std::memcpy(digits + 2, PAIRS[decimal.digits / 100 % 100].data(), 2);
+  std::memcpy(digits + 4, PAIRS[decimal.digits % 100].data(), 2);
   int number = DIGITS;  // of digits without zeros at the end
   while (digits[number - 1] == '0') --number;
   const int exponent = decimal.exponent;
@@ -101,7 +102,7 @@ char* Write(char* to, const Decimal& decimal) {
     return to + number + 1;
   }
   if (exponent < 0 && exponent >= -4) {
-    std::memcpy(to, "0.000", 5);
+    std::copy_n("0.000", 1 - exponent, to);
     std::memcpy(to + 1 - exponent, digits, DIGITS);
     return to + 1 - exponent + number;
   }
@@ -113,7 +114,7 @@ char* Write(char* to, const Decimal& decimal) {
   *to++ = exponent < 0 ? '-' : '+';
   const unsigned size = static_cast<unsigned>(std::abs(exponent));
   if (size >= 100) return std::to_chars(to, to + 3, size).ptr;
-  std::memcpy(to, &PAIRS[size * 2], 2);
+  std::memcpy(to, PAIRS[size].data(), 2);
   return to + 2;
 }
 
