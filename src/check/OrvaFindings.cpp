@@ -17,7 +17,7 @@ struct Row {
   const char* text;
 };
 
-// In the order of the findings. docs/checks.md has a section for each name.
+// In the order of the findings. docs/checks.md has a row for each name.
 constexpr Row FINDINGS[] = {
     {"unread-option", WARNING, "the command does not read \"%s\"; %s"},
     {"unread-element", WARNING, "the command does not read the element \"%s\""},

@@ -16,7 +16,7 @@ namespace {
 constexpr const char* SCRIPT_ROOT = "orva";
 constexpr const char* SEARCH = "search";
 constexpr const char* NUMERIC = "numeric";
-// These are not gone through for what they overwrite.
+// Nothing that is written to one of these is overwritten.
 constexpr const char* DEVICES = "/dev/";
 
 }  // namespace

@@ -74,9 +74,8 @@ constexpr const char* INTENSITY_COLUMNS[] = {
     Center::PRINT_SAFETY_INTEGRITY_LEVEL,
 };
 
-constexpr Options Holder(const char* parent, const char* element, Options::Names attributes = {}) {
-  return {
-      .parent = parent, .element = element, .content = Options::ELEMENTS, .attributes = attributes};
+constexpr Options Holder(const char* parent, const char* element) {
+  return {.parent = parent, .element = element, .content = Options::ELEMENTS};
 }
 
 // A row with a condition stands before the row of all other commands of its name.
