@@ -18,9 +18,10 @@ constexpr int SUPPORT_FAN_OUT = 4;
 
 class Generator {
  public:
-  Generator(int numberOfBasicEvents, unsigned seed)
+  Generator(int numberOfBasicEvents, unsigned seed, Law law)
       : _numberOfFunctions(std::max(2, numberOfBasicEvents / BASIC_EVENTS_PER_FUNCTION)),
-        _random(seed) {}
+        _random(seed),
+        _law(law) {}
 
   std::string Generate() {
     _text = "<?xml version=\"1.0\"?>\n<open-psa>\n<define-fault-tree name=\"plant\">\n";
@@ -55,14 +56,30 @@ class Generator {
   }
   void CloseGate(const char* formula) { Append(_text, "</", formula, "></define-gate>\n"); }
   void AddGate(const std::string& name) { Append(_text, "<gate name=\"", name, "\"/>\n"); }
-  // A basic event with a probability between 1e-5 and 1e-2.
   void AddBasicEvent(const std::string& name) {
     const double exponent = -5.0 + 3.0 * std::uniform_real_distribution()(_random);
     char value[32];
     std::snprintf(value, sizeof value, "%.3g", std::pow(10.0, exponent));
     Append(_text, "<basic-event name=\"", name, "\"/>\n");
-    Append(_data, "<define-basic-event name=\"", name, "\"><float value=\"", value,
-           "\"/></define-basic-event>\n");
+    const std::string number = std::string("<float value=\"").append(value).append("\"/>");
+    if (_law == Law::LOGNORMAL) {
+      Append(
+          _data, "<define-parameter name=\"L-", name, "\"><lognormal-deviate>", number,
+          "<float value=\"3\"/><float value=\"0.95\"/></lognormal-deviate></define-parameter>\n");
+    }
+    Append(_data, "<define-basic-event name=\"", name, "\">");
+    AddLaw(name, number);
+    Append(_data, "</define-basic-event>\n");
+  }
+  void AddLaw(const std::string& name, const std::string& number) {
+    if (_law == Law::PROBABILITY) return Append(_data, number);
+    Append(_data, "<exponential>");
+    if (_law == Law::RATE) {
+      Append(_data, number);
+    } else {
+      Append(_data, "<parameter name=\"L-", name, "\"/>");
+    }
+    Append(_data, "<mission-time/></exponential>");
   }
 
   void AddTop() {
@@ -112,12 +129,13 @@ class Generator {
 
   int _numberOfFunctions;
   std::mt19937 _random;
+  Law _law;
   std::string _text;
   std::string _data;
 };
 
 }  // namespace
 
-std::string GenerateModel(int numberOfBasicEvents, unsigned seed) {
-  return Generator(numberOfBasicEvents, seed).Generate();
+std::string GenerateModel(int numberOfBasicEvents, unsigned seed, Law law) {
+  return Generator(numberOfBasicEvents, seed, law).Generate();
 }
