@@ -201,6 +201,20 @@ TEST_F(NodeStoreTest, StatisticsAgreeWithTheEnumerationOfPaths) {
     EXPECT_EQ(found.orders, orders);
     EXPECT_EQ(found.occurrences, occurrences);
 
+    // What is computed from flat arrays: the sum to the last bit, and each event's share in it.
+    EXPECT_EQ(set.UpdateTopEventProbability(), std::min(found.probability, 1.0));
+    EXPECT_EQ(set.UpdateMarginalImportanceFactors(), std::min(found.probability, 1.0));
+    for (int i = 1; i <= INDICES; ++i) {
+      double factor = 0.0;
+      for (const Path& path : paths) {
+        const bool isIn = std::find(path.cutset.begin(), path.cutset.end(), i) != path.cutset.end();
+        factor += isIn ? path.p / _manager.GetProbability(i) : 0.0;
+      }
+      const OrvaMCSBasicEvent* event = set.GetBasicEvent(i);
+      EXPECT_NEAR(event->marginalImportanceFactor, factor, 1e-12 * (1.0 + factor));
+      EXPECT_EQ(event->numberOfOccurrences, occurrences[static_cast<std::size_t>(i)]);
+    }
+
     // The cutset leaves come in order; each way to weigh them gives what its path gives.
     LumoList leaves;
     set.CollectMinimalCutsets(&leaves);
@@ -223,6 +237,31 @@ TEST_F(NodeStoreTest, StatisticsAgreeWithTheEnumerationOfPaths) {
   }
 }
 
+// Probabilities and factors are those of the tree as it is, whoever has changed it in between.
+TEST_F(NodeStoreTest, NoResultOfAFormerTreeIsLeft) {
+  _manager.SetProbability(1, 0.5);
+  _manager.SetProbability(2, 0.25);
+  Node *leaf = Open(), *root = If(1, Cutset(), leaf), *thenLeaf, *elseLeaf;
+  OrvaMCSSet set(&_manager, root);
+  EXPECT_EQ(set.UpdateTopEventProbability(), 0.5);
+  _manager.ExpandLeaf(leaf, 2, thenLeaf, elseLeaf);
+  EXPECT_EQ(set.UpdateTopEventProbability(), 0.5);
+  _manager.MuteLeaf(thenLeaf, Node::MINIMAL_CUTSET);
+  EXPECT_EQ(set.UpdateMarginalImportanceFactors(), 0.75);
+  EXPECT_EQ(set.GetBasicEvent(2)->numberOfOccurrences, 1);
+  EXPECT_EQ(set.GetBasicEvent(2)->marginalImportanceFactor, 1.0);
+  _manager.SetProbability(2, 0.125);
+  EXPECT_EQ(set.UpdateTopEventProbability(), 0.625);
+  _manager.MuteLeaf(thenLeaf, Node::DEAD_END);
+  _manager.FoldInternalNode(leaf, Node::MINIMAL_CUTSET);
+  EXPECT_EQ(set.UpdateMarginalImportanceFactors(), 0.5);
+  EXPECT_EQ(set.GetBasicEvent(2)->marginalImportanceFactor, 0.0);
+  set.FreeTree();
+  EXPECT_EQ(set.UpdateTopEventProbability(), 0.0);
+  set.SetRootNode(Cutset());
+  EXPECT_EQ(set.UpdateTopEventProbability(), 1.0);
+}
+
 // Neither chain may cost stack: a million nodes, built upward.
 TEST_F(NodeStoreTest, ChainsOfAMillionNodes) {
   constexpr int LENGTH = 1000000;
@@ -242,6 +281,7 @@ TEST_F(NodeStoreTest, ChainsOfAMillionNodes) {
     EXPECT_EQ(found.number, cutsets);
     EXPECT_EQ(found.probability, isThenChain ? 0.0 : 0.75 * LENGTH);  // 2^-500000 is 0
     EXPECT_EQ(found.highest, isThenChain ? 0.0 : 1.0);
+    EXPECT_EQ(set.UpdateMarginalImportanceFactors(), isThenChain ? 0.0 : 1.0);
     EXPECT_EQ(found.orders.back(), cutsets);
     EXPECT_EQ(found.occurrences.size(), LENGTH + 1u);
     EXPECT_EQ(std::accumulate(found.occurrences.begin(), found.occurrences.end(), 0), LENGTH);

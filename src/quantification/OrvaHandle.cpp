@@ -1,5 +1,6 @@
 // One quantification goes once over the parameters, in the order in which they depend on each
-// other, once over the basic events, and once or twice over the cutset tree.
+// other, once over the basic events, and once or twice over the cutset tree, which the set keeps
+// compiled from one date or sample to the next.
 //
 // The probability P of the top event is the sum over the minimal cutsets of the products of their
 // probabilities, the rare-event approximation: one pass over the tree. The marginal importance
@@ -163,8 +164,7 @@ void OrvaHandle::ComputeImportanceFactorsOfBasicEvents(double t) {
 
 void OrvaHandle::_ComputeImportanceFactorsOfBasicEvents() {
   if (_set == nullptr) return _topEvent->SetProbability(0.0);
-  _topEvent->SetProbability(_set->UpdateTopEventProbability());
-  _set->UpdateMarginalImportanceFactors();
+  _topEvent->SetProbability(_set->UpdateMarginalImportanceFactors());
   for (OrvaEvent* event : LumoItems<OrvaEvent>(_basicEvents)) {
     const OrvaMCSBasicEvent* entry = _set->GetBasicEvent(event->GetMCSIndex());
     assert(entry != nullptr);

@@ -1,8 +1,6 @@
 // Statistics over trees. A tree is walked once, by a visitor that carries something down the
-// branches (the order, a probability), combines what comes up from the sons (numbers, sums), or
-// both: the derivative of the sum of the cutset probabilities with respect to one of them is the
-// probability of the way down to a node times the sum below its then-son, and both are at hand
-// between its two sons. So one walk computes the marginal importance factors of all basic events.
+// branches (the order, a probability), or combines what comes up from the sons (numbers, sums).
+// What a study asks for again and again, OrvaMCSProgram computes from flat arrays.
 
 #include "store/OrvaMCSManager.h"
 
@@ -11,6 +9,7 @@
 #include <climits>
 #include <numeric>
 
+#include "store/OrvaMCSProgram.h"
 #include "store/OrvaMCSTreeWalk.h"
 #include "support/memory/LumoMemoryManager.h"
 
@@ -102,35 +101,18 @@ void OrvaMCSManager::ComputeOrdersOfMinimalCutsets(OrvaMCSNode* root, int*& numb
   total = std::accumulate(numbers, numbers + highestOrder + 1, 0);
 }
 
-void OrvaMCSManager::AddNumbersOfOccurrences(OrvaMCSNode* root, std::vector<int>& numbers) const {
-  struct Counter : OrvaMCSTreeVisitor {
-    explicit Counter(std::vector<int>& counts) : numbers(counts) {}
-    void VisitLeaf(OrvaMCSNode* leaf) { found.push_back(leaf->IsMinimalCutset() ? 1 : 0); }
-    void Cross(OrvaMCSNode* node) {
-      assert(static_cast<std::size_t>(node->GetIndex()) < numbers.size());
-      numbers[static_cast<std::size_t>(node->GetIndex())] += found.back();
-    }
-    void Leave(OrvaMCSNode* /*node*/) {
-      const int below = Pop(found);
-      found.back() += below;
-    }
-    std::vector<int>& numbers;
-    std::vector<int> found;  // cutsets below the sons that were left
-  };
-  Counter counter(numbers);
-  OrvaWalkMCSTree(root, counter);
-}
-
 void OrvaMCSManager::ComputeNumberOfOccurrencesOfVariablesInMinimalCutsets(OrvaMCSNode* root,
                                                                            int*& numbers,
                                                                            int& highestIndex,
                                                                            int& total) const {
   highestIndex = GetIndexOfHighestEntry();
-  std::vector<int> counts(static_cast<std::size_t>(highestIndex) + 1);
-  AddNumbersOfOccurrences(root, counts);
-  numbers = new int[counts.size()];
-  std::copy(counts.begin(), counts.end(), numbers);
-  const long sum = std::accumulate(counts.begin(), counts.end(), 0L);
+  numbers = new int[static_cast<std::size_t>(highestIndex) + 1]();
+  OrvaMCSProgram program;
+  program.Compile(*this, root);
+  for (std::size_t i = 0; i < program.GetNumberOfEvents(); ++i) {
+    numbers[program.GetIndexOfEvent(i)] = program.GetNumberOfOccurrences(i);
+  }
+  const long sum = std::accumulate(numbers, numbers + highestIndex + 1, 0L);
   total = static_cast<int>(std::min(sum, static_cast<long>(INT_MAX)));
 }
 
@@ -150,41 +132,6 @@ void OrvaMCSManager::ComputeHighestMinimalCutsetProbability(OrvaMCSNode* root,
   });
   OrvaWalkMCSTree(root, visitor);
   highest = visitor.GetResult();
-}
-
-void OrvaMCSManager::AddMarginalImportanceFactors(OrvaMCSNode* root,
-                                                  std::vector<double>& factors) const {
-  // Between its sons, a node knows the product of the probabilities above it and the sum below
-  // its then-son: their product is what its cutsets contribute.
-  struct Differentiator : OrvaMCSTreeVisitor {
-    Differentiator(const OrvaMCSManager* store, std::vector<double>& results)
-        : manager(store), factors(results), sums(store->_values), weights(store->_weights) {
-      sums.clear();
-      weights.clear();
-    }
-    void Enter(OrvaMCSNode* node) {
-      weights.push_back(weight);
-      weight *= manager->GetProbability(node->GetIndex());
-    }
-    void VisitLeaf(OrvaMCSNode* leaf) { sums.push_back(leaf->IsMinimalCutset() ? 1.0 : 0.0); }
-    void Cross(OrvaMCSNode* node) {
-      weight = Pop(weights);
-      assert(static_cast<std::size_t>(node->GetIndex()) < factors.size());
-      factors[static_cast<std::size_t>(node->GetIndex())] += weight * sums.back();
-    }
-    void Leave(OrvaMCSNode* node) {
-      const double elseSum = Pop(sums);
-      sums.back() = manager->GetProbability(node->GetIndex()) * sums.back() + elseSum;
-    }
-    const OrvaMCSManager* manager;
-    std::vector<double>& factors;
-    std::vector<double>& sums;
-    std::vector<double>& weights;
-    double weight = 1.0;
-  };
-  Differentiator differentiator(this, factors);
-  OrvaWalkMCSTree(root, differentiator);
-  assert(differentiator.weights.empty() && differentiator.sums.size() <= 1);
 }
 
 void OrvaMCSManager::SetWeightsOfLeavesAsCutsetProbabilities(OrvaMCSNode* root, double w) {

@@ -30,6 +30,7 @@ class OrvaMCSManager {
     _nodes.ExpandLeaf(leaf, index, thenLeaf, elseLeaf);
   }
   void FoldInternalNode(OrvaMCSNode* node, unsigned mask) { _nodes.FoldInternalNode(node, mask); }
+  std::uint64_t GetNumberOfTreeChanges() const { return _nodes.GetNumberOfChanges(); }
 
   // Entries: see OrvaMCSEntryTable.
   OrvaEvent* GetEvent(int index) const { return _entries.GetEvent(index); }
@@ -58,10 +59,6 @@ class OrvaMCSManager {
   // highest of these products.
   void ComputeSumOfMinimalCutsetProbabilities(OrvaMCSNode* root, double& sum) const;
   void ComputeHighestMinimalCutsetProbability(OrvaMCSNode* root, double& highest) const;
-  // For each index, adds to factors[i] the derivative of that sum with respect to p(i), and to
-  // numbers[i] the number of cutsets that contain i.
-  void AddMarginalImportanceFactors(OrvaMCSNode* root, std::vector<double>& factors) const;
-  void AddNumbersOfOccurrences(OrvaMCSNode* root, std::vector<int>& numbers) const;
 
   // Write into every leaf: the product of `w` and the p(i) of the then-branches above it, for a
   // minimal cutset the probability of the cutset; or 0.
@@ -103,5 +100,5 @@ class OrvaMCSManager {
   OrvaMCSEntryTable _entries;
   // The stack of the walks that combine values upward, kept so that they allocate nothing.
   mutable std::vector<double> _values;
-  mutable std::vector<double> _weights;
+  std::vector<double> _weights;
 };

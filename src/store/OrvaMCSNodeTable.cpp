@@ -131,6 +131,7 @@ void OrvaMCSNodeTable::ResetTree(OrvaMCSNode* root) {
 }
 
 void OrvaMCSNodeTable::Reset() {
+  ++_numberOfChanges;
   _DeletePages();
   _NewPage();
 }

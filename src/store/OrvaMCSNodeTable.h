@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cassert>
+#include <cstdint>
 #include <vector>
 
 #include "store/OrvaMCSNode.h"
@@ -55,6 +56,7 @@ class OrvaMCSNodeTable {
   }
   void FreeNode(OrvaMCSNode* node) {
     assert(node->GetType() != OrvaMCSNode::FREE);
+    ++_numberOfChanges;
     node->_SetLeaf(OrvaMCSNode::FREE);
     node->_then = _freeNode;
     _freeNode = node;
@@ -63,11 +65,13 @@ class OrvaMCSNodeTable {
   // Gives a leaf another type.
   void MuteLeaf(OrvaMCSNode* leaf, std::uint32_t type) {
     assert(!leaf->IsInternal() && leaf->GetType() != OrvaMCSNode::FREE);
+    ++_numberOfChanges;
     leaf->_SetWord(type, 0);
   }
   // Turns a leaf into an internal node over two undeveloped leaves, which are handed over.
   void ExpandLeaf(OrvaMCSNode* leaf, int index, OrvaMCSNode*& thenLeaf, OrvaMCSNode*& elseLeaf) {
     assert(!leaf->IsInternal() && leaf->GetType() != OrvaMCSNode::FREE);
+    ++_numberOfChanges;
     thenLeaf = NewLeaf(OrvaMCSNode::UNDEVELOPED);
     elseLeaf = NewLeaf(OrvaMCSNode::UNDEVELOPED);
     leaf->_SetWord(OrvaMCSNode::INTERNAL | OrvaMCSNode::UNDEVELOPED, index);
@@ -76,6 +80,9 @@ class OrvaMCSNodeTable {
   // Recomputes the type of an internal node; when no bit of the mask lies below, the node becomes
   // a leaf of the joint type of its sons, whose subtrees are freed.
   void FoldInternalNode(OrvaMCSNode* node, unsigned mask);
+  // How often the cutsets of a tree in the store may have changed: while it stays the same, so do
+  // they. (Folding frees nodes, and counts by that.)
+  std::uint64_t GetNumberOfChanges() const { return _numberOfChanges; }
 
   // Offered to users of the class; the program itself does not call what follows.
   // A leaf that is no minimal cutset is copied as an undeveloped one.
@@ -107,4 +114,5 @@ class OrvaMCSNodeTable {
   std::vector<OrvaMCSNodePage*> _pages;  // owned
   OrvaMCSNode* _freeNode = nullptr;
   int _nextUnusedNode = 0;  // in the last page
+  std::uint64_t _numberOfChanges = 0;
 };

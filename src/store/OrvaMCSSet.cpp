@@ -16,10 +16,23 @@ void OrvaMCSSet::SetRootNode(OrvaMCSNode* root) {
   assert(root == nullptr || root->GetParent() == nullptr);
   _manager->FreeTree(_root);
   _root = root;
+  _numberOfTreeChanges = NEVER_COMPILED;  // there may have been nothing to free
+}
+
+// Compiles the tree unless it is, as it is now.
+OrvaMCSProgram& OrvaMCSSet::_GetProgram() {
+  const std::uint64_t changes = _manager->GetNumberOfTreeChanges();
+  if (_numberOfTreeChanges != changes) _program.Compile(*_manager, _root);
+  _numberOfTreeChanges = changes;
+  return _program;
 }
 
 double OrvaMCSSet::UpdateTopEventProbability() {
-  ComputeSumOfMinimalCutsetProbabilities(_topEventProbability);
+  return _SetTopEventProbability(_GetProgram().ComputeSum(*_manager));
+}
+
+double OrvaMCSSet::_SetTopEventProbability(double sum) {
+  _topEventProbability = sum;
   if (_topEventProbability < 0.0) _topEventProbability = 0.0;
   if (_topEventProbability > 1.0) _topEventProbability = 1.0;
   return _topEventProbability;
@@ -45,16 +58,16 @@ void OrvaMCSSet::UpdateBasicEventsIndicators() {
   for (int i = 0; i <= GetHighestBasicEventIndex(); ++i) UpdateBasicEventIndicators(i);
 }
 
-void OrvaMCSSet::UpdateMarginalImportanceFactors() {
+double OrvaMCSSet::UpdateMarginalImportanceFactors() {
   UpdateBasicEventsIndicators();
-  _factors.assign(_basicEvents.size(), 0.0);
-  _occurrences.assign(_basicEvents.size(), 0);
-  _manager->AddMarginalImportanceFactors(_root, _factors);
-  _manager->AddNumbersOfOccurrences(_root, _occurrences);
-  for (std::size_t i = 0; i < _basicEvents.size(); ++i) {
-    _basicEvents[i].marginalImportanceFactor = _factors[i];
-    _basicEvents[i].numberOfOccurrences = _occurrences[i];
+  OrvaMCSProgram& program = _GetProgram();
+  const double sum = program.ComputeSumAndDerivatives(*_manager);
+  for (std::size_t i = 0; i < program.GetNumberOfEvents(); ++i) {
+    OrvaMCSBasicEvent& event = _basicEvents[static_cast<std::size_t>(program.GetIndexOfEvent(i))];
+    event.marginalImportanceFactor = program.GetDerivative(i);
+    event.numberOfOccurrences = program.GetNumberOfOccurrences(i);
   }
+  return _SetTopEventProbability(sum);
 }
 
 // Offered to users of the class; the program itself does not call what follows.

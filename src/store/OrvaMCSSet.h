@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "store/OrvaMCSManager.h"
+#include "store/OrvaMCSProgram.h"
 
 // What importance factors need to know of one basic event of a cutset set.
 struct OrvaMCSBasicEvent {
@@ -64,8 +65,9 @@ class OrvaMCSSet {
   // Take the probabilities from the store, of one event or of all, and start the factors at 0.
   void UpdateBasicEventIndicators(int index);
   void UpdateBasicEventsIndicators();
-  // Computes the marginal importance factors and the numbers of occurrences of all events.
-  void UpdateMarginalImportanceFactors();
+  // Computes the marginal importance factors and the numbers of occurrences of all events, and by
+  // the way what UpdateTopEventProbability computes, which it returns.
+  double UpdateMarginalImportanceFactors();
 
   // Offered to users of the class; the program itself does not call what follows.
   // A new set, the caller's, with a copy of the tree: see OrvaMCSNodeTable::CopyTree.
@@ -85,10 +87,16 @@ class OrvaMCSSet {
   void DeleteBasicEventTable();
 
  private:
+  OrvaMCSProgram& _GetProgram();
+  double _SetTopEventProbability(double sum);
+
   OrvaMCSManager* _manager;
   OrvaMCSNode* _root;
   std::vector<OrvaMCSBasicEvent> _basicEvents;
-  std::vector<double> _factors;  // scratch, kept so that a sample allocates nothing
-  std::vector<int> _occurrences;
+  // The tree, compiled when the store had counted that many changes.
+  OrvaMCSProgram _program;
+  std::uint64_t _numberOfTreeChanges = NEVER_COMPILED;
   double _topEventProbability = 0.0;
+
+  static constexpr std::uint64_t NEVER_COMPILED = static_cast<std::uint64_t>(-1);
 };
