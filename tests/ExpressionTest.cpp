@@ -382,20 +382,26 @@ TEST(Expression, DeviatesAreDrawnAndReset) {
               {"normal-deviate(-1,2)", [&] { return expected.NormalDraw(DBL_MIN, 2); }, DBL_MIN},
               {"lognormal-deviate(uniform-deviate(2,4),3,0.9)",
                [&] { return expected.LognormalDraw(3, 3, 0.9); }, 3},
+              {"lognormal-deviate(2,3,0.5)", [&] { return expected.LognormalDraw(2, 3, 0.5); }, 2},
               {"mul(2,uniform-deviate(2,4))", [] { return 6.0; }, 6},
               {"histogram(1,bin(2,10),bin(5,70))",
                [&] { return expected.UniformDraw(1, 5) <= 2 ? 10 : 70; }, 55},
               {"histogram(3,bin(4,20),5)", [] { return 3.0; }, 3}};  // its end is no bin
   for (const auto& row : rows) {
     const Tree tree(row.text);
+    OrvaProbabilityDistribution::PreparedDraw prepared;
+    EXPECT_TRUE(tree->PrepareDraw(prepared));
     for (int run = 0; run < 9; ++run) {
-      tree->DrawRandomDeviates(&randomizer);
+      if (run % 2 == 0) tree->DrawRandomDeviates(&randomizer);
+      if (run % 2 != 0) prepared.Draw(&randomizer);
       EXPECT_DOUBLE_EQ(tree->ComputeValue(9.0)->ToDouble(), row.draw()) << row.text;
     }
     tree->ResetRandomDeviates();
     EXPECT_DOUBLE_EQ(tree->ComputeValue(9.0)->ToDouble(), row.central) << row.text;
     EXPECT_EQ(randomizer.GetSeed(), expected.GetSeed());
   }
+  OrvaProbabilityDistribution::PreparedDraw none;
+  EXPECT_FALSE(Tree("mul(2,3)")->PrepareDraw(none));
 }
 
 }  // namespace

@@ -8,12 +8,14 @@
 #include <algorithm>
 #include <cassert>
 #include <cfloat>
+#include <cmath>
 #include <iterator>
 #include <vector>
 
 #include "model/OrvaParameter.h"
 #include "model/OrvaProbabilityDistributionKinds.h"
 #include "support/memory/LumoMemoryManager.h"
+#include "support/random/LumoRandomizer.h"
 #include "support/text/LumoRawString.h"
 
 namespace {
@@ -36,7 +38,6 @@ struct OrvaProbabilityDistribution::Rows {
   using Value = LumoConstant;
   using Evaluate = void (Node::*)(double);
   using FailureRate = double (Node::*)(double) const;
-  using Draw = void (Node::*)(LumoRandomizer*);
   using Reset = void (Node::*)();
   static constexpr Dependence NEVER = Dependence::NEVER;
   static constexpr Dependence ALWAYS = Dependence::ALWAYS;
@@ -92,9 +93,14 @@ struct OrvaProbabilityDistribution::Rows {
             .repair = repair,
             .failureRate = failureRate};
   }
-  static constexpr Functor Deviate(const char* name, bool (*acceptsChildren)(int), Draw draw,
-                                   Reset reset) {
-    return {.name = name, .acceptsChildren = acceptsChildren, .draw = draw, .reset = reset};
+  template <int N>
+  static constexpr Functor Deviate(const char* name, Reset reset, Node::Deviate deviate) {
+    return {.name = name,
+            .acceptsChildren = Exactly<N>,
+            .draw = &Node::_DrawDeviate,
+            .reset = reset,
+            .numberOfArguments = N,
+            .deviate = deviate};
   }
 };
 
@@ -176,17 +182,23 @@ constexpr OrvaProbabilityDistribution::Functor OrvaProbabilityDistribution::_FUN
                 Rows::ALWAYS, &Rows::Node::_GetFailureRateOfPeriodicTest),
     Rows::Model("bound-time", Exactly<4>, &Rows::Node::_EvaluateBoundTime, Rows::ALWAYS,
                 Rows::CHILDREN),
-    Rows::Deviate("uniform-deviate", Exactly<2>, &Rows::Node::_DrawUniform,
-                  &Rows::Node::_ResetUniform),
-    Rows::Deviate("normal-deviate", Exactly<2>, &Rows::Node::_DrawNormal,
-                  &Rows::Node::_ResetToFirstParameter),
-    Rows::Deviate("lognormal-deviate", Exactly<3>, &Rows::Node::_DrawLognormal,
-                  &Rows::Node::_ResetToFirstParameter),
-    Rows::Deviate("beta-deviate", Exactly<2>, &Rows::Node::_DrawBeta, &Rows::Node::_ResetBeta),
-    Rows::Deviate("gamma-deviate", Exactly<2>, &Rows::Node::_DrawGamma, &Rows::Node::_ResetGamma),
-    Rows::Deviate("bin", Exactly<2>, &Rows::Node::_DrawNothing, &Rows::Node::_ResetNothing),
-    Rows::Deviate("histogram", AtLeast<2>, &Rows::Node::_DrawHistogram,
-                  &Rows::Node::_ResetHistogram),
+    Rows::Deviate<2>("uniform-deviate", &Rows::Node::_ResetUniform,
+                     [](const auto& x, auto* random) { return random->UniformDraw(x[0], x[1]); }),
+    Rows::Deviate<2>("normal-deviate", &Rows::Node::_ResetToFirstParameter,
+                     [](const auto& x, auto* random) { return random->NormalDraw(x[0], x[1]); }),
+    // The logarithm is drawn: see _GetArgumentsOfDeviate.
+    Rows::Deviate<3>(
+        "lognormal-deviate", &Rows::Node::_ResetToFirstParameter,
+        [](const auto& x, auto* random) { return std::exp(random->NormalDraw(x[0], x[1])); }),
+    Rows::Deviate<2>("beta-deviate", &Rows::Node::_ResetBeta,
+                     [](const auto& x, auto* random) { return random->BetaDraw(x[0], x[1]); }),
+    Rows::Deviate<2>("gamma-deviate", &Rows::Node::_ResetGamma,
+                     [](const auto& x, auto* random) { return random->GammaDraw(x[0], x[1]); }),
+    {.name = "bin", .acceptsChildren = Exactly<2>},
+    {.name = "histogram",
+     .acceptsChildren = AtLeast<2>,
+     .draw = &Rows::Node::_DrawHistogram,
+     .reset = &Rows::Node::_ResetHistogram},
     {},
 };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+
 #include "model/OrvaTerm.h"
 #include "support/values/LumoConstant.h"
 
@@ -160,6 +162,22 @@ class OrvaProbabilityDistribution : public OrvaTerm {
   // Sets every deviate of the tree to its central value.
   void ResetRandomDeviates();
 
+  // DrawRandomDeviates for many trials: what is the same in all of them is computed once.
+  class PreparedDraw {
+   public:
+    void Draw(LumoRandomizer* randomizer) const;
+
+   private:
+    friend class OrvaProbabilityDistribution;
+
+    OrvaProbabilityDistribution* _node = nullptr;
+    std::array<double, 3> _arguments = {};  // of the deviate, when they are constants
+    bool _areConstants = false;
+  };
+  // False for an expression without deviates, which takes no draw. The expression must not change
+  // while the prepared draw is in use.
+  bool PrepareDraw(PreparedDraw& draw);
+
   // Offered to users of the class; the program itself does not call what follows.
 
   OrvaProbabilityDistribution* GetParent() const {
@@ -172,6 +190,9 @@ class OrvaProbabilityDistribution : public OrvaTerm {
  private:
   using Operation = void (LumoConstant::*)(const LumoConstant*);
   using BinaryOperation = void (LumoConstant::*)(const LumoConstant*, const LumoConstant*);
+  // Those of a deviate, and a value drawn with them.
+  using Arguments = std::array<double, 3>;
+  using Deviate = double (*)(const Arguments& arguments, LumoRandomizer* randomizer);
   // How a property of a node depends on the rest of the tree.
   enum class Dependence { NEVER, ALWAYS, CHILDREN, DEFINITION };
   struct Functor;
@@ -224,12 +245,10 @@ class OrvaProbabilityDistribution : public OrvaTerm {
   double _GetFailureRateOfMTT(double t) const;
   double _GetFailureRateOfPeriodicTest(double t) const;
 
+  bool _IsConstant() const { return GetType() >= BOOL && GetType() <= PI; }
+  Arguments _GetArgumentsOfDeviate();
   void _DrawNothing(LumoRandomizer* /*randomizer*/) {}
-  void _DrawUniform(LumoRandomizer* randomizer);
-  void _DrawNormal(LumoRandomizer* randomizer);
-  void _DrawLognormal(LumoRandomizer* randomizer);
-  void _DrawBeta(LumoRandomizer* randomizer);
-  void _DrawGamma(LumoRandomizer* randomizer);
+  void _DrawDeviate(LumoRandomizer* randomizer);
   void _DrawHistogram(LumoRandomizer* randomizer);
   void _ResetNothing() {}
   void _ResetUniform();

@@ -29,10 +29,40 @@ double OrvaProbabilityDistribution::_GetDeviateParameter(int i) {
   return ComputeValueOfChildAsDouble(i, 0.0, DBL_MIN, DBL_MAX);
 }
 
-void OrvaProbabilityDistribution::_DrawUniform(LumoRandomizer* randomizer) {
-  const double a = _GetDeviateParameter(1);
-  const double b = _GetDeviateParameter(2);
-  _value.Set(randomizer->UniformDraw(a, b));
+// Those of a lognormal law become the mean and the deviation of its logarithm, which is all that it
+// takes to draw.
+OrvaProbabilityDistribution::Arguments OrvaProbabilityDistribution::_GetArgumentsOfDeviate() {
+  const int number = _GetFunctor().numberOfArguments;
+  Arguments x = {};
+  for (int i = 0; i < number; ++i) x[static_cast<std::size_t>(i)] = _GetDeviateParameter(i + 1);
+  if (GetType() == LOGNORMAL_DEVIATE) {
+    LumoRandomizer::GetNormalLawOfLogarithm(x[0], x[1], x[2], x[0], x[1]);
+  }
+  return x;
+}
+
+void OrvaProbabilityDistribution::_DrawDeviate(LumoRandomizer* randomizer) {
+  _value.Set(_GetFunctor().deviate(_GetArgumentsOfDeviate(), randomizer));
+}
+
+bool OrvaProbabilityDistribution::PrepareDraw(PreparedDraw& draw) {
+  bool hasDeviates = false;
+  bool areConstants = true;
+  for (OrvaTerm* term = GetFirstInPostOrder(); term != nullptr;
+       term = term->GetNextInPostOrder(this)) {
+    const auto* node = static_cast<const OrvaProbabilityDistribution*>(term);
+    hasDeviates = hasDeviates || node->GetType() >= UNIFORM_DEVIATE;
+    areConstants = areConstants && (node == this || node->_IsConstant());
+  }
+  draw._node = this;
+  draw._areConstants = areConstants && _GetFunctor().deviate != nullptr;
+  if (draw._areConstants) draw._arguments = _GetArgumentsOfDeviate();
+  return hasDeviates;
+}
+
+void OrvaProbabilityDistribution::PreparedDraw::Draw(LumoRandomizer* randomizer) const {
+  if (!_areConstants) return _node->DrawRandomDeviates(randomizer);
+  _node->_value.Set(_node->_GetFunctor().deviate(_arguments, randomizer));
 }
 
 void OrvaProbabilityDistribution::_ResetUniform() {
@@ -41,37 +71,12 @@ void OrvaProbabilityDistribution::_ResetUniform() {
   _value.Set(a + (b - a) * 0.5);
 }
 
-void OrvaProbabilityDistribution::_DrawNormal(LumoRandomizer* randomizer) {
-  const double mean = _GetDeviateParameter(1);
-  const double deviation = _GetDeviateParameter(2);
-  _value.Set(randomizer->NormalDraw(mean, deviation));
-}
-
-void OrvaProbabilityDistribution::_DrawLognormal(LumoRandomizer* randomizer) {
-  const double mean = _GetDeviateParameter(1);
-  const double errorFactor = _GetDeviateParameter(2);
-  const double level = _GetDeviateParameter(3);
-  _value.Set(randomizer->LognormalDraw(mean, errorFactor, level));
-}
-
 void OrvaProbabilityDistribution::_ResetToFirstParameter() { _value.Set(_GetDeviateParameter(1)); }
-
-void OrvaProbabilityDistribution::_DrawBeta(LumoRandomizer* randomizer) {
-  const double alpha = _GetDeviateParameter(1);
-  const double beta = _GetDeviateParameter(2);
-  _value.Set(randomizer->BetaDraw(alpha, beta));
-}
 
 void OrvaProbabilityDistribution::_ResetBeta() {
   const double alpha = _GetDeviateParameter(1);
   const double beta = _GetDeviateParameter(2);
   _value.Set(alpha / OrvaNonZero(alpha + beta));
-}
-
-void OrvaProbabilityDistribution::_DrawGamma(LumoRandomizer* randomizer) {
-  const double k = _GetDeviateParameter(1);
-  const double theta = _GetDeviateParameter(2);
-  _value.Set(randomizer->GammaDraw(k, theta));
 }
 
 void OrvaProbabilityDistribution::_ResetGamma() {

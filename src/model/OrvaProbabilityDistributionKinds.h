@@ -17,6 +17,9 @@ struct OrvaProbabilityDistribution::Functor {
   double (Node::*failureRate)(double t) const = &Node::_GetNoFailureRate;
   void (Node::*draw)(LumoRandomizer* randomizer) = &Node::_DrawNothing;
   void (Node::*reset)() = &Node::_ResetNothing;
+  // Of deviates with so many arguments: how they are drawn.
+  int numberOfArguments = 0;
+  Deviate deviate = nullptr;
   // What the evaluation applies: to one child, to two, or to each in turn from a start value.
   Operation operation = nullptr;
   BinaryOperation binaryOperation = nullptr;

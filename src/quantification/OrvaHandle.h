@@ -1,5 +1,8 @@
 #pragma once
 
+#include <vector>
+
+#include "model/OrvaProbabilityDistribution.h"
 #include "support/containers/LumoList.h"
 #include "support/containers/LumoRange.h"
 
@@ -10,7 +13,6 @@ class OrvaApproximation;
 class OrvaEvent;
 class OrvaMCSSet;
 class OrvaParameter;
-class OrvaProbabilityDistribution;
 class OrvaSystem;
 
 // A named result: what was built from a top event, a Boolean system or a set of minimal cutsets.
@@ -146,13 +148,6 @@ class OrvaHandle {
                                                        LumoRandomizer* randomizer,
                                                        int numberOfQuantiles, int numberOfBins,
                                                        bool parameters, bool basicEvents);
-  // Draws the deviates of the handle's parameters, then of its basic events; of those given; of
-  // the parameters alone. A drawn parameter must have a definition.
-  void DrawRandomDeviatesOfBasicEvents(LumoRandomizer* randomizer);
-  void DrawRandomDeviatesOfBasicEvents(LumoRandomizer* randomizer,
-                                       const LumoContainer* basicEvents);
-  void DrawRandomDeviatesOfParameters(LumoRandomizer* randomizer);
-  void DrawRandomDeviatesOfParameters(LumoRandomizer* randomizer, const LumoContainer* parameters);
   void ResetSensitivityMeasureOfTopEvent(int numberOfQuantiles, int numberOfBins);
   void ResetSensitivityMeasuresOfBasicEvents();
   void ResetSensitivityMeasuresOfBasicEvents(const LumoContainer* basicEvents);
@@ -177,6 +172,13 @@ class OrvaHandle {
   static int CompareType(const void* handle, const void* type);
   static int CompareTypes(const void* a, const void* b);
   double GetUnconditionalFailureIntensityOfBasicEvent(const OrvaEvent* event) const;
+  // Draws the deviates of the handle's parameters, then of its basic events; of those given; of
+  // the parameters alone. A drawn parameter must have a definition.
+  void DrawRandomDeviatesOfBasicEvents(LumoRandomizer* randomizer);
+  void DrawRandomDeviatesOfBasicEvents(LumoRandomizer* randomizer,
+                                       const LumoContainer* basicEvents);
+  void DrawRandomDeviatesOfParameters(LumoRandomizer* randomizer);
+  void DrawRandomDeviatesOfParameters(LumoRandomizer* randomizer, const LumoContainer* parameters);
   // At time 0.
   void ComputeValuesOfParameters() { ComputeValuesOfParameters(0.0); }
   LumoCurvePoint* ComputePointOfTopEventProbability(double t, LumoCurve* curve);
@@ -200,6 +202,8 @@ class OrvaHandle {
   void _ComputeSingularPoints(Quantity quantity, const Tests& tests, double firstDate,
                               double lastDate, LumoCurve* curve);
   void _SmoothCurve(Quantity quantity, double smoothingRatio, LumoCurve* curve);
+
+  std::vector<OrvaProbabilityDistribution::PreparedDraw> _PrepareDraws() const;
 
   void _LoadProbabilitiesOfBasicEvents() { _LoadProbabilitiesOfBasicEvents(&_basicEvents); }
   void _LoadProbabilitiesOfBasicEvents(const LumoContainer* basicEvents);

@@ -3,6 +3,8 @@
 // is the model, not the failures. All measures of a trial get the values of the same draw, so that
 // those of the parameters and of the basic events can be set against that of the top event.
 //
+// Only what has deviates is drawn, and with constant arguments these are looked at once.
+//
 // A basic event draws only what stands in its own expression. The parameters that it refers to are
 // drawn before, once for all the events that share them.
 
@@ -21,10 +23,11 @@ void OrvaHandle::PerformSensitivityAnalysisOnTopEventProbability(
   if (parameters) ResetSensitivityMeasuresOfParameters();
   if (basicEvents) ResetSensitivityMeasuresOfBasicEvents();
   ResetSensitivityMeasureOfTopEvent(numberOfQuantiles, numberOfBins);
+  const std::vector<OrvaProbabilityDistribution::PreparedDraw> draws = _PrepareDraws();
   const LumoProgress progress("sampling", "tries", numberOfTries);
   for (int i = 0; i < numberOfTries; ++i) {
     LumoProgress::Advance();
-    DrawRandomDeviatesOfBasicEvents(randomizer);
+    for (const auto& draw : draws) draw.Draw(randomizer);
     ComputeTopEventProbability(missionTime);
     if (parameters) AddCurrentValuesOfParametersToTheirSensitivityMeasures();
     if (basicEvents) AddCurrentProbabilitiesOfBasicEventsToTheirSensitivityMeasures();
@@ -32,30 +35,19 @@ void OrvaHandle::PerformSensitivityAnalysisOnTopEventProbability(
   }
 }
 
-void OrvaHandle::DrawRandomDeviatesOfBasicEvents(LumoRandomizer* randomizer) {
-  DrawRandomDeviatesOfParameters(randomizer);
-  DrawRandomDeviatesOfBasicEvents(randomizer, &_basicEvents);
-}
-
-void OrvaHandle::DrawRandomDeviatesOfBasicEvents(LumoRandomizer* randomizer,
-                                                 const LumoContainer* basicEvents) {
-  for (const OrvaEvent* event : LumoItems<OrvaEvent>(*basicEvents)) {
-    if (auto* distribution = event->GetProbabilityDistribution()) {
-      distribution->DrawRandomDeviates(randomizer);
-    }
+std::vector<OrvaProbabilityDistribution::PreparedDraw> OrvaHandle::_PrepareDraws() const {
+  std::vector<OrvaProbabilityDistribution::PreparedDraw> draws;
+  const auto prepare = [&](OrvaProbabilityDistribution* expression) {
+    OrvaProbabilityDistribution::PreparedDraw draw;
+    if (expression != nullptr && expression->PrepareDraw(draw)) draws.push_back(draw);
+  };
+  for (const OrvaParameter* parameter : LumoItems<OrvaParameter>(_parameters)) {
+    prepare(parameter->GetDefinition());
   }
-}
-
-void OrvaHandle::DrawRandomDeviatesOfParameters(LumoRandomizer* randomizer) {
-  DrawRandomDeviatesOfParameters(randomizer, &_parameters);
-}
-
-void OrvaHandle::DrawRandomDeviatesOfParameters(LumoRandomizer* randomizer,
-                                                const LumoContainer* parameters) {
-  for (const OrvaParameter* parameter : LumoItems<OrvaParameter>(*parameters)) {
-    assert(parameter->GetDefinition() != nullptr);
-    parameter->GetDefinition()->DrawRandomDeviates(randomizer);
+  for (const OrvaEvent* event : LumoItems<OrvaEvent>(_basicEvents)) {
+    prepare(event->GetProbabilityDistribution());
   }
+  return draws;
 }
 
 void OrvaHandle::ResetSensitivityMeasureOfTopEvent(int numberOfQuantiles, int numberOfBins) {
@@ -106,5 +98,33 @@ void OrvaHandle::AddCurrentValuesOfParametersToTheirSensitivityMeasures(
   for (OrvaParameter* parameter : LumoItems<OrvaParameter>(*parameters)) {
     assert(parameter->GetMeasure() != nullptr);
     parameter->GetMeasure()->AddValue(parameter->GetValue()->ToDouble());
+  }
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+void OrvaHandle::DrawRandomDeviatesOfBasicEvents(LumoRandomizer* randomizer) {
+  DrawRandomDeviatesOfParameters(randomizer);
+  DrawRandomDeviatesOfBasicEvents(randomizer, &_basicEvents);
+}
+
+void OrvaHandle::DrawRandomDeviatesOfBasicEvents(LumoRandomizer* randomizer,
+                                                 const LumoContainer* basicEvents) {
+  for (const OrvaEvent* event : LumoItems<OrvaEvent>(*basicEvents)) {
+    if (auto* distribution = event->GetProbabilityDistribution()) {
+      distribution->DrawRandomDeviates(randomizer);
+    }
+  }
+}
+
+void OrvaHandle::DrawRandomDeviatesOfParameters(LumoRandomizer* randomizer) {
+  DrawRandomDeviatesOfParameters(randomizer, &_parameters);
+}
+
+void OrvaHandle::DrawRandomDeviatesOfParameters(LumoRandomizer* randomizer,
+                                                const LumoContainer* parameters) {
+  for (const OrvaParameter* parameter : LumoItems<OrvaParameter>(*parameters)) {
+    assert(parameter->GetDefinition() != nullptr);
+    parameter->GetDefinition()->DrawRandomDeviates(randomizer);
   }
 }

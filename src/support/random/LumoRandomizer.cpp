@@ -93,9 +93,16 @@ double LumoRandomizer::NormalDraw() {
 }
 
 double LumoRandomizer::LognormalDraw(double mean, double errorFactor, double level) {
-  const double sigma = std::log(errorFactor) / StandardScore(level);
-  const double mu = std::log(mean) - 0.5 * sigma * sigma;
+  double mu;
+  double sigma;
+  GetNormalLawOfLogarithm(mean, errorFactor, level, mu, sigma);
   return std::exp(NormalDraw(mu, sigma));
+}
+
+void LumoRandomizer::GetNormalLawOfLogarithm(double mean, double errorFactor, double level,
+                                             double& mu, double& sigma) {
+  sigma = std::log(errorFactor) / StandardScore(level);
+  mu = std::log(mean) - 0.5 * sigma * sigma;
 }
 
 double LumoRandomizer::GammaDraw(double k) {

@@ -33,6 +33,9 @@ class LumoRandomizer {
   // The law whose logarithm is normal with σ = ln(errorFactor) / score(level) and mean
   // ln(mean) - σ²/2: `mean` is the mean of the law, not its median.
   double LognormalDraw(double mean, double errorFactor, double level);
+  // Its μ and σ.
+  static void GetNormalLawOfLogarithm(double mean, double errorFactor, double level, double& mu,
+                                      double& sigma);
   // Shape k, scale 1 or `theta`. G. Marsaglia and W. W. Tsang, "A simple method for generating
   // gamma variables", 2000. A shape that is not positive yields 0, NaN yields NaN.
   double GammaDraw(double k);
