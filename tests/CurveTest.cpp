@@ -190,4 +190,72 @@ TEST_F(CurveTest, IsNotSmoothedWhereItIsZero) {
   }
 }
 
+// The average over 8760 time units of events that are tested in parameters, against a sum over fine
+// steps.
+TEST(CurveCorrections, FollowTheTestsInParameters) {
+  constexpr double LAST = 8760.0;
+  OrvaTestEngine engine;
+  engine.Define(R"(SUM = or(A,B,C); PAIR = and(A,B); $interval = 730;
+      $a = periodic-test(1e-5,interval,730,time); $b = periodic-test(2e-5,1460,365,time);
+      $c = mul(0.5,periodic-test(3e-5,2190,2190,time));
+      #A = mul(a,1); #B = mul(b,1); #C = mul(c,1))");
+  const auto p = [](double lambda, double interval, double first, double t) {
+    const double since = t <= first ? t : std::fmod(t - first, interval);
+    return 1.0 - std::exp(-lambda * since);
+  };
+  const auto a = [&](double t) { return p(1e-5, 730, 730, t); };
+  const auto b = [&](double t) { return p(2e-5, 1460, 365, t); };
+  const auto c = [&](double t) { return 0.5 * p(3e-5, 2190, 2190, t); };
+  const struct {
+    const char* top;
+    std::function<double(double)> value;
+  } rows[] = {{"A", a},
+              {"SUM", [&](double t) { return a(t) + b(t) + c(t); }},
+              {"PAIR", [&](double t) { return a(t) * b(t); }}};
+  for (const auto& [top, value] : rows) {
+    engine.MustRun(std::string("<build><minimal-cutsets top-event=\"") + top + "\"/></build>");
+    constexpr int STEPS = 87600;
+    double average = 0.0;
+    for (int i = 0; i < STEPS; ++i) average += value((i + 0.5) * LAST / STEPS) / STEPS;
+    LumoCurve curve;
+    engine.GetEvent(top)->GetHandle("MCS")->ComputeCurveOfTopEventProbability(
+        0.0, LAST, 0.0, true, true, 0.1, &curve, {.followsParameters = true});
+    EXPECT_NEAR(curve.GetIntegral() / LAST, average, 0.01 * average) << top;
+  }
+}
+
+// The conditional failure intensity of one event is the rate of its law, from early to late dates.
+TEST(CurveCorrections, TakeNumericRatesOfLawsThatGrow) {
+  OrvaTestEngine engine;
+  engine.Define(R"($law = exponential(2e-4,time); #written = sub(1,exp(neg(mul(1e-4,time))));
+      #sum = add(exponential(1e-5,time),mul(0.5,law)); #least = min(0.9,law);
+      #run = add(0.01,exponential(1e-7,time)); #worn = Weibull(1e4,3,time); #fixed = 0.5)");
+  const struct {
+    const char* event;
+    std::function<double(double)> rate;
+  } rows[] = {{"written", [](double) { return 1e-4; }},
+              {"sum",
+               [](double t) {
+                 const double x = std::exp(-1e-5 * t), y = 0.5 * std::exp(-2e-4 * t);
+                 return (1e-5 * x + 2e-4 * y) / (x + y - 0.5);
+               }},
+              {"least", [](double) { return 2e-4; }},
+              {"run",
+               [](double t) {
+                 const double x = std::exp(-1e-7 * t);
+                 return 1e-7 * x / (x - 0.01);
+               }},
+              {"worn", [](double t) { return 3e-4 * std::pow(t / 1e4, 2.0); }},
+              {"fixed", [](double) { return 0.0; }}};
+  for (const auto& [event, rate] : rows) {
+    engine.MustRun(std::string("<build><minimal-cutsets top-event=\"") + event + "\"/></build>");
+    for (const double t : {20.0, 730.0, 8760.0}) {
+      LumoCurve curve;
+      engine.GetEvent(event)->GetHandle("MCS")->ComputeCurveOfTopEventConditionalFailureIntensity(
+          t, 0.0, false, false, 0.1, &curve, {.takesNumericFailureRates = true});
+      EXPECT_NEAR(curve.GetLastPoint()->GetY(), rate(t), 0.002 * rate(t)) << event << ' ' << t;
+    }
+  }
+}
+
 }  // namespace

@@ -175,14 +175,17 @@ class OrvaInterpreter {
                               int& result);
   bool _DownloadBooleanOption(int& error, const LumoXMLNode* command, const char* name,
                               bool& result);
-  // Options that only the command itself may have. An integer that it lacks leaves the result
-  // unchanged; true when it is there. A word is one of a table, or the first of them where the
-  // command has none; any other word is reported with that message.
+  // Options that only the command itself may have. An integer or a Boolean that it lacks
+  // leaves the result unchanged; true when it is there. A word is one of a table, or the first of
+  // them where the command has none; any other word is reported with that message.
   bool _DownloadIntegerInCommand(int& error, const LumoXMLNode* command, const char* name,
                                  int& result);
   template <class Value, std::size_t N>
   Value _DownloadWordInCommand(int& error, const LumoXMLNode* command, const char* name,
                                const OrvaWord<Value> (&words)[N], const char* unknownWord);
+  bool _DownloadBooleanInCommand(int& error, const LumoXMLNode* command, const char* name,
+                                 bool& result);
+  void _DownloadOptionSeed(int& error, const LumoXMLNode* command);
   // Sets switches of the printer from Boolean options; and a number of its rows, which is 0 and the
   // result false when it would be too large. A number below 0 gives no rows.
   void _DownloadSwitches(int& error, const LumoXMLNode* command, std::span<const Switch> switches);

@@ -7,12 +7,14 @@
 
 #include <memory>
 #include <span>
+#include <string>
 
 #include "diagram/OrvaExactProbability.h"
 #include "driver/OrvaInterpreter.h"
 #include "driver/OrvaInterpreterCommands.h"
 #include "model/OrvaModel.h"
 #include "quantification/OrvaApproximation.h"
+#include "support/random/LumoRandomizer.h"
 #include "support/statistics/LumoCurve.h"
 #include "support/time/LumoProgress.h"
 
@@ -27,10 +29,12 @@ struct OrvaInterpreter::CurveKind {
     bool addSingularPoints = false;
     bool smoothCurve = false;
     double smoothingRatio = 0.0;
+    OrvaCurveCorrections corrections = {};
   };
   void (*compute)(OrvaHandle* handle, const Options& options, LumoCurve* curve);
   std::span<const Switch> switches;
   void (*print)(OrvaPrinter* printer, const LumoCurve* curve, LumoStream* stream);
+  bool hasFailureRates = false;
 };
 
 namespace {
@@ -49,6 +53,15 @@ constexpr OrvaWord<Approximation> APPROXIMATIONS[] = {
     {"mcub", Approximation::UPPER_BOUND},
     {"exact", Approximation::EXACT},
 };
+constexpr const char* UNKNOWN_FAILURE_RATE = "Unknown failure rate %s\n";
+constexpr const char* NOT_A_SEED = "Not a seed: %s\n";
+
+// What only the command itself may say.
+constexpr const char* FOLLOW_PARAMETERS = "follow-parameters";
+constexpr const char* FAILURE_RATE = "failure-rate";
+constexpr const char* SEED = "seed";
+
+constexpr OrvaWord<bool> FAILURE_RATES[] = {{"expression", false}, {"numeric", true}};
 
 void PrintCurveOfProbability(OrvaPrinter* printer, const LumoCurve* curve, LumoStream* stream) {
   if (printer->printUnavailability || printer->printAverageUnavailability ||
@@ -116,9 +129,9 @@ void OrvaInterpreter::_DownloadCommandComputeTopEventProbability(int& error,
   };
   static constexpr CurveKind CURVE = {
       [](OrvaHandle* handle, const CurveKind::Options& options, LumoCurve* curve) {
-        handle->ComputeCurveOfTopEventProbability(options.firstDate, options.lastDate, options.step,
-                                                  options.addSingularPoints, options.smoothCurve,
-                                                  options.smoothingRatio, curve);
+        handle->ComputeCurveOfTopEventProbability(
+            options.firstDate, options.lastDate, options.step, options.addSingularPoints,
+            options.smoothCurve, options.smoothingRatio, curve, options.corrections);
       },
       SWITCHES, PrintCurveOfProbability};
   OrvaHandle* handle;
@@ -202,9 +215,9 @@ void OrvaInterpreter::_DownloadCommandComputeFailureIntensity(int& error,
       [](OrvaHandle* handle, const CurveKind::Options& options, LumoCurve* curve) {
         handle->ComputeCurveOfTopEventConditionalFailureIntensity(
             options.lastDate, options.step, options.addSingularPoints, options.smoothCurve,
-            options.smoothingRatio, curve);
+            options.smoothingRatio, curve, options.corrections);
       },
-      SWITCHES, PrintCurveOfFailureIntensity};
+      SWITCHES, PrintCurveOfFailureIntensity, true};
   OrvaHandle* handle;
   _DownloadOptionSourceHandle(error, command, OrvaHandle::MCS_HANDLE, handle);
   if (handle == nullptr) return;
@@ -220,6 +233,12 @@ void OrvaInterpreter::_WriteCurve(int& error, const LumoXMLNode* command, OrvaHa
   _DownloadBooleanOption(error, command, Center::ADD_SINGULAR_POINTS, options.addSingularPoints);
   _DownloadBooleanOption(error, command, Center::SMOOTH_CURVE, options.smoothCurve);
   _DownloadRealOption(error, command, Center::SMOOTHING_RATIO, options.smoothingRatio);
+  _DownloadBooleanInCommand(error, command, FOLLOW_PARAMETERS,
+                            options.corrections.followsParameters);
+  if (kind.hasFailureRates) {
+    options.corrections.takesNumericFailureRates =
+        _DownloadWordInCommand(error, command, FAILURE_RATE, FAILURE_RATES, UNKNOWN_FAILURE_RATE);
+  }
   _WriteOutput(error, command, [&](LumoStream* stream) {
     const LumoProgress progress("curve", "points so far");
     LumoCurve curve;
@@ -268,7 +287,22 @@ void OrvaInterpreter::_DownloadCommandComputeOrdersOfMinimalCutsets(int& error,
   _DownloadCommandPrintOrders(error, command);
 }
 
-// The randomizer goes on from where the last run left it: this is the defined behaviour.
+// A seed starts the random numbers afresh, without a normal deviate that waits from before. There
+// are seeds from which the generator does not get away.
+void OrvaInterpreter::_DownloadOptionSeed(int& error, const LumoXMLNode* command) {
+  int seed = 0;
+  if (!_DownloadIntegerInCommand(error, command, SEED, seed) || error != 0) return;
+  _randomizer->SetSeed(seed);
+  const long first = _randomizer->Draw();
+  if (seed < 0 || _randomizer->Draw() == first) {
+    return _Report(error, NOT_A_SEED, std::to_string(seed).c_str(), command);
+  }
+  _randomizer->SetSeed(seed);
+  _randomizer->ResetNormalDrawValue();
+}
+
+// Without a seed the randomizer goes on from where the last run left it: this is the defined
+// behaviour.
 void OrvaInterpreter::_DownloadCommandComputeTopEventSensitivity(int& error,
                                                                  const LumoXMLNode* command) {
   static constexpr Switch MOMENTS[] = {
@@ -288,6 +322,7 @@ void OrvaInterpreter::_DownloadCommandComputeTopEventSensitivity(int& error,
   int tries = 0;
   _DownloadRealOption(error, command, Center::MISSION_TIME, missionTime);
   _DownloadIntegerOption(error, command, Center::NUMBER_OF_TRIES, tries);
+  _DownloadOptionSeed(error, command);
   _WriteOutput(error, command, [&](LumoStream* stream) {
     OrvaPrinter& out = *_printer;
     _DownloadSwitches(error, command, MOMENTS);

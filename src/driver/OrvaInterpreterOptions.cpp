@@ -95,11 +95,15 @@ bool OrvaInterpreter::_DownloadIntegerInCommand(int& error, const LumoXMLNode* c
 
 bool OrvaInterpreter::_DownloadBooleanOption(int& error, const LumoXMLNode* command,
                                              const char* name, bool& result) {
+  if (_DownloadBooleanInCommand(error, command, name, result)) return true;
+  result = _optionCenter->GetBooleanOption(name);
+  return false;
+}
+
+bool OrvaInterpreter::_DownloadBooleanInCommand(int& error, const LumoXMLNode* command,
+                                                const char* name, bool& result) {
   const char* text;
-  if (!_DownloadOptionInCommand(command, name, text)) {
-    result = _optionCenter->GetBooleanOption(name);
-    return false;
-  }
+  if (!_DownloadOptionInCommand(command, name, text)) return false;
   if (const OrvaWord<bool>* row = OrvaFindWord(BOOLEANS, text)) {
     result = row->value;
   } else {

@@ -174,6 +174,10 @@ void OrvaHandle::_ComputeImportanceFactorsOfBasicEvents() {
 
 void OrvaHandle::ComputeTopEventUnconditionalFailureIntensity(double t) {
   ComputeProbabilitiesAndUnconditionalFailureIntensitiesOfBasicEvents(t);
+  _ComputeTopEventUnconditionalFailureIntensity();
+}
+
+void OrvaHandle::_ComputeTopEventUnconditionalFailureIntensity() {
   _ComputeImportanceFactorsOfBasicEvents();
   double w = 0.0;
   for (const OrvaEvent* event : LumoItems<OrvaEvent>(_basicEvents)) {

@@ -15,6 +15,16 @@ class OrvaMCSSet;
 class OrvaParameter;
 class OrvaSystem;
 
+// What a study may ask for beyond the curves as they are defined.
+struct OrvaCurveCorrections {
+  // Tests inside the parameters are singular points too.
+  bool followsParameters = false;
+  // The unconditional failure intensity of each basic event is the derivative of its probability.
+  // This holds for laws that only grow, and between the tests of others; where the probability
+  // falls the intensity is 0. Of the conditional failure intensity only.
+  bool takesNumericFailureRates = false;
+};
+
 // A named result: what was built from a top event, a Boolean system or a set of minimal cutsets.
 // Quantities are computed through a handle at a mission time, in the model's time unit, and stored
 // on the events and parameters of the model, from which they are read; a value read is that of the
@@ -121,23 +131,15 @@ class OrvaHandle {
   static constexpr int MAXIMUM_NUMBER_OF_POINTS = 1000000;
   // Curves. Points are added at the first and the last date, on the grid between them, at and
   // around the tests of periodically tested basic events, and where the curve bends by more than
-  // the smoothing ratio (see SmoothCurve...). A date that is on the curve already is not computed
+  // the smoothing ratio (see SmoothCurve... below). A date that is on the curve already is not computed
   // again. The curve of the conditional failure intensity always starts at 0.
   void ComputeCurveOfTopEventProbability(double firstDate, double lastDate, double step,
                                          bool addSingularPoints, bool smoothCurve,
-                                         double smoothingRatio, LumoCurve* curve);
-  void ComputeCurveOfTopEventConditionalFailureIntensity(double lastDate, double step,
-                                                         bool addSingularPoints, bool smoothCurve,
-                                                         double smoothingRatio, LumoCurve* curve);
-  void ComputeSingularPointsOfTopEventProbability(double firstDate, double lastDate,
-                                                  LumoCurve* curve);
-  void ComputeSingularPointsOfTopEventConditionalFailureIntensity(double lastDate,
-                                                                  LumoCurve* curve);
-  // Adds the midpoint of each interval longer than 0.1 time units, unless the quantity is not
-  // positive there, and goes on inside both halves when the linear interpolation was off by more
-  // than the ratio of the computed value.
-  void SmoothCurveOfTopEventProbability(double smoothingRatio, LumoCurve* curve);
-  void SmoothCurveOfTopEventConditionalFailureIntensity(double smoothingRatio, LumoCurve* curve);
+                                         double smoothingRatio, LumoCurve* curve,
+                                         const OrvaCurveCorrections& corrections = {});
+  void ComputeCurveOfTopEventConditionalFailureIntensity(
+      double lastDate, double step, bool addSingularPoints, bool smoothCurve, double smoothingRatio,
+      LumoCurve* curve, const OrvaCurveCorrections& corrections = {});
 
   // Uncertainty. Draws all random deviates anew the given number of times, recomputes the
   // top-event probability at the mission time after each draw, and adds it to the measure of the
@@ -181,6 +183,16 @@ class OrvaHandle {
   void DrawRandomDeviatesOfParameters(LumoRandomizer* randomizer, const LumoContainer* parameters);
   // At time 0.
   void ComputeValuesOfParameters() { ComputeValuesOfParameters(0.0); }
+  // The parts of the curves. Singular points are those of the tests of basic events alone.
+  void ComputeSingularPointsOfTopEventProbability(double firstDate, double lastDate,
+                                                  LumoCurve* curve);
+  void ComputeSingularPointsOfTopEventConditionalFailureIntensity(double lastDate,
+                                                                  LumoCurve* curve);
+  // Adds the midpoint of each interval longer than 0.1 time units, unless the quantity is not
+  // positive there, and goes on inside both halves when the linear interpolation was off by more
+  // than the ratio of the computed value.
+  void SmoothCurveOfTopEventProbability(double smoothingRatio, LumoCurve* curve);
+  void SmoothCurveOfTopEventConditionalFailureIntensity(double smoothingRatio, LumoCurve* curve);
   LumoCurvePoint* ComputePointOfTopEventProbability(double t, LumoCurve* curve);
   LumoCurvePoint* ComputePointOfTopEventConditionalFailureIntensity(double t, LumoCurve* curve);
 
@@ -194,11 +206,16 @@ class OrvaHandle {
   void _ComputeImportanceFactorsOfBasicEvents();
   double _ComputeProbabilityAt(double t);
   double _ComputeConditionalFailureIntensityAt(double t);
+  double _ComputeNumericConditionalFailureIntensityAt(double t);
+  void _ComputeNumericFailureIntensitiesOfBasicEvents(double t);
+  void _ComputeTopEventUnconditionalFailureIntensity();
   LumoCurvePoint* _ComputePoint(Quantity quantity, double t, LumoCurve* curve);
   void _ComputeGrid(Quantity quantity, double firstDate, double lastDate, double step,
                     LumoCurve* curve);
   void _ComputeSingularPoints(Quantity quantity, double firstDate, double lastDate,
-                              LumoCurve* curve);
+                              bool followsParameters, LumoCurve* curve);
+  void _ComputeSingularPoints(Quantity quantity, OrvaProbabilityDistribution* expression,
+                              double firstDate, double lastDate, LumoCurve* curve);
   void _ComputeSingularPoints(Quantity quantity, const Tests& tests, double firstDate,
                               double lastDate, LumoCurve* curve);
   void _SmoothCurve(Quantity quantity, double smoothingRatio, LumoCurve* curve);

@@ -15,8 +15,10 @@
 #include <cfloat>
 #include <cmath>
 #include <memory>
+#include <vector>
 
 #include "model/OrvaEvent.h"
+#include "model/OrvaParameter.h"
 #include "model/OrvaProbabilityDistribution.h"
 #include "quantification/OrvaHandle.h"
 #include "support/statistics/LumoCurve.h"
@@ -31,6 +33,11 @@ constexpr double LARGEST_OFFSET = 0.1;
 constexpr double OFFSETS_PER_DURATION = 100.0;
 constexpr double OFFSETS_PER_INTERVAL = 1000.0;
 constexpr double SHORTEST_INTERVAL = 0.1;
+
+// The step of a numeric derivative: a part of the date, up to a limit; at date 0.
+constexpr double STEPS_PER_DATE = 1000.0;
+constexpr double LARGEST_STEP = 0.1;
+constexpr double STEP_AT_START = 0.001;
 
 // Where the arguments of a "periodic-test" with a given number of children are, from 1; 0 for
 // none.
@@ -86,6 +93,42 @@ double OrvaHandle::_ComputeConditionalFailureIntensityAt(double t) {
   return GetTopEventConditionalFailureIntensity();
 }
 
+double OrvaHandle::_ComputeNumericConditionalFailureIntensityAt(double t) {
+  _ComputeNumericFailureIntensitiesOfBasicEvents(t < 0.0 ? 0.0 : t);
+  _ComputeTopEventUnconditionalFailureIntensity();
+  return GetTopEventConditionalFailureIntensity();
+}
+
+// With the rate h = p' / (1 - p) of a law that only grows, w = h (1 - p) is p' itself. It is taken
+// from the middle of both sides. Where the probability falls on one of them, a test or a repair is
+// there, which is no failure, and only the other side counts. Parameters are computed at each date
+// too: a law may be hidden in one.
+void OrvaHandle::_ComputeNumericFailureIntensitiesOfBasicEvents(double t) {
+  const double later = t > 0.0 ? std::min(t / STEPS_PER_DATE, LARGEST_STEP) : STEP_AT_START;
+  const double earlier = std::min(later, t);
+  const auto getProbabilities = [&](double date) {
+    ComputeProbabilitiesOfBasicEvents(date);
+    std::vector<double> probabilities;
+    for (const OrvaEvent* event : LumoItems<OrvaEvent>(_basicEvents)) {
+      probabilities.push_back(event->GetProbability());
+    }
+    return probabilities;
+  };
+  const std::vector<double> after = getProbabilities(t + later);
+  const std::vector<double> before = getProbabilities(t - earlier);
+  ComputeProbabilitiesOfBasicEvents(t);
+  std::size_t i = 0;
+  for (OrvaEvent* event : LumoItems<OrvaEvent>(_basicEvents)) {
+    const double p = event->GetProbability();
+    const double forward = (after[i] - p) / later;
+    const double backward = earlier > 0.0 ? (p - before[i]) / earlier : forward;
+    const bool grows = forward >= 0.0 && backward >= 0.0;
+    event->SetUnconditionalFailureIntensity(grows ? (forward + backward) * 0.5
+                                                  : std::max({forward, backward, 0.0}));
+    ++i;
+  }
+}
+
 LumoCurvePoint* OrvaHandle::_ComputePoint(Quantity quantity, double t, LumoCurve* curve) {
   assert(curve != nullptr);
   LumoCurvePoint* point = curve->LookForPointAtX(t);
@@ -96,22 +139,27 @@ LumoCurvePoint* OrvaHandle::_ComputePoint(Quantity quantity, double t, LumoCurve
 
 void OrvaHandle::ComputeCurveOfTopEventProbability(double firstDate, double lastDate, double step,
                                                    bool addSingularPoints, bool smoothCurve,
-                                                   double smoothingRatio, LumoCurve* curve) {
-  _ComputeGrid(&OrvaHandle::_ComputeProbabilityAt, firstDate, lastDate, step, curve);
-  if (addSingularPoints) ComputeSingularPointsOfTopEventProbability(firstDate, lastDate, curve);
-  if (smoothCurve) SmoothCurveOfTopEventProbability(smoothingRatio, curve);
+                                                   double smoothingRatio, LumoCurve* curve,
+                                                   const OrvaCurveCorrections& corrections) {
+  const Quantity quantity = &OrvaHandle::_ComputeProbabilityAt;
+  _ComputeGrid(quantity, firstDate, lastDate, step, curve);
+  if (addSingularPoints) {
+    _ComputeSingularPoints(quantity, firstDate, lastDate, corrections.followsParameters, curve);
+  }
+  if (smoothCurve) _SmoothCurve(quantity, smoothingRatio, curve);
 }
 
-void OrvaHandle::ComputeCurveOfTopEventConditionalFailureIntensity(double lastDate, double step,
-                                                                   bool addSingularPoints,
-                                                                   bool smoothCurve,
-                                                                   double smoothingRatio,
-                                                                   LumoCurve* curve) {
-  _ComputeGrid(&OrvaHandle::_ComputeConditionalFailureIntensityAt, 0.0, lastDate, step, curve);
+void OrvaHandle::ComputeCurveOfTopEventConditionalFailureIntensity(
+    double lastDate, double step, bool addSingularPoints, bool smoothCurve, double smoothingRatio,
+    LumoCurve* curve, const OrvaCurveCorrections& corrections) {
+  const Quantity quantity = corrections.takesNumericFailureRates
+                                ? &OrvaHandle::_ComputeNumericConditionalFailureIntensityAt
+                                : &OrvaHandle::_ComputeConditionalFailureIntensityAt;
+  _ComputeGrid(quantity, 0.0, lastDate, step, curve);
   if (addSingularPoints) {
-    ComputeSingularPointsOfTopEventConditionalFailureIntensity(lastDate, curve);
+    _ComputeSingularPoints(quantity, 0.0, lastDate, corrections.followsParameters, curve);
   }
-  if (smoothCurve) SmoothCurveOfTopEventConditionalFailureIntensity(smoothingRatio, curve);
+  if (smoothCurve) _SmoothCurve(quantity, smoothingRatio, curve);
 }
 
 // The two ends, then the dates between them, accumulated by addition.
@@ -124,31 +172,30 @@ void OrvaHandle::_ComputeGrid(Quantity quantity, double firstDate, double lastDa
   while (Advance(x, step) && x < lastDate && !IsFull(curve)) _ComputePoint(quantity, x, curve);
 }
 
-void OrvaHandle::ComputeSingularPointsOfTopEventProbability(double firstDate, double lastDate,
-                                                            LumoCurve* curve) {
-  _ComputeSingularPoints(&OrvaHandle::_ComputeProbabilityAt, firstDate, lastDate, curve);
-}
-
-void OrvaHandle::ComputeSingularPointsOfTopEventConditionalFailureIntensity(double lastDate,
-                                                                            LumoCurve* curve) {
-  _ComputeSingularPoints(&OrvaHandle::_ComputeConditionalFailureIntensityAt, 0.0, lastDate, curve);
-}
-
 void OrvaHandle::_ComputeSingularPoints(Quantity quantity, double firstDate, double lastDate,
-                                        LumoCurve* curve) {
+                                        bool followsParameters, LumoCurve* curve) {
   for (const OrvaEvent* event : LumoItems<OrvaEvent>(_basicEvents)) {
-    Distribution* root = event->GetProbabilityDistribution();
-    if (root == nullptr) continue;
-    for (OrvaTerm* term = root->GetFirstInPostOrder(); term != nullptr;
-         term = term->GetNextInPostOrder(root)) {
-      auto* node = static_cast<Distribution*>(term);
-      if (node->GetType() != Distribution::PERIODIC_TEST) continue;
-      for (const TestArguments& row : TEST_ARGUMENTS) {
-        if (row.numberOfChildren != node->GetNumberOfChildren()) continue;
-        const Tests tests = {GetArgument(node, row.interval), GetArgument(node, row.firstTest),
-                             row.duration != 0, GetArgument(node, row.duration)};
-        _ComputeSingularPoints(quantity, tests, firstDate, lastDate, curve);
-      }
+    Distribution* expression = event->GetProbabilityDistribution();
+    _ComputeSingularPoints(quantity, expression, firstDate, lastDate, curve);
+  }
+  if (!followsParameters) return;
+  for (const OrvaParameter* parameter : LumoItems<OrvaParameter>(_parameters)) {
+    _ComputeSingularPoints(quantity, parameter->GetDefinition(), firstDate, lastDate, curve);
+  }
+}
+
+void OrvaHandle::_ComputeSingularPoints(Quantity quantity, Distribution* expression,
+                                        double firstDate, double lastDate, LumoCurve* curve) {
+  if (expression == nullptr) return;
+  for (OrvaTerm* term = expression->GetFirstInPostOrder(); term != nullptr;
+       term = term->GetNextInPostOrder(expression)) {
+    auto* node = static_cast<Distribution*>(term);
+    if (node->GetType() != Distribution::PERIODIC_TEST) continue;
+    for (const TestArguments& row : TEST_ARGUMENTS) {
+      if (row.numberOfChildren != node->GetNumberOfChildren()) continue;
+      const Tests tests = {GetArgument(node, row.interval), GetArgument(node, row.firstTest),
+                           row.duration != 0, GetArgument(node, row.duration)};
+      _ComputeSingularPoints(quantity, tests, firstDate, lastDate, curve);
     }
   }
 }
@@ -175,15 +222,6 @@ void OrvaHandle::_ComputeSingularPoints(Quantity quantity, const Tests& tests, d
     addPoint(end);
     addPoint(end + offset);
   } while (Advance(test, tests.interval) && test <= lastDate && !IsFull(curve));
-}
-
-void OrvaHandle::SmoothCurveOfTopEventProbability(double smoothingRatio, LumoCurve* curve) {
-  _SmoothCurve(&OrvaHandle::_ComputeProbabilityAt, smoothingRatio, curve);
-}
-
-void OrvaHandle::SmoothCurveOfTopEventConditionalFailureIntensity(double smoothingRatio,
-                                                                  LumoCurve* curve) {
-  _SmoothCurve(&OrvaHandle::_ComputeConditionalFailureIntensityAt, smoothingRatio, curve);
 }
 
 // The cursor stands on the right end of the interval looked at; it goes back to the left end when
@@ -214,6 +252,26 @@ void OrvaHandle::_SmoothCurve(Quantity quantity, double smoothingRatio, LumoCurv
 }
 
 // Offered to users of the class; the program itself does not call what follows.
+
+void OrvaHandle::ComputeSingularPointsOfTopEventProbability(double firstDate, double lastDate,
+                                                            LumoCurve* curve) {
+  _ComputeSingularPoints(&OrvaHandle::_ComputeProbabilityAt, firstDate, lastDate, false, curve);
+}
+
+void OrvaHandle::ComputeSingularPointsOfTopEventConditionalFailureIntensity(double lastDate,
+                                                                            LumoCurve* curve) {
+  _ComputeSingularPoints(&OrvaHandle::_ComputeConditionalFailureIntensityAt, 0.0, lastDate, false,
+                         curve);
+}
+
+void OrvaHandle::SmoothCurveOfTopEventProbability(double smoothingRatio, LumoCurve* curve) {
+  _SmoothCurve(&OrvaHandle::_ComputeProbabilityAt, smoothingRatio, curve);
+}
+
+void OrvaHandle::SmoothCurveOfTopEventConditionalFailureIntensity(double smoothingRatio,
+                                                                  LumoCurve* curve) {
+  _SmoothCurve(&OrvaHandle::_ComputeConditionalFailureIntensityAt, smoothingRatio, curve);
+}
 
 LumoCurvePoint* OrvaHandle::ComputePointOfTopEventProbability(double t, LumoCurve* curve) {
   return _ComputePoint(&OrvaHandle::_ComputeProbabilityAt, t, curve);
