@@ -354,6 +354,7 @@ void OrvaWalker::_SetCandidateValueOfVariable(OrvaVariable* variable, Value valu
   assert(OrvaVariable::IsFixed(value));
   const Value old = variable->GetCandidateValue();
   variable->SetCandidateValue(value);
+  if (!IsInput(variable)) variable->GetDefinition()->SetLeftValue(value);
   for (OrvaEquation* equation : variable->GetPositiveOccurrences()) {
     equation->MoveCandidate(old, value);
     _UpdateStatusOfLeftMemberOfEquation(equation);
@@ -414,17 +415,18 @@ void OrvaWalker::_ResetCandidateValueOfVariable(OrvaVariable* variable, Value va
     equation->MoveCandidate(currentOpposite, opposite);
   }
   variable->SetCandidateValue(value);
+  if (!IsInput(variable)) variable->GetDefinition()->SetLeftValue(value);
 }
 
 // The counters of an equation have moved: the first three cases, from below.
 inline void OrvaWalker::_UpdateStatusOfLeftMemberOfEquation(OrvaEquation* equation) {
-  OrvaVariable* left = equation->GetFanout();
+  assert(equation->GetLeftValue() == equation->GetFanout()->GetCandidateValue());
   const int n = equation->GetSize();
   const int surelyFalse = equation->GetCandidateCount(OrvaVariable::NECESSARILY_FALSE);
   const int surelyTrue = equation->GetCandidateCount(OrvaVariable::NECESSARILY_TRUE);
   const int needTrue = equation->GetNumberOfLiteralsForTrue();
   const int needFalse = equation->GetNumberOfLiteralsForFalse();
-  switch (left->GetCandidateValue()) {
+  switch (equation->GetLeftValue()) {
     case OrvaVariable::NECESSARILY_FALSE:
       if (surelyTrue >= needTrue) {
         _status = FALSIFIED;
@@ -441,9 +443,9 @@ inline void OrvaWalker::_UpdateStatusOfLeftMemberOfEquation(OrvaEquation* equati
       break;
     default:
       if (surelyFalse == needFalse) {
-        _PushOntoUnitStack(left, OrvaVariable::NECESSARILY_FALSE);
+        _PushOntoUnitStack(equation->GetFanout(), OrvaVariable::NECESSARILY_FALSE);
       } else if (surelyTrue == needTrue) {
-        _PushOntoUnitStack(left, OrvaVariable::NECESSARILY_TRUE);
+        _PushOntoUnitStack(equation->GetFanout(), OrvaVariable::NECESSARILY_TRUE);
       }
   }
 }

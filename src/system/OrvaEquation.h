@@ -78,6 +78,11 @@ class OrvaEquation : public LumoAttributeAccess<OrvaEquation> {
     return isReachable ? OrvaVariable::POSSIBLY_FALSE : OrvaVariable::NECESSARILY_FALSE;
   }
 
+  // The value of the left member, as the search has set it: where the search looks at it, it has
+  // the equation at hand, but not the variable.
+  OrvaVariable::Value GetLeftValue() const { return _leftValue; }
+  void SetLeftValue(OrvaVariable::Value value) { _leftValue = value; }
+
   // The propagation in which all literals were last implied, for the walker; 0 for none.
   std::uint64_t GetPropagation() const { return _propagation; }
   void SetPropagation(std::uint64_t number) { _propagation = number; }
@@ -132,6 +137,7 @@ class OrvaEquation : public LumoAttributeAccess<OrvaEquation> {
   std::array<int, 4> _candidateCounts = {0, 0, 0, 0};
   int _needTrue = 0;
   int _needFalse = 0;
+  OrvaVariable::Value _leftValue = OrvaVariable::POSSIBLY_FALSE;
   int _cutsetCount = 0;
   OrvaLiteral* _fanins = nullptr;  // owned
   std::uint64_t _propagation = 0;

@@ -145,6 +145,7 @@ void OrvaSystem::_ResetGateVariable(OrvaVariable* variable) {
   definition->ResetCandidateCounts();
   definition->SetPropagation(0);
   variable->SetCandidateValue(definition->GetRightMemberCandidateValue());
+  definition->SetLeftValue(variable->GetCandidateValue());
   variable->SetUnitValue(OrvaVariable::POSSIBLY_FALSE);
   variable->SetWalkWord(0);
   definition->ResetCutsetCount();
