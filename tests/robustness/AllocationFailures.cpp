@@ -15,6 +15,7 @@
 
 #include "Robustness.h"
 #include "driver/OrvaInterpreter.h"
+#include "support/memory/LumoMemoryManager.h"
 
 namespace fs = std::filesystem;
 using namespace robustness;
@@ -129,6 +130,7 @@ int main(int argc, char** argv) {
     std::puts("usage: AllocationFailures FOLDER [--first N] [--stride N]");
     return 2;
   }
+  LumoMemoryManager::SetPoolsCells(false);  // every cell is to be an allocation that can fail
   const fs::path folder = fs::absolute(argv[1]);
   const long first = GetNumber(argc, argv, "--first", 1);
   const long stride = GetNumber(argc, argv, "--stride", 1);

@@ -40,7 +40,8 @@ class LumoMemoryManager {
 
   // Zero-filled memory of `size` bytes, or null, after a line in the dump file, when there is none.
   static void* NewCell(std::size_t size);
-  // Releases a cell. A null cell is noted in the dump file (see SetTraceNullPointerDeletions).
+  // Releases a cell of NewCell. A null cell is noted in the dump file (see
+  // SetTraceNullPointerDeletions).
   static void DeleteCell(void* cell);
 
   // Writes "Memory exhausted" to standard error and ends the process with status 1, every open
@@ -59,6 +60,9 @@ class LumoMemoryManager {
   static std::int64_t GetAllocationBalance() { return _allocationBalance; }
   // Whether the release of a null pointer is written to the dump file. On at start.
   static void SetTraceNullPointerDeletions(bool on) { _traceNullPointerDeletions = on; }
+  // Whether small cells come out of pages, which is so at start except under a sanitizer. Without,
+  // each is an allocation of its own, for what counts or checks these.
+  static void SetPoolsCells(bool on) { _poolsCells = on; }
   // When tracing, append a labelled line to the trace file: a value, the balance, or nothing more.
   static void Trace(const char* label, int value);
   static void Trace(const char* label, double value);
@@ -72,4 +76,5 @@ class LumoMemoryManager {
   static std::int64_t _allocationBalance;
   static bool _traceAllocations;
   static bool _traceNullPointerDeletions;
+  static bool _poolsCells;
 };
