@@ -1,9 +1,10 @@
 #include "xml/LumoXMLAttribute.h"
 
 #include <cstdio>
+#include <new>
 
 #include "support/memory/LumoMemoryManager.h"
-#include "support/text/LumoRawString.h"
+#include "xml/LumoXMLArena.h"
 
 namespace {
 
@@ -37,14 +38,34 @@ LumoXMLAttribute::LumoXMLAttribute(const char* name, bool value)
   SetValueAsBool(value);
 }
 
+LumoXMLAttribute::LumoXMLAttribute(const char* name, char* value, InArena)
+    : _name(const_cast<char*>(name)), _value(value), _isInArena(true), _ownsTexts(false) {
+  LumoMemoryManager::TraceNew(this, "LumoXMLAttribute");
+}
+
 LumoXMLAttribute::~LumoXMLAttribute() {
-  LumoRawString::DeleteIfAny(_name);
-  LumoRawString::DeleteIfAny(_value);
+  if (_ownsTexts) {
+    LumoRawString::DeleteIfAny(_name);
+    LumoRawString::DeleteIfAny(_value);
+  }
   LumoMemoryManager::TraceDelete(this, "LumoXMLAttribute");
 }
 
-void LumoXMLAttribute::Delete(void* attribute) {
-  if (attribute != nullptr) delete static_cast<LumoXMLAttribute*>(attribute);
+LumoXMLAttribute* LumoXMLAttribute::NewInArena(LumoXMLArena* arena, const char* name, char* value) {
+  return new (arena->NewCell(sizeof(LumoXMLAttribute))) LumoXMLAttribute(name, value, InArena());
+}
+
+void LumoXMLAttribute::Delete(void* item) {
+  auto* attribute = static_cast<LumoXMLAttribute*>(item);
+  if (attribute == nullptr) return;
+  if (!attribute->_isInArena) return delete attribute;
+  attribute->~LumoXMLAttribute();
+}
+
+void LumoXMLAttribute::_CopyTexts() {
+  _name = LumoRawString::CopyIfAny(_name);
+  _value = LumoRawString::CopyIfAny(_value);
+  _ownsTexts = true;
 }
 
 bool LumoXMLAttribute::IsDouble() const { return LumoRawString::IsDouble(_value); }
@@ -59,15 +80,10 @@ int LumoXMLAttribute::GetValueAsInt() const { return LumoRawString::ToInt(_value
 
 bool LumoXMLAttribute::GetValueAsBool() const { return LumoRawString::ToBool(_value); }
 
-int LumoXMLAttribute::CompareName(const char* name) const {
-  return LumoRawString::Compare(_name, name);
+void LumoXMLAttribute::SetValue(const char* text) {
+  if (!_ownsTexts) _CopyTexts();
+  LumoRawString::Replace(_value, text);
 }
-
-int LumoXMLAttribute::CompareName(const void* attribute, const void* name) {
-  return AsAttribute(attribute)->CompareName(AsText(name));
-}
-
-void LumoXMLAttribute::SetValue(const char* text) { LumoRawString::Replace(_value, text); }
 
 void LumoXMLAttribute::SetValueAsDouble(double x) {
   char text[NUMBER_LENGTH];
@@ -87,6 +103,10 @@ void LumoXMLAttribute::SetValueAsBool(bool b) { SetValue(b ? "true" : "false"); 
 
 int LumoXMLAttribute::CompareValue(const char* text) const {
   return LumoRawString::Compare(_value, text);
+}
+
+int LumoXMLAttribute::CompareName(const void* attribute, const void* name) {
+  return AsAttribute(attribute)->CompareName(AsText(name));
 }
 
 int LumoXMLAttribute::CompareNames(const void* a, const void* b) {

@@ -1,5 +1,9 @@
 #pragma once
 
+#include "support/text/LumoRawString.h"
+
+class LumoXMLArena;
+
 // A named text of an XML element. Typed views are taken from the text on demand.
 class LumoXMLAttribute {
  public:
@@ -11,7 +15,12 @@ class LumoXMLAttribute {
   ~LumoXMLAttribute();
   LumoXMLAttribute(const LumoXMLAttribute&) = delete;
   LumoXMLAttribute& operator=(const LumoXMLAttribute&) = delete;
+  // An attribute in a document's memory, where its texts are already: nothing is copied.
+  static LumoXMLAttribute* NewInArena(LumoXMLArena* arena, const char* name, char* value);
   static void Delete(void* attribute);
+
+  // The attribute after this one in its element; null at the end.
+  LumoXMLAttribute* GetNext() const { return _next; }
 
   const char* GetName() const { return _name; }
   const char* GetValue() const { return _value; }
@@ -25,8 +34,7 @@ class LumoXMLAttribute {
   int GetValueAsInt() const;
   bool GetValueAsBool() const;
 
-  int CompareName(const char* name) const;
-  static int CompareName(const void* attribute, const void* name);
+  int CompareName(const char* name) const { return LumoRawString::Compare(_name, name); }
 
   void SetValue(const char* text);
   void SetValueAsDouble(double x);  // "%g"
@@ -40,11 +48,22 @@ class LumoXMLAttribute {
   int CompareNames(const LumoXMLAttribute* other) const { return CompareName(other->_name); }
   int CompareValue(const char* text) const;
   int CompareValues(const LumoXMLAttribute* other) const { return CompareValue(other->_value); }
+  static int CompareName(const void* attribute, const void* name);
   static int CompareNames(const void* a, const void* b);
   static int CompareValue(const void* attribute, const void* text);
   static int CompareValues(const void* a, const void* b);
 
  private:
+  friend class LumoXMLNode;
+
+  struct InArena {};
+  LumoXMLAttribute(const char* name, char* value, InArena);
+  // Makes the texts the attribute's own.
+  void _CopyTexts();
+
   char* _name;
   char* _value;
+  LumoXMLAttribute* _next = nullptr;
+  bool _isInArena = false;
+  bool _ownsTexts = true;  // or they are in the arena
 };

@@ -9,7 +9,15 @@ LumoXMLDocument::LumoXMLDocument() : LumoXMLNode(DOCUMENT) {
   LumoMemoryManager::TraceNew(this, "LumoXMLDocument");
 }
 
-LumoXMLDocument::~LumoXMLDocument() { LumoMemoryManager::TraceDelete(this, "LumoXMLDocument"); }
+LumoXMLDocument::~LumoXMLDocument() {
+  Reset();  // before the memory goes in which the terms are
+  LumoMemoryManager::TraceDelete(this, "LumoXMLDocument");
+}
+
+void LumoXMLDocument::Reset() {
+  DeleteDescendants();
+  _arena.Reset();
+}
 
 bool LumoXMLDocument::Load(const char* fileName) {
   std::FILE* file = std::fopen(fileName, "r");

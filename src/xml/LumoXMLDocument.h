@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "xml/LumoXMLArena.h"
 #include "xml/LumoXMLNode.h"
 
 class LumoStream;
@@ -13,7 +14,9 @@ class LumoXMLDocument : public LumoXMLNode {
   ~LumoXMLDocument() override;
 
   // Deletes all roots; the document type stays.
-  void Reset() { DeleteDescendants(); }
+  void Reset();
+  // Where the terms that are read into the document live until the next reset.
+  LumoXMLArena* GetArena() { return &_arena; }
   void AddRoot(LumoXMLNode* root) { AddChild(root); }
   LumoXMLNode* GetFirstRoot() const { return GetFirstChild(); }
   // The first root, of any type, whose name field equals `name`; null when there is none.
@@ -34,4 +37,7 @@ class LumoXMLDocument : public LumoXMLNode {
   // Write the document, each level indented by that number of blanks.
   void Print(LumoStream* stream, int indentation) const;
   void Print(std::FILE* file, int indentation) const;
+
+ private:
+  LumoXMLArena _arena;
 };

@@ -1,9 +1,11 @@
 #include "xml/LumoXMLNode.h"
 
 #include <cassert>
+#include <new>
 
+#include "support/containers/LumoList.h"
 #include "support/memory/LumoMemoryManager.h"
-#include "support/text/LumoRawString.h"
+#include "xml/LumoXMLArena.h"
 
 LumoXMLNode::LumoXMLNode(Type type) : _type(type) {
   LumoMemoryManager::TraceNew(this, "LumoXMLNode");
@@ -11,8 +13,11 @@ LumoXMLNode::LumoXMLNode(Type type) : _type(type) {
 
 LumoXMLNode::~LumoXMLNode() {
   DeleteDescendants();
-  _attributes.DeleteItems(LumoXMLAttribute::Delete);
-  LumoRawString::DeleteIfAny(_name);
+  while (LumoXMLAttribute* attribute = _firstAttribute) {
+    _firstAttribute = attribute->_next;
+    LumoXMLAttribute::Delete(attribute);
+  }
+  if (_ownsName) LumoRawString::DeleteIfAny(_name);
   LumoMemoryManager::TraceDelete(this, "LumoXMLNode");
 }
 
@@ -20,6 +25,22 @@ LumoXMLNode* LumoXMLNode::_New(Type type, const char* name) {
   auto* node = new LumoXMLNode(type);
   node->SetName(name);
   return node;
+}
+
+LumoXMLNode* LumoXMLNode::NewInArena(LumoXMLArena* arena, Type type, const char* name, int line) {
+  auto* node = new (arena->NewCell(sizeof(LumoXMLNode))) LumoXMLNode(type);
+  node->_name = const_cast<char*>(name);
+  node->_lineNumber = line;
+  node->_isInArena = true;
+  node->_ownsName = false;
+  return node;
+}
+
+void LumoXMLNode::Delete(void* item) {
+  auto* node = static_cast<LumoXMLNode*>(item);
+  if (node == nullptr) return;
+  if (!node->_isInArena) return delete node;
+  node->~LumoXMLNode();
 }
 
 LumoXMLNode* LumoXMLNode::NewNode(const char* name) { return _New(NODE, name); }
@@ -30,9 +51,12 @@ LumoXMLNode* LumoXMLNode::NewCDATA(const char* text) { return _New(CDATA, text);
 
 LumoXMLNode* LumoXMLNode::NewComment(const char* text) { return _New(COMMENT, text); }
 
-void LumoXMLNode::SetName(const char* name) { LumoRawString::Replace(_name, name); }
-
-int LumoXMLNode::CompareName(const char* name) const { return LumoRawString::Compare(_name, name); }
+void LumoXMLNode::SetName(const char* name) {
+  char* copy = LumoRawString::CopyIfAny(name);  // before the release: it may be the own name
+  if (_ownsName) LumoRawString::DeleteIfAny(_name);
+  _name = copy;
+  _ownsName = true;
+}
 
 LumoXMLNode* LumoXMLNode::GetChild(int n, Type type) const {
   if (n < 1) return nullptr;
@@ -73,15 +97,23 @@ void LumoXMLNode::DeleteDescendants() {
     LumoXMLNode* next = node->_nextSibling;
     parent->_firstChild = next;
     if (next == nullptr) parent->_lastChild = nullptr;
-    delete node;
+    Delete(node);
     if (next == nullptr && parent != this) next = parent;
     node = next;
   }
 }
 
+void LumoXMLNode::AddAttribute(LumoXMLAttribute* attribute) {
+  assert((_firstAttribute == nullptr) == (_lastAttribute == nullptr));
+  assert(attribute->_next == nullptr);
+  (_lastAttribute == nullptr ? _firstAttribute : _lastAttribute->_next) = attribute;
+  _lastAttribute = attribute;
+}
+
 LumoXMLAttribute* LumoXMLNode::FindAttribute(const char* name) const {
-  return static_cast<LumoXMLAttribute*>(
-      _attributes.LookForItem(LumoXMLAttribute::CompareName, name));
+  LumoXMLAttribute* attribute = _firstAttribute;
+  while (attribute != nullptr && attribute->CompareName(name) != 0) attribute = attribute->_next;
+  return attribute;
 }
 
 const char* LumoXMLNode::GetAttributeValue(const char* name) const {
@@ -95,10 +127,6 @@ double LumoXMLNode::GetAttributeValueAsDouble(const char* name, double defaultVa
 }
 
 // Offered to users of the class; the program itself does not call what follows.
-
-void LumoXMLNode::Delete(void* node) {
-  if (node != nullptr) delete static_cast<LumoXMLNode*>(node);
-}
 
 char* LumoXMLNode::CopyName() const { return LumoRawString::CopyIfAny(_name); }
 
@@ -203,3 +231,38 @@ bool LumoXMLNode::GetAttributeValueAsBool(const char* name, bool defaultValue) c
   const LumoXMLAttribute* attribute = FindAttribute(name);
   return attribute == nullptr ? defaultValue : attribute->GetValueAsBool();
 }
+
+void LumoXMLNode::_RemoveAttribute(LumoXMLAttribute* attribute) {
+  LumoXMLAttribute* previous = nullptr;
+  for (auto* each = _firstAttribute; each != attribute; each = each->_next) previous = each;
+  (previous == nullptr ? _firstAttribute : previous->_next) = attribute->_next;
+  if (_lastAttribute == attribute) _lastAttribute = previous;
+  attribute->_next = nullptr;
+}
+
+// A cursor over a list of the attributes as they are when it is made; what is removed through it
+// leaves the element as well.
+class LumoXMLAttributeCursor : private LumoList, public LumoListCursor {
+ public:
+  explicit LumoXMLAttributeCursor(LumoXMLNode* node) : LumoListCursor(this), _node(node) {
+    for (auto* each = node->GetFirstAttribute(); each != nullptr; each = each->GetNext()) {
+      InsertItemLast(each);
+    }
+  }
+  void* RemoveItemAndIncrement() override {
+    return _Remove(LumoListCursor::RemoveItemAndIncrement());
+  }
+  void* RemoveItemAndDecrement() override {
+    return _Remove(LumoListCursor::RemoveItemAndDecrement());
+  }
+
+ private:
+  void* _Remove(void* item) {
+    if (item != nullptr) _node->_RemoveAttribute(static_cast<LumoXMLAttribute*>(item));
+    return item;
+  }
+
+  LumoXMLNode* _node;
+};
+
+LumoCursor* LumoXMLNode::NewCursorOnAttributes() { return new LumoXMLAttributeCursor(this); }

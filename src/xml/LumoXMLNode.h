@@ -1,14 +1,16 @@
 #pragma once
 
-#include "support/containers/LumoList.h"
+#include "support/containers/LumoContainer.h"
 #include "xml/LumoXMLAttribute.h"
+
+class LumoXMLArena;
 
 // A term of an XML document: an element, a text, a CDATA section, a comment, or the document
 // itself. A node owns its attributes and its children. Positions of children count from 1. No
 // operation reports an error: what is absent gives null, 0 or the caller's default.
 class LumoXMLNode {
  public:
-  enum Type : int { TEXT = 0, CDATA = 1, NODE = 2, COMMENT = 3, DOCUMENT = 4 };
+  enum Type : unsigned char { TEXT = 0, CDATA = 1, NODE = 2, COMMENT = 3, DOCUMENT = 4 };
 
   explicit LumoXMLNode(Type type);
   virtual ~LumoXMLNode();
@@ -21,6 +23,10 @@ class LumoXMLNode {
   static LumoXMLNode* NewCDATA(const char* text);
   static LumoXMLNode* NewComment(const char* text);
 
+  // A term in a document's memory, where its name is already: nothing is copied.
+  static LumoXMLNode* NewInArena(LumoXMLArena* arena, Type type, const char* name, int line);
+  static void Delete(void* node);
+
   Type GetType() const { return _type; }
   bool IsNode() const { return _type == NODE; }
   bool IsComment() const { return _type == COMMENT; }
@@ -32,7 +38,7 @@ class LumoXMLNode {
   void SetName(const char* name);
   // Whether the term is an element of that very name.
   bool IsNodeOfName(const char* name) const { return IsNode() && CompareName(name) == 0; }
-  int CompareName(const char* name) const;
+  int CompareName(const char* name) const { return LumoRawString::Compare(_name, name); }
   // The line on which the term began in its file; 0 for a term that was not read from one.
   int GetLineNumber() const { return _lineNumber; }
   void SetLineNumber(int line) { _lineNumber = line; }
@@ -52,7 +58,7 @@ class LumoXMLNode {
   void DeleteDescendants();
 
   // Appends an attribute, which the node takes over; a name may occur twice.
-  void AddAttribute(LumoXMLAttribute* attribute) { _attributes.InsertItemLast(attribute); }
+  void AddAttribute(LumoXMLAttribute* attribute);
   template <class Value>
   void AddAttribute(const char* name, Value value) {
     AddAttribute(new LumoXMLAttribute(name, value));
@@ -62,11 +68,10 @@ class LumoXMLNode {
   // Its text, or null; its typed view whatever its text, or the default when it is absent.
   const char* GetAttributeValue(const char* name) const;
   double GetAttributeValueAsDouble(const char* name, double defaultValue) const;
-  const LumoList& GetAttributes() const { return _attributes; }
+  LumoXMLAttribute* GetFirstAttribute() const { return _firstAttribute; }
 
   // Offered to users of the class; the program itself does not call what follows.
 
-  static void Delete(void* node);
   bool IsText() const { return _type == TEXT; }
   bool IsCDATA() const { return _type == CDATA; }
   // A new raw string, owned by the caller.
@@ -98,20 +103,27 @@ class LumoXMLNode {
   // Before the n-th child (n ≤ 1 means the first), or last when there is none.
   void InsertChildInPosition(LumoXMLNode* child, int n);
 
-  bool HasAttribute() const { return !_attributes.IsEmpty(); }
+  bool HasAttribute() const { return _firstAttribute != nullptr; }
   // As GetAttributeValueAsDouble.
   int GetAttributeValueAsInt(const char* name, int defaultValue) const;
   bool GetAttributeValueAsBool(const char* name, bool defaultValue) const;
-  // A new cursor, owned by the caller.
-  LumoCursor* NewCursorOnAttributes() const { return _attributes.NewCursor(); }
+  // A new cursor, owned by the caller, to whom removed attributes are handed over.
+  LumoCursor* NewCursorOnAttributes();
 
  private:
-  static LumoXMLNode* _New(Type type, const char* name);
+  friend class LumoXMLAttributeCursor;
 
-  Type _type;
+  static LumoXMLNode* _New(Type type, const char* name);
+  void _RemoveAttribute(LumoXMLAttribute* attribute);
+
+  // A document is millions of these: the fields that are narrow share a word.
   char* _name = nullptr;
-  LumoList _attributes;
   int _lineNumber = 0;
+  Type _type;
+  bool _isInArena = false;
+  bool _ownsName = true;  // or it is in the arena
+  LumoXMLAttribute* _firstAttribute = nullptr;
+  LumoXMLAttribute* _lastAttribute = nullptr;
   LumoXMLNode* _parent = nullptr;
   LumoXMLNode* _previousSibling = nullptr;
   LumoXMLNode* _nextSibling = nullptr;

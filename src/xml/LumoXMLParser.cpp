@@ -1,7 +1,11 @@
 // One straight scan: every byte is read once, and what comes next is always told by one character.
 // Each step below reads one construct of the dialect, begins where the one before it ended, and
-// puts what it reads into the one token, from which terms and attributes are copied. A step that
-// looks at a character too many gives it back, which takes back the line that it counted.
+// makes what it reads the one token, from which terms and attributes are copied.
+//
+// The file comes in blocks, and the token is a piece of the buffer: a run of ordinary characters is
+// found by their classes and left where it is. What of a token is dropped or changed, blanks for
+// the most part, never makes it longer, so that it is closed up in place. When the block ends, the
+// token moves to the front of the buffer and the next block is read behind it.
 //
 // Elements do not wait on the machine's stack but on one of their own, innermost on top; an element
 // joins its parent when it is closed. Terms join the innermost element as they come, so that all
@@ -14,6 +18,7 @@
 
 #include "xml/LumoXMLParser.h"
 
+#include <algorithm>
 #include <array>
 #include <cassert>
 #include <cstring>
@@ -22,7 +27,6 @@
 #include "support/memory/LumoMemoryManager.h"
 #include "support/text/LumoFileStream.h"
 #include "support/text/LumoRawString.h"
-#include "support/text/LumoString.h"
 #include "xml/LumoXMLDocument.h"
 #include "xml/LumoXMLParserMessenger.h"
 #include "xml/LumoXMLPrinter.h"
@@ -31,12 +35,21 @@ using Messenger = LumoXMLParserMessenger;
 
 namespace {
 
-constexpr std::size_t TOKEN_SIZE = 1024;
+constexpr std::size_t BUFFER_SIZE = 16384;
 constexpr const char* CDATA_KEYWORD = "CDATA";
 
-enum CharClass : unsigned char { BLANK = 1, LETTER = 2, NAME = 4 };
+// The last three are what stands for itself in a value, in a text and between other marks: not the
+// end of the line, which is counted, nor the null character, which is a fault.
+enum CharClass : unsigned char {
+  BLANK = 1,
+  LETTER = 2,
+  NAME = 4,
+  IN_VALUE = 8,
+  IN_TEXT = 16,
+  IN_COMMENT = 32,
+};
 
-// The classes of every byte. Bytes beyond ASCII are in none, and so is the end of the file.
+// The classes of every byte; the end of the file is in none.
 constexpr std::array<unsigned char, 256> MakeCharClasses() {
   std::array<unsigned char, 256> classes{};
   for (const char c : {' ', '\t', '\n', '\v', '\f', '\r'}) {
@@ -46,17 +59,22 @@ constexpr std::array<unsigned char, 256> MakeCharClasses() {
   for (unsigned char c = '0'; c <= '9'; ++c) classes[c] = NAME;
   for (unsigned char c = 'a'; c <= 'z'; ++c) classes[c] = LETTER | NAME;
   for (unsigned char c = 'A'; c <= 'Z'; ++c) classes[c] = LETTER | NAME;
+  for (unsigned c = 1; c < 256; ++c) {
+    const bool isBlank = classes[c] == BLANK;
+    if (c != '\n' && c != '"') classes[c] |= IN_VALUE;
+    if (c != '<' && !isBlank) classes[c] |= IN_TEXT;
+    if (c != '\n' && c != '>' && c != '-') classes[c] |= IN_COMMENT;
+  }
   return classes;
 }
 
 constexpr std::array<unsigned char, 256> CHAR_CLASSES = MakeCharClasses();
 
-bool IsOfClass(int c, CharClass charClass) {
+bool IsOfClass(int c, int charClass) {
   return c != EOF && (CHAR_CLASSES[static_cast<std::size_t>(c)] & charClass) != 0;
 }
 bool IsBlank(int c) { return IsOfClass(c, BLANK); }
 bool IsLetter(int c) { return IsOfClass(c, LETTER); }
-bool IsNameChar(int c) { return IsOfClass(c, NAME); }
 
 // Messages have room for arguments of any length.
 std::string Compose(const char* format, const char* argument) {
@@ -73,14 +91,12 @@ std::string Compose(const char* format, const char* argument) {
 }  // namespace
 
 LumoXMLParser::LumoXMLParser()
-    : _defaultErrorStream(std::make_unique<LumoFileStream>(false, stderr)),
-      _token(LumoString::New(TOKEN_SIZE, TOKEN_SIZE)) {
+    : _defaultErrorStream(std::make_unique<LumoFileStream>(false, stderr)) {
   _openElements.reserve(MAXIMUM_NUMBER_OF_OPEN_ELEMENTS);
   LumoMemoryManager::TraceNew(this, "LumoXMLParser");
 }
 
 LumoXMLParser::~LumoXMLParser() {
-  LumoString::Delete(_token);
   LumoRawString::DeleteIfAny(_inputFileName);
   LumoMemoryManager::TraceDelete(this, "LumoXMLParser");
 }
@@ -102,39 +118,67 @@ LumoXMLPrinter* LumoXMLParser::GetPrinter() {
 // Characters. A read error counts as the end of the file.
 
 int LumoXMLParser::_GetChar() {
-  assert(_file != nullptr);
-  const int c = getc_unlocked(_file);
-  _isAtEndOfFile = c == EOF;
+  const int c = _LookCharAhead();
+  if (c == EOF) return EOF;
+  ++_next;
   if (c == '\n') IncrementLineNumber();
   return c;
 }
 
-void LumoXMLParser::_UnGetChar(int c) {
-  if (c == EOF) return;
-  std::ungetc(c, _file);
-  if (c == '\n') --_lineNumber;
-  assert(_lineNumber >= 1);
-}
-
 int LumoXMLParser::_LookCharAhead() {
-  const int c = _GetChar();
-  _UnGetChar(c);
-  return c;
+  _isAtEndOfFile = _next == _end && !_FillBuffer();
+  return _isAtEndOfFile ? EOF : static_cast<unsigned char>(*_next);
 }
 
 void LumoXMLParser::_ParseSpaces() {
-  int c = _GetChar();
-  while (IsBlank(c)) c = _GetChar();
-  _UnGetChar(c);
+  while (IsBlank(_LookCharAhead())) _GetChar();
 }
 
-void LumoXMLParser::_FlushToken() { _token = _token->Flush(); }
+// False at the end of the file. A token that fills half of the buffer doubles it.
+bool LumoXMLParser::_FillBuffer() {
+  assert(_file != nullptr && _next == _end);
+  if (2 * _tokenLength >= _buffer.size()) {
+    std::vector<char> larger(std::max(BUFFER_SIZE, 2 * _buffer.size()));
+    if (_tokenLength > 0) std::memcpy(larger.data(), _token, _tokenLength);
+    _buffer = std::move(larger);
+  } else if (_tokenLength > 0) {
+    std::memmove(_buffer.data(), _token, _tokenLength);
+  }
+  _token = _buffer.data();
+  _next = _token + _tokenLength;
+  _end = _next + std::fread(_next, 1, _buffer.size() - _tokenLength, _file);
+  return _next != _end;
+}
 
-// A text would end at a null character, and two names could become one.
+// The token: it ends before the next character, at the latest.
+
+void LumoXMLParser::_BeginToken() {
+  _token = _next;
+  _tokenLength = 0;
+}
+
+// A character that has been read. A text would end at a null character, and two names could become
+// one.
 void LumoXMLParser::_AppendToToken(int c) {
   if (c == '\0' && !_parseError) _RaiseSyntaxError(Messenger::NULL_CHARACTER);
-  _token = _token->Append(static_cast<char>(c));
+  assert(_token + _tokenLength < _next);
+  _token[_tokenLength++] = static_cast<char>(c);
 }
+
+// Reads on while the characters are of a class that has no ends of lines.
+void LumoXMLParser::_AppendWhile(int charClass) {
+  for (bool isAtEnd = false; !isAtEnd;) {
+    char* start = _next;
+    while (_next != _end && IsOfClass(static_cast<unsigned char>(*_next), charClass)) ++_next;
+    const auto length = static_cast<std::size_t>(_next - start);
+    char* place = _token + _tokenLength;
+    if (place != start) std::memmove(place, start, length);
+    _tokenLength += length;
+    isAtEnd = _next != _end || !_FillBuffer();
+  }
+}
+
+char* LumoXMLParser::_CopyToken() { return _document->GetArena()->NewText(_token, _tokenLength); }
 
 // The file as a whole.
 
@@ -147,6 +191,8 @@ int LumoXMLParser::ParseFile(LumoXMLDocument* document, std::FILE* file) {
   ResetParseError();
   _openElements.clear();
   document->Reset();
+  _next = _end = _token = nullptr;
+  _tokenLength = 0;
   _ParseHeader();
   if (!_parseError) _LookCharAhead();
   while (!_IsAtEndOfFile() && !_parseError) _ParseTerm();
@@ -173,18 +219,15 @@ void LumoXMLParser::_ParseHeader() {
 // One term, or the closing tag of an element.
 
 void LumoXMLParser::_ParseTerm() {
-  _FlushToken();
   _ParseSpaces();
   if (_IsAtEndOfFile()) return;
   const int line = _lineNumber;
-  const int c = _GetChar();
-  if (c == '<') return _ParseTag(line);
-  _AppendToToken(c);
+  if (_LookCharAhead() == '<') {
+    _GetChar();
+    return _ParseTag(line);
+  }
   _ParseText();
-  if (_parseError) return;
-  LumoXMLNode* text = LumoXMLNode::NewText(_token->GetAscii());
-  text->SetLineNumber(line);
-  _AttachTerm(text);
+  if (!_parseError) _AttachNewTerm(LumoXMLNode::TEXT, line);
 }
 
 void LumoXMLParser::_ParseTag(int line) {
@@ -201,8 +244,9 @@ void LumoXMLParser::_ParseOpeningTag(int line) {
   if (_openElements.size() == MAXIMUM_NUMBER_OF_OPEN_ELEMENTS) {
     return _RaiseSyntaxError(Messenger::TOO_MANY_OPEN_ELEMENTS);
   }
-  LumoXMLNode* element = LumoXMLNode::NewNode(_token->GetAscii());
-  element->SetLineNumber(line);
+  LumoXMLArena* arena = _document->GetArena();
+  LumoXMLNode* element =
+      LumoXMLNode::NewInArena(arena, LumoXMLNode::NODE, arena->NewName(_token, _tokenLength), line);
   assert(_openElements.size() < MAXIMUM_NUMBER_OF_OPEN_ELEMENTS);
   _openElements.push_back(element);
   _ParseAttributes(element);
@@ -241,47 +285,41 @@ void LumoXMLParser::_ParseClosingTag() {
   _ParseSpaces();
   if (_GetChar() != '>') return _RaiseSyntaxError(Messenger::ILL_FORMED_ATTRIBUTE_NAME);
   if (_openElements.empty()) return _RaiseSyntaxError(Messenger::NO_OPENING_TAG);
-  if (_openElements.back()->CompareName(_token->GetAscii()) == 0) return _AttachTopElement();
+  const char* name = _openElements.back()->GetName();
+  if (std::strncmp(name, _token, _tokenLength) == 0 && name[_tokenLength] == '\0') {
+    return _AttachTopElement();
+  }
   _RaiseSyntaxError(Messenger::TAGS_DO_NOT_CORRESPOND);
   _DeleteTopElement();
 }
 
 void LumoXMLParser::_ParseMarkup(int line) {
   _GetChar();
-  LumoXMLNode* term;
-  if (_LookCharAhead() == '[') {
+  const bool isSection = _LookCharAhead() == '[';
+  if (isSection) {
     _GetChar();
     _ParseCDATA();
-    if (_parseError) return;
-    term = LumoXMLNode::NewCDATA(_token->GetAscii());
   } else {
     _ParseComment();
-    if (_parseError) return;
-    term = LumoXMLNode::NewComment(_token->GetAscii());
   }
-  term->SetLineNumber(line);
-  _AttachTerm(term);
+  if (!_parseError) _AttachNewTerm(isSection ? LumoXMLNode::CDATA : LumoXMLNode::COMMENT, line);
 }
 
 // Names, attributes and values: into the token.
 
 void LumoXMLParser::_ParseName() {
-  _FlushToken();
   _ParseSpaces();
-  int c = _GetChar();
-  if (!IsLetter(c)) return _RaiseSyntaxError(Messenger::CHAR_EXPECTED);
-  while (IsNameChar(c)) {
-    _AppendToToken(c);
-    c = _GetChar();
-  }
-  if (_IsAtEndOfFile()) return _RaiseSyntaxError(Messenger::UNEXPECTED_END_OF_FILE);
-  _UnGetChar(c);
+  if (!IsLetter(_LookCharAhead())) return _RaiseSyntaxError(Messenger::CHAR_EXPECTED);
+  _BeginToken();
+  _AppendWhile(NAME);
+  if (_LookCharAhead() == EOF) _RaiseSyntaxError(Messenger::UNEXPECTED_END_OF_FILE);
 }
 
 void LumoXMLParser::_ParseAttribute(LumoXMLNode* element) {
   _ParseName();
   if (_parseError) return;
-  const std::string name = _token->GetAscii();
+  LumoXMLArena* arena = _document->GetArena();
+  const char* name = arena->NewName(_token, _tokenLength);
   _ParseSpaces();
   if (_GetChar() != '=') {
     // The end of the file is reported twice, and any other character as an end of the file.
@@ -289,42 +327,44 @@ void LumoXMLParser::_ParseAttribute(LumoXMLNode* element) {
     return _RaiseSyntaxError(Messenger::UNEXPECTED_END_OF_FILE);
   }
   _ParseQuotedValue();
-  if (!_parseError) element->AddAttribute(name.c_str(), _token->GetAscii());
+  if (!_parseError) {
+    element->AddAttribute(LumoXMLAttribute::NewInArena(arena, name, _CopyToken()));
+  }
 }
 
 void LumoXMLParser::_ParseQuotedValue() {
-  _FlushToken();
   _ParseSpaces();
   if (_GetChar() != '"') return _RaiseSyntaxError(Messenger::QUOTE_EXPECTED);
-  for (int c = _GetChar(); c != '"'; c = _GetChar()) {
-    if (_IsAtEndOfFile()) return _RaiseSyntaxError(Messenger::UNEXPECTED_END_OF_FILE);
+  _BeginToken();
+  for (;;) {
+    _AppendWhile(IN_VALUE);
+    const int c = _GetChar();
+    if (c == '"') return;
+    if (c == EOF) return _RaiseSyntaxError(Messenger::UNEXPECTED_END_OF_FILE);
     _AppendToToken(c);
   }
 }
 
 // Texts, comments and sections: into the token.
 
-// The first character is in the token already. Each run of blanks becomes one single space.
+// Each run of blanks becomes one single space. The "<" is left to what follows.
 void LumoXMLParser::_ParseText() {
-  assert(!_token->IsEmpty());
-  int c = _GetChar();
-  while (c != '<') {
-    if (_IsAtEndOfFile()) return _RaiseSyntaxError(Messenger::UNEXPECTED_END_OF_FILE);
-    if (IsBlank(c)) {
-      _AppendToToken(' ');
-      _ParseSpaces();
-    } else {
-      _AppendToToken(c);
-    }
-    c = _GetChar();
+  _BeginToken();
+  for (;;) {
+    _AppendWhile(IN_TEXT);
+    const int c = _LookCharAhead();
+    if (c == '<') return;
+    if (c == EOF) return _RaiseSyntaxError(Messenger::UNEXPECTED_END_OF_FILE);
+    _GetChar();
+    _AppendToToken(IsBlank(c) ? ' ' : c);
+    if (IsBlank(c)) _ParseSpaces();
   }
-  _UnGetChar(c);
 }
 
 // What follows "<!". The dashes are part of the stored text, so that a comment is written back
 // between "<!" and ">".
 void LumoXMLParser::_ParseComment() {
-  _FlushToken();
+  _BeginToken();
   int c = _GetChar();
   if (c == '-') return _ParseDashedComment();
   for (; c != '>'; c = _GetChar()) {
@@ -341,6 +381,7 @@ void LumoXMLParser::_ParseDashedComment() {
   _AppendToToken('-');
   int dashes = 0;
   for (;;) {
+    if (dashes == 0) _AppendWhile(IN_COMMENT);
     const int c = _GetChar();
     if (_IsAtEndOfFile()) return _RaiseSyntaxError(Messenger::UNEXPECTED_END_OF_FILE);
     if (dashes == 2 && c == '>') return;
@@ -352,13 +393,13 @@ void LumoXMLParser::_ParseDashedComment() {
 // A "]" followed by anything but "]" is stored as that character twice; "]]" followed by anything
 // but ">" is stored with that character. This is the defined form.
 void LumoXMLParser::_ParseCDATA() {
-  _FlushToken();
   _ParseSpaces();
   for (const char* expected = CDATA_KEYWORD; *expected != '\0'; ++expected) {
     if (_GetChar() != *expected) return _RaiseSyntaxError(Messenger::ILL_FORMED_CDATA_SECTION);
   }
   _ParseSpaces();
   if (_GetChar() != '[') return _RaiseSyntaxError(Messenger::ILL_FORMED_CDATA_SECTION);
+  _BeginToken();
   int brackets = 0;
   for (;;) {
     const int c = _GetChar();
@@ -390,6 +431,11 @@ void LumoXMLParser::_AttachTerm(LumoXMLNode* term) {
   }
 }
 
+// A term that is no element; its text is the token.
+void LumoXMLParser::_AttachNewTerm(LumoXMLNode::Type type, int line) {
+  _AttachTerm(LumoXMLNode::NewInArena(_document->GetArena(), type, _CopyToken(), line));
+}
+
 void LumoXMLParser::_AttachTopElement() {
   assert(!_openElements.empty());
   LumoXMLNode* element = _openElements.back();
@@ -399,7 +445,7 @@ void LumoXMLParser::_AttachTopElement() {
 
 void LumoXMLParser::_DeleteTopElement() {
   assert(!_openElements.empty());
-  delete _openElements.back();
+  LumoXMLNode::Delete(_openElements.back());
   _openElements.pop_back();
 }
 

@@ -5,11 +5,11 @@
 #include <memory>
 #include <vector>
 
+#include "xml/LumoXMLNode.h"
+
 class LumoFileStream;
 class LumoStream;
-class LumoString;
 class LumoXMLDocument;
-class LumoXMLNode;
 class LumoXMLParserMessenger;
 class LumoXMLPrinter;
 
@@ -75,12 +75,14 @@ class LumoXMLParser {
 
  private:
   int _GetChar();
-  void _UnGetChar(int c);
   int _LookCharAhead();
   bool _IsAtEndOfFile() const { return _isAtEndOfFile; }
   void _ParseSpaces();
-  void _FlushToken();
+  bool _FillBuffer();
+  void _BeginToken();
   void _AppendToToken(int c);
+  void _AppendWhile(int charClass);
+  char* _CopyToken();
 
   void _ParseHeader();
   void _ParseTerm();
@@ -98,6 +100,7 @@ class LumoXMLParser {
   void _ParseDashedComment();
   void _ParseCDATA();
   void _AttachTerm(LumoXMLNode* term);
+  void _AttachNewTerm(LumoXMLNode::Type type, int line);
   void _AttachTopElement();
   void _DeleteTopElement();
 
@@ -106,13 +109,17 @@ class LumoXMLParser {
   void _RaiseAlert(int type, const char* format, const char* argument, const LumoXMLNode* node);
 
   std::FILE* _file = nullptr;
+  std::vector<char> _buffer;
+  char* _next = nullptr;  // the next character in the buffer
+  char* _end = nullptr;
+  char* _token = nullptr;  // the last name, value, text, comment or section read
+  std::size_t _tokenLength = 0;
   bool _isAtEndOfFile = false;
   char* _inputFileName = nullptr;
   int _lineNumber = 1;
   std::unique_ptr<LumoFileStream> _defaultErrorStream;
   LumoStream* _errorStream = nullptr;
   LumoXMLDocument* _document = nullptr;
-  LumoString* _token;  // the last name, value, text, comment or section read
   std::vector<LumoXMLNode*> _openElements;
   bool _parseError = false;
   std::unique_ptr<LumoXMLParserMessenger> _messenger;

@@ -3,7 +3,6 @@
 #include <cassert>
 #include <string>
 
-#include "support/containers/LumoRange.h"
 #include "support/memory/LumoMemoryManager.h"
 #include "support/text/LumoRawString.h"
 #include "support/text/LumoStream.h"
@@ -153,7 +152,8 @@ void LumoXMLPrinter::PrintTerm(const LumoXMLNode* node, LumoStream* stream) {
 
 void LumoXMLPrinter::PrintNode(const LumoXMLNode* node, LumoStream* stream) {
   PrintOpenTagOpening(node->GetName(), stream);
-  for (const LumoXMLAttribute* attribute : LumoItems<LumoXMLAttribute>(node->GetAttributes())) {
+  for (const LumoXMLAttribute* attribute = node->GetFirstAttribute(); attribute != nullptr;
+       attribute = attribute->GetNext()) {
     PrintAttribute(attribute, stream);
   }
   if (!node->HasChild()) return PrintOpenTagEnding(stream);

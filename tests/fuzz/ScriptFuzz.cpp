@@ -89,7 +89,8 @@ class Work {
     }
     if (node->IsNodeOfName("periodic-test")) _hasTests = true;
     _AddOption(node->GetAttributeValue("name"), node->GetAttributeValue("value"));
-    for (const LumoXMLAttribute* attribute : LumoItems<LumoXMLAttribute>(node->GetAttributes())) {
+    for (const LumoXMLAttribute* attribute = node->GetFirstAttribute(); attribute != nullptr;
+         attribute = attribute->GetNext()) {
       _AddOption(attribute->GetName(), attribute->GetValue());
     }
   }

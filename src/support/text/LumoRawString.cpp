@@ -52,11 +52,6 @@ void LumoRawString::Replace(char*& field, const char* text) {
   DeleteIfAny(old);
 }
 
-int LumoRawString::Compare(const char* a, const char* b) {
-  if (a != nullptr && b != nullptr) return std::strcmp(a, b);
-  return static_cast<int>(a != nullptr) - static_cast<int>(b != nullptr);
-}
-
 bool LumoRawString::IsInt(const char* text) {
   if (text == nullptr) return false;
   char printed[NUMBER_LENGTH];

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
 
 class LumoList;
 
@@ -27,7 +28,10 @@ class LumoRawString {
   static void Replace(char*& field, const char* text);
 
   // Byte-wise three-way comparison (strcmp). Null sorts before any string; two nulls are equal.
-  static int Compare(const char* a, const char* b);
+  static int Compare(const char* a, const char* b) {
+    if (a != nullptr && b != nullptr) return std::strcmp(a, b);
+    return static_cast<int>(a != nullptr) - static_cast<int>(b != nullptr);
+  }
   static bool IsEqual(const char* a, const char* b) { return Compare(a, b) == 0; }
   static bool IsDifferent(const char* a, const char* b) { return Compare(a, b) != 0; }
 
