@@ -10,14 +10,22 @@
 //   phi-factor     f_k
 //
 // The binomial coefficient shares the failures of size k out among the subsets of that size that a
-// given member belongs to. Every event gets copies of the factors and of Q, not references: its
-// expression is a tree of its own like any that was read.
+// given member belongs to. The expressions are made of copies of the factors and of Q, not of
+// references to them, and are trees like any that was read. All failures of one size have the same
+// one: where its evaluation leaves nothing behind, they hold one tree together, else, above all
+// where it is drawn at random, each has its own.
+//
+// A group of n has 2^n subsets, each in the gates of all its members, so that little may be done
+// for one of them: a subset is a number, whose digit i says whether member i belongs to it, the
+// event of a subset is named and looked for once, and counting upwards enumerates the subsets in
+// the order that is defined for a gate.
 
 #include "model/OrvaCCFGroup.h"
 
-#include <algorithm>
+#include <bit>
 #include <cassert>
 #include <iterator>
+#include <vector>
 
 #include "model/OrvaEvent.h"
 #include "model/OrvaGate.h"
@@ -132,20 +140,27 @@ int OrvaCCFGroup::CompareNames(const void* a, const void* b) {
   return static_cast<const OrvaCCFGroup*>(a)->CompareNames(static_cast<const OrvaCCFGroup*>(b));
 }
 
+struct OrvaCCFGroup::Expansion {
+  std::string prefix;                      // of the names of common failures
+  std::vector<OrvaEvent*> events;          // by subset; null until made
+  std::vector<Distribution*> expressions;  // by level, where events share one; null until made
+};
+
 void OrvaCCFGroup::Expand() {
   if (_isExpanded) return;
   const int n = GetNumberOfMembers();
-  Subset subset(static_cast<std::size_t>(n), '1');
-  OrvaEvent* common = nullptr;
+  Expansion expansion = {.prefix = std::string(_name) + "-", .events = {}, .expressions = {}};
+  expansion.expressions.resize(static_cast<std::size_t>(n) + 1);
+  expansion.events.resize(_type == BETA_FACTOR ? 1 : std::size_t{1} << n);
   for (int i = 0; i < n; ++i) {
     switch (_type) {
       case BETA_FACTOR:
-        _ExpandMemberForBetaFactor(subset, i, common);
+        _ExpandMemberForBetaFactor(expansion, i);
         break;
       case MGL:
       case ALPHA_FACTOR:
       case PHI_FACTOR:
-        _ExpandMember(subset, i);
+        _ExpandMember(expansion, i);
         break;
       default:
         break;
@@ -154,47 +169,39 @@ void OrvaCCFGroup::Expand() {
   _isExpanded = true;
 }
 
-void OrvaCCFGroup::_ExpandMember(Subset& subset, int i) {
-  OrvaEvent* member = _ReplaceMemberByIndependentEvent(i);
-  LumoList children;
-  _ExpandMember(subset, i, &children, GetNumberOfMembers() - 1);
-  _DefineMember(member, &children);
-}
-
-// Enumerates the subsets that contain member i by leaving each other member out, then in, from
-// the last to the first: the independent failure comes first, the failure of all members last.
-void OrvaCCFGroup::_ExpandMember(Subset& subset, int i, LumoList* children, int k) {
-  assert(subset[static_cast<std::size_t>(i)] == '1');
-  if (k < 0) {
-    const auto level = static_cast<int>(std::count(subset.begin(), subset.end(), '1'));
-    OrvaEvent* event = level == INDEPENDENT_LEVEL ? GetMember(i) : _FindOrAddBasicEvent(subset);
-    _AssociateProbabilityDistributionToBasicEvent(event, level);
-    children->InsertItemLast(OrvaGate::NewEvent(_model, event));
-  } else if (k == i) {
-    _ExpandMember(subset, i, children, k - 1);
-  } else {
-    char& isMember = subset[static_cast<std::size_t>(k)];
-    isMember = '0';
-    _ExpandMember(subset, i, children, k - 1);
-    isMember = '1';
-    _ExpandMember(subset, i, children, k - 1);
+// The independent failure comes first, the failure of all members last.
+void OrvaCCFGroup::_ExpandMember(Expansion& expansion, int i) {
+  OrvaEvent* member = _ReplaceMemberByIndependentEvent(expansion, i);
+  const std::size_t independent = std::size_t{1} << i;
+  expansion.events[independent] = GetMember(i);
+  OrvaGate* definition = OrvaGate::NewOr(_model, nullptr);
+  for (std::size_t subset = independent; subset < expansion.events.size(); ++subset) {
+    if ((subset & independent) == 0) continue;
+    definition->AddChild(OrvaGate::NewEvent(_model, _GetEventOfSubset(expansion, subset)));
   }
+  member->SetDefinition(definition);
 }
 
-void OrvaCCFGroup::_ExpandMemberForBetaFactor(const Subset& subset, int i, OrvaEvent*& common) {
-  OrvaEvent* member = _ReplaceMemberByIndependentEvent(i);
-  if (common == nullptr) common = _FindOrAddBasicEvent(subset);
-  _AssociateProbabilityDistributionToBasicEvent(common, GetNumberOfMembers());
-  LumoList children;
-  children.InsertItemLast(OrvaGate::NewEvent(_model, GetMember(i)));
-  children.InsertItemLast(OrvaGate::NewEvent(_model, common));
-  _DefineMember(member, &children);
+// The failure of all members is made for the first one.
+void OrvaCCFGroup::_ExpandMemberForBetaFactor(Expansion& expansion, int i) {
+  const int n = GetNumberOfMembers();
+  OrvaEvent* member = _ReplaceMemberByIndependentEvent(expansion, i);
+  OrvaEvent*& common = expansion.events.front();
+  if (common == nullptr) {
+    const std::string digits(static_cast<std::size_t>(n), '1');
+    common = _FindOrAddBasicEvent(expansion.prefix + digits);
+  }
+  _AssociateProbabilityDistributionToBasicEvent(expansion, common, n);
+  OrvaGate* definition = OrvaGate::NewOr(_model, nullptr);
+  definition->AddChild(OrvaGate::NewEvent(_model, GetMember(i)));
+  definition->AddChild(OrvaGate::NewEvent(_model, common));
+  member->SetDefinition(definition);
 }
 
 // The member keeps its occurrences in the fault trees under the name "group-member"; its own name
 // goes to a new basic event, the independent failure, which takes its place in the group. The
 // new event is not linked to the group.
-OrvaEvent* OrvaCCFGroup::_ReplaceMemberByIndependentEvent(int i) {
+OrvaEvent* OrvaCCFGroup::_ReplaceMemberByIndependentEvent(Expansion& expansion, int i) {
   OrvaEvent* member = GetMember(i);
   assert(member != nullptr);
   const std::string name = member->GetName();
@@ -202,23 +209,36 @@ OrvaEvent* OrvaCCFGroup::_ReplaceMemberByIndependentEvent(int i) {
   OrvaEvent* independent = _model->AddEvent(name.c_str(), OrvaEvent::BASIC_EVENT);
   _Unlink(member);
   _members.SetItem(i, independent);
-  _AssociateProbabilityDistributionToBasicEvent(independent, INDEPENDENT_LEVEL);
+  _AssociateProbabilityDistributionToBasicEvent(expansion, independent, INDEPENDENT_LEVEL);
   return member;
 }
 
-void OrvaCCFGroup::_DefineMember(OrvaEvent* member, const LumoList* children) {
-  member->SetDefinition(OrvaGate::NewOr(_model, children));
+// The digits of the name are in the order of the members.
+OrvaEvent* OrvaCCFGroup::_GetEventOfSubset(Expansion& expansion, std::size_t subset) {
+  OrvaEvent*& event = expansion.events[subset];
+  if (event != nullptr) return event;
+  std::string name = expansion.prefix;
+  for (int i = 0; i < GetNumberOfMembers(); ++i) name += (subset >> i & 1) != 0 ? '1' : '0';
+  event = _FindOrAddBasicEvent(name);
+  _AssociateProbabilityDistributionToBasicEvent(expansion, event, std::popcount(subset));
+  return event;
 }
 
-OrvaEvent* OrvaCCFGroup::_FindOrAddBasicEvent(const Subset& subset) {
-  const std::string name = std::string(_name) + "-" + subset;
+OrvaEvent* OrvaCCFGroup::_FindOrAddBasicEvent(const std::string& name) {
   OrvaEvent* event = _model->LookForEvent(name.c_str());
   return event != nullptr ? event : _model->AddEvent(name.c_str(), OrvaEvent::BASIC_EVENT);
 }
 
-void OrvaCCFGroup::_AssociateProbabilityDistributionToBasicEvent(OrvaEvent* event, int level) {
+void OrvaCCFGroup::_AssociateProbabilityDistributionToBasicEvent(Expansion& expansion,
+                                                                 OrvaEvent* event, int level) {
   if (_distribution == nullptr || event->GetProbabilityDistribution() != nullptr) return;
-  event->SetProbabilityDistribution(_NewExpressionOfLevel(level));
+  Distribution*& expression = expansion.expressions[static_cast<std::size_t>(level)];
+  if (expression == nullptr || !expression->CanBeShared()) {
+    expression = _NewExpressionOfLevel(level);
+  } else {
+    expression->AddHolder();
+  }
+  event->SetProbabilityDistribution(expression);
 }
 
 // The probability of the common failure of a given subset of `level` members: one product.

@@ -84,18 +84,17 @@ class OrvaCCFGroup : public LumoAttributeAccess<OrvaCCFGroup> {
  private:
   friend LumoAttributeAccess<OrvaCCFGroup>;
 
-  // One character per member: '1' in the subset, '0' outside.
-  using Subset = std::string;
+  // What the members share while the group is expanded.
+  struct Expansion;
 
   void _Unlink(OrvaEvent* member);
-  void _ExpandMember(Subset& subset, int i);
-  void _ExpandMember(Subset& subset, int i, LumoList* children, int k);
-  // The failure of all members is made for the first one.
-  void _ExpandMemberForBetaFactor(const Subset& subset, int i, OrvaEvent*& common);
-  OrvaEvent* _ReplaceMemberByIndependentEvent(int i);
-  void _DefineMember(OrvaEvent* member, const LumoList* children);
-  OrvaEvent* _FindOrAddBasicEvent(const Subset& subset);
-  void _AssociateProbabilityDistributionToBasicEvent(OrvaEvent* event, int level);
+  void _ExpandMember(Expansion& expansion, int i);
+  void _ExpandMemberForBetaFactor(Expansion& expansion, int i);
+  OrvaEvent* _ReplaceMemberByIndependentEvent(Expansion& expansion, int i);
+  OrvaEvent* _GetEventOfSubset(Expansion& expansion, std::size_t subset);
+  OrvaEvent* _FindOrAddBasicEvent(const std::string& name);
+  void _AssociateProbabilityDistributionToBasicEvent(Expansion& expansion, OrvaEvent* event,
+                                                     int level);
   OrvaProbabilityDistribution* _NewExpressionOfLevel(int level) const;
   OrvaProbabilityDistribution* _CopyFactor(int level) const;
   OrvaProbabilityDistribution* _NewComplementOfFactor(int level) const;

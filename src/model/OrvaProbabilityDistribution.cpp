@@ -379,3 +379,17 @@ bool OrvaProbabilityDistribution::IsTimeDependent() const { return _DoesDepend(&
 bool OrvaProbabilityDistribution::IsRepairDependent() const {
   return _DoesDepend(&Functor::repair);
 }
+
+// Deviates keep what was drawn, a switch without a match its former value, and a constant that is
+// out of the bounds of a rate or of a time is replaced by the bound. Other bounds are not looked
+// into.
+bool OrvaProbabilityDistribution::CanBeShared() const {
+  for (const auto* node = this; node != nullptr; node = node->_GetNextInPreOrder(this, true)) {
+    const Type type = node->GetType();
+    if (type == SWITCH || type == CASE || type > WEIBULL || type == GLM) return false;
+    const double value = node->GetValueAsDouble();
+    const bool isConstant = type == BOOL || type == INT || type == FLOAT;
+    if (isConstant && !(value >= 0.0 && value <= DBL_MAX)) return false;
+  }
+  return true;
+}

@@ -157,6 +157,10 @@ class OrvaProbabilityDistribution : public OrvaTerm {
   bool IsTimeDependent() const;
   bool IsRepairDependent() const;
 
+  // Whether several events may hold this one tree, because no evaluation of it leaves anything
+  // behind by which the next one, or what is written of the expression, could differ.
+  bool CanBeShared() const;
+
   // Draws the node's own deviate; deviates below it are reset, not drawn.
   void DrawRandomDeviates(LumoRandomizer* randomizer);
   // Sets every deviate of the tree to its central value.

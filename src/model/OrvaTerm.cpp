@@ -116,6 +116,8 @@ void OrvaTerm::Delete(void* term) {
 // Bottom-up and without recursion: a term is deleted once it has no child left.
 void OrvaTerm::_Delete(bool checkConnectionToParent) {
   if (checkConnectionToParent && _parent != nullptr) return;
+  assert(_numberOfHolders > 0);
+  if (--_numberOfHolders > 0) return;
   OrvaTerm* term = this;
   for (;;) {
     if (OrvaTerm* child = term->GetFirstChild()) {

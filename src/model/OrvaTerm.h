@@ -82,8 +82,11 @@ class OrvaTerm {
   OrvaTerm* GetFirstInPostOrder();
   OrvaTerm* GetNextInPostOrder(const OrvaTerm* root) const;
 
-  // Deletes a term with its subtree; does nothing at all when the term has a parent.
+  // Deletes a term with its subtree; does nothing at all when the term has a parent. A root that
+  // several hold is deleted for the last of them.
   static void Delete(void* term);
+  // One more holds the root, and is going to delete it.
+  void AddHolder() { ++_numberOfHolders; }
 
   // Offered to users of the class; the program itself does not call what follows.
 
@@ -124,6 +127,7 @@ class OrvaTerm {
 
   OrvaModel* _model;
   int _type;
+  int _numberOfHolders = 1;
   OrvaTerm* _parent = nullptr;
   LumoListCell* _cellInParent = nullptr;
   LumoList _children;
