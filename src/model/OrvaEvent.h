@@ -87,17 +87,19 @@ class OrvaEvent : public OrvaSymbol {
   static int CompareType(const void* event, const void* type);
   // Those that the selector picks (0 for a match).
   void DeleteHandles(LumoContainer::Match selector, const void* argument);
-  LumoCursor* NewCursorOnHandles() { return _handles.NewCursor(); }
+  LumoCursor* NewCursorOnHandles() { return _GetHandles()->NewCursor(); }
   // Inserts every parameter used by the basic events below this event, and leaves each parameter
   // in the container once.
   void CollectParameters(LumoContainer* result);
 
  private:
+  LumoAVLTree* _GetHandles();
+
   Type _type;
   OrvaProbabilityDistribution* _distribution = nullptr;
   OrvaVariable* _variable = nullptr;
   int _mcsIndex = 0;
-  LumoAVLTree _handles;
+  std::unique_ptr<LumoAVLTree> _handles;  // null until there is one
   OrvaCCFGroup* _ccfGroup = nullptr;
   double _probability = 0.0;
   double _unconditionalFailureIntensity = 0.0;

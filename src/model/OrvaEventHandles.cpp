@@ -10,7 +10,7 @@
 #include "system/OrvaModuleRecord.h"
 
 OrvaEvent::OrvaEvent(OrvaModel* model, const char* name, Type type)
-    : OrvaSymbol(model, name), _type(type), _handles(OrvaHandle::CompareNames) {
+    : OrvaSymbol(model, name), _type(type) {
   LumoMemoryManager::TraceNew(this, "OrvaEvent");
 }
 
@@ -20,11 +20,16 @@ OrvaEvent::~OrvaEvent() {
   LumoMemoryManager::TraceDelete(this, "OrvaEvent");
 }
 
+LumoAVLTree* OrvaEvent::_GetHandles() {
+  if (!_handles) _handles.reset(new LumoAVLTree(OrvaHandle::CompareNames));
+  return _handles.get();
+}
+
 OrvaHandle* OrvaEvent::NewHandle(const char* name, OrvaSystem* system) {
   DeleteHandle(name);
   assert(GetHandle(name) == nullptr);
   auto* handle = new OrvaHandle(this, name, system);
-  _handles.InsertItem(handle);
+  _GetHandles()->InsertItem(handle);
   return handle;
 }
 
@@ -32,20 +37,23 @@ OrvaHandle* OrvaEvent::NewHandle(const char* name, OrvaMCSSet* set) {
   DeleteHandle(name);
   assert(GetHandle(name) == nullptr);
   auto* handle = new OrvaHandle(this, name, set);
-  _handles.InsertItem(handle);
+  _GetHandles()->InsertItem(handle);
   return handle;
 }
 
 OrvaHandle* OrvaEvent::GetHandle(const char* name) const {
-  return static_cast<OrvaHandle*>(_handles.LookForItem(OrvaHandle::CompareName, name));
+  if (!_handles) return nullptr;
+  return static_cast<OrvaHandle*>(_handles->LookForItem(OrvaHandle::CompareName, name));
 }
 
 void OrvaEvent::DeleteHandle(const char* name) {
   OrvaHandle* handle = GetHandle(name);
-  if (handle != nullptr) OrvaHandle::Delete(_handles.RemoveItem(handle));
+  if (handle != nullptr) OrvaHandle::Delete(_handles->RemoveItem(handle));
 }
 
-void OrvaEvent::DeleteHandles() { _handles.DeleteItems(OrvaHandle::Delete); }
+void OrvaEvent::DeleteHandles() {
+  if (_handles) _handles->DeleteItems(OrvaHandle::Delete);
+}
 
 bool OrvaEvent::IsModule() const {
   if (GetDefinition() == nullptr) return false;
@@ -56,5 +64,5 @@ bool OrvaEvent::IsModule() const {
 // Offered to users of the class; the program itself does not call what follows.
 
 void OrvaEvent::DeleteHandles(LumoContainer::Match selector, const void* argument) {
-  _handles.DeleteItems(selector, argument, OrvaHandle::Delete);
+  if (_handles) _handles->DeleteItems(selector, argument, OrvaHandle::Delete);
 }

@@ -4,8 +4,8 @@
 #include <iterator>
 
 #include "model/OrvaEvent.h"
+#include "model/OrvaNameTable.h"
 #include "support/memory/LumoMemoryManager.h"
-#include "support/text/LumoRawString.h"
 
 // In the order of the types; the last row ends the table.
 const OrvaGate::Functor OrvaGate::_FUNCTORS[] = {
@@ -85,13 +85,16 @@ const char* OrvaGate::GetFunctor(Type type) {
 }
 
 OrvaGate::Type OrvaGate::GetType(const char* name) {
-  for (const char* reference : REFERENCE_NAMES) {
-    if (LumoRawString::IsEqual(name, reference)) return EVENT;
-  }
-  for (int type = 0; _FUNCTORS[type].name != nullptr; ++type) {
-    if (LumoRawString::IsEqual(name, _FUNCTORS[type].name)) return static_cast<Type>(type);
-  }
-  return UNKNOWN;
+  static const OrvaNameTable table = [] {
+    OrvaNameTable names;
+    for (const char* reference : REFERENCE_NAMES) names.Add(reference, EVENT);
+    for (int type = 0; _FUNCTORS[type].name != nullptr; ++type) {
+      names.Add(_FUNCTORS[type].name, type);
+    }
+    return names;
+  }();
+  static_assert(UNKNOWN == OrvaNameTable::NOT_FOUND);
+  return static_cast<Type>(table.Find(name));
 }
 
 void OrvaGate::SetType(Type type) {

@@ -12,6 +12,7 @@
 #include <iterator>
 #include <vector>
 
+#include "model/OrvaNameTable.h"
 #include "model/OrvaParameter.h"
 #include "model/OrvaProbabilityDistributionKinds.h"
 #include "support/memory/LumoMemoryManager.h"
@@ -268,10 +269,15 @@ const char* OrvaProbabilityDistribution::GetFunctor(Type type) {
 }
 
 OrvaProbabilityDistribution::Type OrvaProbabilityDistribution::GetType(const char* name) {
-  for (int type = 0; _FUNCTORS[type].name != nullptr; ++type) {
-    if (LumoRawString::IsEqual(name, _FUNCTORS[type].name)) return static_cast<Type>(type);
-  }
-  return UNKNOWN;
+  static const OrvaNameTable table = [] {
+    OrvaNameTable names;
+    for (int type = 0; _FUNCTORS[type].name != nullptr; ++type) {
+      names.Add(_FUNCTORS[type].name, type);
+    }
+    return names;
+  }();
+  static_assert(UNKNOWN == OrvaNameTable::NOT_FOUND);
+  return static_cast<Type>(table.Find(name));
 }
 
 void OrvaProbabilityDistribution::SetType(Type type) {

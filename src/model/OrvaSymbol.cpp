@@ -61,8 +61,6 @@ void OrvaSymbol::RemoveOccurrence(OrvaTerm* term) {
   }
 }
 
-int OrvaSymbol::CompareName(const char* name) const { return LumoRawString::Compare(_name, name); }
-
 int OrvaSymbol::CompareName(const void* symbol, const void* name) {
   return AsSymbol(symbol)->CompareName(static_cast<const char*>(name));
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "support/containers/LumoList.h"
+#include "support/text/LumoRawString.h"
 #include "support/values/LumoAttributeAccess.h"
 
 class OrvaModel;
@@ -41,7 +42,7 @@ class OrvaSymbol : public LumoAttributeAccess<OrvaSymbol> {
   void SetFlag(int flag) { _flag = flag; }
 
   // Three-way byte-wise comparison of names, for the ordered containers.
-  int CompareName(const char* name) const;
+  int CompareName(const char* name) const { return LumoRawString::Compare(_name, name); }
   int CompareNames(const OrvaSymbol* other) const { return CompareName(other->_name); }
   static int CompareName(const void* symbol, const void* name);
   static int CompareNames(const void* a, const void* b);
@@ -80,5 +81,5 @@ class OrvaSymbol : public LumoAttributeAccess<OrvaSymbol> {
   OrvaTerm* _definition = nullptr;
   LumoList _occurrences;
   int _flag = 0;
-  LumoAttributeList _attributes;
+  LumoLateAttributeList _attributes;
 };

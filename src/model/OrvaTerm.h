@@ -137,5 +137,5 @@ class OrvaTerm {
   // The place in the occurrences of a symbol, so that leaving them takes constant time.
   OrvaSymbol* _symbolOfOccurrence = nullptr;
   LumoListCell* _cellOfOccurrence = nullptr;
-  LumoAttributeList _attributes;
+  LumoLateAttributeList _attributes;
 };

@@ -105,6 +105,16 @@ void* LumoAVLTree::LookForItem(const LumoComparator* comparator, const void* key
   return nullptr;
 }
 
+void* LumoAVLTree::LookForItem(Match match, const void* key) const {
+  const LumoAVLTreeNode* node = _root;
+  while (node != nullptr) {
+    const int comparison = match(node->_item, key);
+    if (comparison == 0) return node->_item;
+    node = comparison < 0 ? node->_right : node->_left;
+  }
+  return nullptr;
+}
+
 void LumoAVLTree::InsertItem(void* item) {
   assert(item != nullptr);
   LumoAVLTreeNode* father = nullptr;
@@ -155,20 +165,27 @@ void LumoAVLTree::_Unlink(LumoAVLTreeNode* node) {
 }
 
 // An insertion or a removal changes no height by more than one: a difference of two is the worst
-// that can be met on the way up, and one rotation, or two, end it.
+// that can be met on the way up, and one rotation, or two, end it. Where the height of a subtree is
+// what it was before, nothing above it changes.
 void LumoAVLTree::_RebalanceFrom(LumoAVLTreeNode* node) {
   while (node != nullptr) {
-    node->_UpdateHeight();
-    assert(node->_GetBalance() >= -2 && node->_GetBalance() <= 2);
     LumoAVLTreeNode* father = node->_father;
-    if (node->_GetBalance() > 1) {
+    const int balance = node->_GetBalance();
+    assert(balance >= -2 && balance <= 2);
+    const int formerHeight = node->_height;
+    if (balance > 1) {
       if (node->_right->_GetBalance() < 0) _RotateRight(node->_right);
       _RotateLeft(node);
-    } else if (node->_GetBalance() < -1) {
+      node = node->_father;
+    } else if (balance < -1) {
       if (node->_left->_GetBalance() > 0) _RotateLeft(node->_left);
       _RotateRight(node);
+      node = node->_father;
+    } else {
+      node->_UpdateHeight();
     }
-    assert(node->_GetBalance() >= -1 && node->_GetBalance() <= 1);
+    assert(node->_GetBalance() >= -1 && node->_GetBalance() <= 1 && node->_father == father);
+    if (node->_height == formerHeight) return;
     node = father;
   }
 }

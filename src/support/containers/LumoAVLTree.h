@@ -37,15 +37,15 @@ class LumoAVLTree : public LumoContainer {
   ~LumoAVLTree() override;
 
   using LumoContainer::DeleteItems;
-  using LumoContainer::LookForItem;
   using LumoContainer::NewCursor;
 
   int GetNumberOfItems() const override { return _numberOfItems; }
   void* GetFirstItem() const override { return _GetItem(GetFirstNode()); }
   void* GetLastItem() const override { return _GetItem(GetLastNode()); }
   void* GetNthItem(int n) const override { return _GetItem(GetNthNode(n)); }
-  // Descends by match(item of the node, key): 0 is found, negative goes right, positive left; so
+  // Descend by match(item of the node, key): 0 is found, negative goes right, positive left; so
   // the match must agree with the tree's order.
+  void* LookForItem(Match match, const void* key) const override;
   void* LookForItem(const LumoComparator* comparator, const void* key) const override;
   void InsertItem(void* item) override;
   // Removes the first item met on the way down that compares equal, whether or not it is the

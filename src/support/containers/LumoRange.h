@@ -4,7 +4,9 @@
 #include <iterator>
 #include <memory>
 
+#include "support/containers/LumoAVLTree.h"
 #include "support/containers/LumoContainer.h"
+#include "support/containers/LumoList.h"
 
 // The items of a container, typed, for a range-based loop:
 //
@@ -47,4 +49,41 @@ class LumoRange {
 template <class Item>
 LumoRange<Item> LumoItems(const LumoContainer& container) {
   return LumoRange<Item>(container.NewCursor());
+}
+
+// The same over the cells of a list and the nodes of a tree, which are at hand without a cursor.
+template <class Item, class Place>
+class LumoRangeOfPlaces {
+ public:
+  explicit LumoRangeOfPlaces(const Place* first) : _first(first) {}
+
+  class Iterator {
+   public:
+    explicit Iterator(const Place* place) : _place(place) {}
+    Item* operator*() const { return static_cast<Item*>(_place->GetItem()); }
+    Iterator& operator++() {
+      _place = _place->GetNext();
+      return *this;
+    }
+    bool operator==(std::default_sentinel_t) const { return _place == nullptr; }
+
+   private:
+    const Place* _place;
+  };
+
+  Iterator begin() const { return Iterator(_first); }
+  std::default_sentinel_t end() const { return {}; }
+
+ private:
+  const Place* _first;
+};
+
+template <class Item>
+LumoRangeOfPlaces<Item, LumoListCell> LumoItems(const LumoList& list) {
+  return LumoRangeOfPlaces<Item, LumoListCell>(list.GetFirstCell());
+}
+
+template <class Item>
+LumoRangeOfPlaces<Item, LumoAVLTreeNode> LumoItems(const LumoAVLTree& tree) {
+  return LumoRangeOfPlaces<Item, LumoAVLTreeNode>(tree.GetFirstNode());
 }

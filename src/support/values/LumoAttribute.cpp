@@ -16,10 +16,6 @@ void LumoAttribute::Delete(void* attribute) {
   if (attribute != nullptr) delete static_cast<LumoAttribute*>(attribute);
 }
 
-int LumoAttribute::CompareName(const char* name) const {
-  return LumoRawString::Compare(_name, name);
-}
-
 // Offered to users of the class; the program itself does not call what follows.
 
 char* LumoAttribute::CopyName() const { return LumoRawString::CopyIfAny(_name); }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/text/LumoRawString.h"
 #include "support/values/LumoConstant.h"
 
 // A named value with two sets of flags: who may see it, and where it comes from.
@@ -20,7 +21,7 @@ class LumoAttribute {
   static void Delete(void* attribute);
 
   const char* GetName() const { return _name; }
-  int CompareName(const char* name) const;
+  int CompareName(const char* name) const { return LumoRawString::Compare(_name, name); }
 
   // The constant itself, owned by the attribute.
   LumoConstant* GetValue() { return &_value; }

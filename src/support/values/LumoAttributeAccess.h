@@ -3,7 +3,8 @@
 #include "support/values/LumoAttributeList.h"
 
 // The named attributes of an object, forwarded to its list. An owner derives from this class,
-// befriends it and has a field `_attributes`, wherever among its fields it wants it.
+// befriends it and has a field `_attributes`, made at once or late, wherever among its fields it
+// wants it.
 //
 // Setting takes the values of a LumoConstant; a pointer comes with the function that releases it.
 // Getting yields the default when there is no attribute of that name.
@@ -38,6 +39,6 @@ class LumoAttributeAccess {
   friend Owner;
 
   LumoAttributeAccess() = default;
-  LumoAttributeList& _GetList() { return static_cast<Owner*>(this)->_attributes; }
-  const LumoAttributeList& _GetList() const { return static_cast<const Owner*>(this)->_attributes; }
+  auto& _GetList() { return static_cast<Owner*>(this)->_attributes; }
+  const auto& _GetList() const { return static_cast<const Owner*>(this)->_attributes; }
 };

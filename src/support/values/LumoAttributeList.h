@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include "support/containers/LumoList.h"
 #include "support/values/LumoAttribute.h"
 
@@ -63,4 +65,36 @@ class LumoAttributeList : public LumoList {
  private:
   LumoAttribute* _GetAttribute(const char* name);
   bool _IsOfType(const char* name, LumoConstant::Type type) const;
+};
+
+// The same for objects by the million, most of which never get an attribute: the list is made with
+// the first one.
+class LumoLateAttributeList {
+ public:
+  template <class... Values>
+  LumoAttribute* SetValueOfAttribute(const char* name, Values... values) {
+    if (!_list) _list = std::make_unique<LumoAttributeList>();
+    return _list->SetValueOfAttribute(name, values...);
+  }
+  const char* GetValueOfAttributeAsString(const char* name, const char* defaultValue) const {
+    return _list ? _list->GetValueOfAttributeAsString(name, defaultValue) : defaultValue;
+  }
+  double GetValueOfAttributeAsDouble(const char* name, double defaultValue) const {
+    return _list ? _list->GetValueOfAttributeAsDouble(name, defaultValue) : defaultValue;
+  }
+  int GetValueOfAttributeAsInt(const char* name, int defaultValue) const {
+    return _list ? _list->GetValueOfAttributeAsInt(name, defaultValue) : defaultValue;
+  }
+  bool GetValueOfAttributeAsBool(const char* name, bool defaultValue) const {
+    return _list ? _list->GetValueOfAttributeAsBool(name, defaultValue) : defaultValue;
+  }
+  void* GetValueOfAttributeAsPointer(const char* name, void* defaultValue) const {
+    return _list ? _list->GetValueOfAttributeAsPointer(name, defaultValue) : defaultValue;
+  }
+  void ResetValueOfAttribute(const char* name) {
+    if (_list) _list->ResetValueOfAttribute(name);
+  }
+
+ private:
+  std::unique_ptr<LumoAttributeList> _list;
 };
