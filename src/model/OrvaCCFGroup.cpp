@@ -143,7 +143,7 @@ int OrvaCCFGroup::CompareNames(const void* a, const void* b) {
 struct OrvaCCFGroup::Expansion {
   std::string prefix;                      // of the names of common failures
   std::vector<OrvaEvent*> events;          // by subset; null until made
-  std::vector<Distribution*> expressions;  // by level, where events share one; null until made
+  std::vector<Distribution*> expressions;  // by level, where events share one
 };
 
 void OrvaCCFGroup::Expand() {
@@ -232,12 +232,13 @@ OrvaEvent* OrvaCCFGroup::_FindOrAddBasicEvent(const std::string& name) {
 void OrvaCCFGroup::_AssociateProbabilityDistributionToBasicEvent(Expansion& expansion,
                                                                  OrvaEvent* event, int level) {
   if (_distribution == nullptr || event->GetProbabilityDistribution() != nullptr) return;
-  Distribution*& expression = expansion.expressions[static_cast<std::size_t>(level)];
-  if (expression == nullptr || !expression->CanBeShared()) {
-    expression = _NewExpressionOfLevel(level);
-  } else {
-    expression->AddHolder();
+  Distribution*& shared = expansion.expressions[static_cast<std::size_t>(level)];
+  if (shared != nullptr) {
+    shared->AddHolder();
+    return event->SetProbabilityDistribution(shared);
   }
+  Distribution* expression = _NewExpressionOfLevel(level);
+  if (expression->CanBeShared()) shared = expression;
   event->SetProbabilityDistribution(expression);
 }
 

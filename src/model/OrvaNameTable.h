@@ -15,7 +15,9 @@ class OrvaNameTable {
     Row& row = _rows[_Find(name)];
     if (row.name == nullptr) row = {name, number};
   }
-  int Find(const char* name) const { return name == nullptr ? NOT_FOUND : _rows[_Find(name)].number; }
+  int Find(const char* name) const {
+    return name == nullptr ? NOT_FOUND : _rows[_Find(name)].number;
+  }
 
  private:
   static constexpr std::size_t SIZE = 256;

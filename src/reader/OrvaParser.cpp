@@ -10,6 +10,9 @@
 // model with the type that the reference says, and the definition, when it comes, completes that
 // same event. So definitions may stand in any order and in several files, and what a faulty file
 // has added until its fault stays.
+//
+// Nor is anything looked at twice: of a document that nobody else has, each construct goes as soon
+// as it is read, so that the model takes its place in memory instead of standing beside it.
 
 #include "reader/OrvaParser.h"
 
@@ -85,7 +88,13 @@ void OrvaParser::DownloadModel(int& error, const char* fileName, OrvaModel* mode
   if (fileName == nullptr) return _Report(error, NO_FILE_NAME, nullptr);
   LumoXMLDocument document;
   if (!document.Load(fileName)) return _Report(error, UNABLE_TO_OPEN_FILE, fileName, nullptr);
-  DownloadModel(error, &document, model);
+  _DownloadOwnDocument(error, &document, model);
+}
+
+void OrvaParser::_DownloadOwnDocument(int& error, LumoXMLDocument* document, OrvaModel* model) {
+  _ownsDocument = true;
+  DownloadModel(error, document, model);
+  _ownsDocument = false;
 }
 
 void OrvaParser::DownloadModel(int& error, const LumoXMLDocument* document, OrvaModel* model) {
@@ -100,9 +109,10 @@ void OrvaParser::DownloadModel(int& error, const LumoXMLDocument* document, Orva
 
 void OrvaParser::_DownloadConstructs(int& error, const LumoXMLNode* parent, Place place,
                                      OrvaModel* model) {
-  for (const LumoXMLNode* node = parent->GetFirstChild(); node != nullptr && error == 0;
-       node = node->GetNextSibling()) {
+  for (const LumoXMLNode* node = parent->GetFirstChild(); node != nullptr && error == 0;) {
     if (!node->IsComment()) _DownloadConstruct(error, node, place, model);
+    node = node->GetNextSibling();
+    if (_ownsDocument) const_cast<LumoXMLNode*>(parent)->DeleteFirstChild();
   }
 }
 
@@ -206,5 +216,5 @@ void OrvaParser::_Report(int& error, const char* format, const char* argument,
 void OrvaParser::DownloadModel(int& error, std::FILE* file, OrvaModel* model) {
   LumoXMLDocument document;
   document.Load(file);
-  DownloadModel(error, &document, model);
+  _DownloadOwnDocument(error, &document, model);
 }

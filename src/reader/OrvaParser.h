@@ -55,6 +55,7 @@ class OrvaParser : public LumoXMLParser {
   struct Construct;
   struct Conflicts;
 
+  void _DownloadOwnDocument(int& error, LumoXMLDocument* document, OrvaModel* model);
   void _DownloadConstructs(int& error, const LumoXMLNode* parent, Place place, OrvaModel* model);
   void _DownloadConstruct(int& error, const LumoXMLNode* node, Place place, OrvaModel* model);
   void _DownloadFaultTree(int& error, const LumoXMLNode* node, OrvaModel* model);
@@ -127,4 +128,6 @@ class OrvaParser : public LumoXMLParser {
 
   OrvaInterpreter* _interpreter;
   OrvaOptionCenter* _optionCenter = nullptr;
+  // Whether the document is the reader's own, whose constructs go once they are read.
+  bool _ownsDocument = false;
 };

@@ -1,13 +1,27 @@
+// Terms are made in the order of the file and, where a model is read from them, go in that order:
+// then the pages behind the reader are free for the model already. So a page counts its cells. It
+// begins at a multiple of its size, where a cell finds it without a word of its own; a cell that is
+// too large has a larger page to itself, and begins in the first part of it.
+
 #include "xml/LumoXMLArena.h"
 
 #include <algorithm>
 #include <cassert>
+#include <cstdlib>
 #include <cstring>
+#include <new>
+#include <utility>
+
+#include "support/memory/LumoMemoryManager.h"
+
+struct LumoXMLArena::Page {
+  std::size_t numberOfCells;  // one more while cells are taken from it
+};
 
 namespace {
 
-constexpr std::size_t SMALLEST_PAGE = 4096;
-constexpr std::size_t LARGEST_PAGE = 262144;
+constexpr std::size_t PAGE_ALIGNMENT = 65536;
+constexpr std::size_t PAGE_SIZE = PAGE_ALIGNMENT - 64;  // room for what the C library puts between
 constexpr std::size_t FIRST_NUMBER_OF_NAMES = 64;
 
 // FNV-1a.
@@ -21,34 +35,46 @@ std::uint32_t Hash(const char* text, std::size_t length) {
 
 }  // namespace
 
-// A piece larger than a page gets one of its own, and the last page stays in use.
-char* LumoXMLArena::_TakePage(std::size_t size) {
-  _pageSize = std::clamp(2 * _pageSize, SMALLEST_PAGE, LARGEST_PAGE);
-  char* page = static_cast<char*>(::operator new(std::max(size, _pageSize)));
-  _pages.push_back(page);
-  if (size > _pageSize) return page;
-  _next = page;
-  _end = page + _pageSize;
-  return nullptr;
+void LumoXMLArena::_TakePage(std::size_t size) {
+  _LeavePage();
+  const std::size_t pageSize = std::max(PAGE_SIZE, sizeof(Page) + size);
+  void* memory = nullptr;
+  if (posix_memalign(&memory, PAGE_ALIGNMENT, pageSize) != 0) {
+    LumoMemoryManager::EndOnExhaustedMemory();
+  }
+  _page = new (memory) Page{1};
+  _next = static_cast<char*>(memory) + sizeof(Page);
+  _end = static_cast<char*>(memory) + pageSize;
+}
+
+void LumoXMLArena::_LeavePage() {
+  if (_page != nullptr) Release(std::exchange(_page, nullptr));
+  _next = _end = nullptr;
 }
 
 void* LumoXMLArena::NewCell(std::size_t size) {
   size = (size + alignof(void*) - 1) / alignof(void*) * alignof(void*);
-  if (static_cast<std::size_t>(_end - _next) < size) {
-    if (char* page = _TakePage(size)) return page;
-  }
+  if (static_cast<std::size_t>(_end - _next) < size) _TakePage(size);
   char* cell = _next;
   _next += size;
+  ++_page->numberOfCells;
   return cell;
 }
 
-char* LumoXMLArena::NewText(const char* text, std::size_t length) {
-  char* copy = nullptr;
-  if (static_cast<std::size_t>(_end - _next) <= length) copy = _TakePage(length + 1);
-  if (copy == nullptr) copy = _end -= length + 1;
-  std::memcpy(copy, text, length);
-  copy[length] = '\0';
-  return copy;
+void* LumoXMLArena::NewCell(std::size_t size, const char*& text, std::size_t length) {
+  char* cell = static_cast<char*>(NewCell(size + length + 1));
+  std::memcpy(cell + size, text, length);
+  cell[size + length] = '\0';
+  text = cell + size;
+  return cell;
+}
+
+void LumoXMLArena::Release(void* cell) {
+  char* place = static_cast<char*>(cell);
+  place -= reinterpret_cast<std::uintptr_t>(place) % PAGE_ALIGNMENT;
+  Page* page = reinterpret_cast<Page*>(place);
+  assert(page->numberOfCells > 0);
+  if (--page->numberOfCells == 0) std::free(place);
 }
 
 const char* LumoXMLArena::NewName(const char* name, std::size_t length) {
@@ -56,7 +82,9 @@ const char* LumoXMLArena::NewName(const char* name, std::size_t length) {
   const std::uint32_t hash = Hash(name, length);
   Name& place = _FindPlace(name, length, hash);
   if (place.text == nullptr) {
-    place = {NewText(name, length), length, hash};
+    char* text = static_cast<char*>(::operator new(length + 1));  // zeroed
+    std::memcpy(text, name, length);
+    place = {text, length, hash};
     ++_numberOfNames;
   }
   return place.text;
@@ -84,10 +112,11 @@ void LumoXMLArena::_GrowNames() {
 }
 
 void LumoXMLArena::Reset() {
-  for (char* page : _pages) ::operator delete(page);
-  _pages.clear();
+  assert(_page == nullptr || _page->numberOfCells == 1);
+  _LeavePage();
+  for (const Name& name : _names) {
+    if (name.text != nullptr) ::operator delete(name.text);
+  }
   _names.clear();
   _numberOfNames = 0;
-  _pageSize = 0;
-  _next = _end = nullptr;
 }

@@ -38,8 +38,11 @@ LumoXMLAttribute::LumoXMLAttribute(const char* name, bool value)
   SetValueAsBool(value);
 }
 
-LumoXMLAttribute::LumoXMLAttribute(const char* name, char* value, InArena)
-    : _name(const_cast<char*>(name)), _value(value), _isInArena(true), _ownsTexts(false) {
+LumoXMLAttribute::LumoXMLAttribute(const char* name, const char* value, InArena)
+    : _name(const_cast<char*>(name)),
+      _value(const_cast<char*>(value)),
+      _isInArena(true),
+      _ownsTexts(false) {
   LumoMemoryManager::TraceNew(this, "LumoXMLAttribute");
 }
 
@@ -51,8 +54,10 @@ LumoXMLAttribute::~LumoXMLAttribute() {
   LumoMemoryManager::TraceDelete(this, "LumoXMLAttribute");
 }
 
-LumoXMLAttribute* LumoXMLAttribute::NewInArena(LumoXMLArena* arena, const char* name, char* value) {
-  return new (arena->NewCell(sizeof(LumoXMLAttribute))) LumoXMLAttribute(name, value, InArena());
+LumoXMLAttribute* LumoXMLAttribute::NewInArena(LumoXMLArena* arena, const char* name,
+                                               const char* value, std::size_t length) {
+  void* cell = arena->NewCell(sizeof(LumoXMLAttribute), value, length);
+  return new (cell) LumoXMLAttribute(name, value, InArena());
 }
 
 void LumoXMLAttribute::Delete(void* item) {
@@ -60,6 +65,7 @@ void LumoXMLAttribute::Delete(void* item) {
   if (attribute == nullptr) return;
   if (!attribute->_isInArena) return delete attribute;
   attribute->~LumoXMLAttribute();
+  LumoXMLArena::Release(attribute);
 }
 
 void LumoXMLAttribute::_CopyTexts() {

@@ -15,8 +15,9 @@ class LumoXMLAttribute {
   ~LumoXMLAttribute();
   LumoXMLAttribute(const LumoXMLAttribute&) = delete;
   LumoXMLAttribute& operator=(const LumoXMLAttribute&) = delete;
-  // An attribute in a document's memory, where its texts are already: nothing is copied.
-  static LumoXMLAttribute* NewInArena(LumoXMLArena* arena, const char* name, char* value);
+  // An attribute in a document's memory, where its name is already.
+  static LumoXMLAttribute* NewInArena(LumoXMLArena* arena, const char* name, const char* value,
+                                      std::size_t length);
   static void Delete(void* attribute);
 
   // The attribute after this one in its element; null at the end.
@@ -57,7 +58,7 @@ class LumoXMLAttribute {
   friend class LumoXMLNode;
 
   struct InArena {};
-  LumoXMLAttribute(const char* name, char* value, InArena);
+  LumoXMLAttribute(const char* name, const char* value, InArena);
   // Makes the texts the attribute's own.
   void _CopyTexts();
 

@@ -27,8 +27,8 @@ LumoXMLNode* LumoXMLNode::_New(Type type, const char* name) {
   return node;
 }
 
-LumoXMLNode* LumoXMLNode::NewInArena(LumoXMLArena* arena, Type type, const char* name, int line) {
-  auto* node = new (arena->NewCell(sizeof(LumoXMLNode))) LumoXMLNode(type);
+LumoXMLNode* LumoXMLNode::_NewInCell(void* cell, Type type, const char* name, int line) {
+  auto* node = new (cell) LumoXMLNode(type);
   node->_name = const_cast<char*>(name);
   node->_lineNumber = line;
   node->_isInArena = true;
@@ -36,11 +36,22 @@ LumoXMLNode* LumoXMLNode::NewInArena(LumoXMLArena* arena, Type type, const char*
   return node;
 }
 
+LumoXMLNode* LumoXMLNode::NewInArena(LumoXMLArena* arena, const char* name, int line) {
+  return _NewInCell(arena->NewCell(sizeof(LumoXMLNode)), NODE, name, line);
+}
+
+LumoXMLNode* LumoXMLNode::NewInArena(LumoXMLArena* arena, Type type, const char* text,
+                                     std::size_t length, int line) {
+  void* cell = arena->NewCell(sizeof(LumoXMLNode), text, length);
+  return _NewInCell(cell, type, text, line);
+}
+
 void LumoXMLNode::Delete(void* item) {
   auto* node = static_cast<LumoXMLNode*>(item);
   if (node == nullptr) return;
   if (!node->_isInArena) return delete node;
   node->~LumoXMLNode();
+  LumoXMLArena::Release(node);
 }
 
 LumoXMLNode* LumoXMLNode::NewNode(const char* name) { return _New(NODE, name); }
@@ -108,6 +119,14 @@ void LumoXMLNode::AddAttribute(LumoXMLAttribute* attribute) {
   assert(attribute->_next == nullptr);
   (_lastAttribute == nullptr ? _firstAttribute : _lastAttribute->_next) = attribute;
   _lastAttribute = attribute;
+}
+
+void LumoXMLNode::DeleteFirstChild() {
+  LumoXMLNode* child = _firstChild;
+  assert(child != nullptr && child->_previousSibling == nullptr);
+  _firstChild = child->_nextSibling;
+  (_firstChild == nullptr ? _lastChild : _firstChild->_previousSibling) = nullptr;
+  Delete(child);
 }
 
 LumoXMLAttribute* LumoXMLNode::FindAttribute(const char* name) const {

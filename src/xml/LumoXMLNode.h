@@ -23,8 +23,10 @@ class LumoXMLNode {
   static LumoXMLNode* NewCDATA(const char* text);
   static LumoXMLNode* NewComment(const char* text);
 
-  // A term in a document's memory, where its name is already: nothing is copied.
-  static LumoXMLNode* NewInArena(LumoXMLArena* arena, Type type, const char* name, int line);
+  // Terms in a document's memory: an element, whose name is there already, and any other term.
+  static LumoXMLNode* NewInArena(LumoXMLArena* arena, const char* name, int line);
+  static LumoXMLNode* NewInArena(LumoXMLArena* arena, Type type, const char* text,
+                                 std::size_t length, int line);
   static void Delete(void* node);
 
   Type GetType() const { return _type; }
@@ -54,8 +56,9 @@ class LumoXMLNode {
   // The child must belong to no node yet; this one takes it over.
   void AddChild(LumoXMLNode* child) { InsertChildLast(child); }
   void InsertChildLast(LumoXMLNode* child);
-  // Deletes every child with its subtree.
+  // Delete every child, or the first one, which must exist, with its subtree.
   void DeleteDescendants();
+  void DeleteFirstChild();
 
   // Appends an attribute, which the node takes over; a name may occur twice.
   void AddAttribute(LumoXMLAttribute* attribute);
@@ -114,6 +117,7 @@ class LumoXMLNode {
   friend class LumoXMLAttributeCursor;
 
   static LumoXMLNode* _New(Type type, const char* name);
+  static LumoXMLNode* _NewInCell(void* cell, Type type, const char* name, int line);
   void _RemoveAttribute(LumoXMLAttribute* attribute);
 
   // A document is millions of these: the fields that are narrow share a word.

@@ -178,8 +178,6 @@ void LumoXMLParser::_AppendWhile(int charClass) {
   }
 }
 
-char* LumoXMLParser::_CopyToken() { return _document->GetArena()->NewText(_token, _tokenLength); }
-
 // The file as a whole.
 
 int LumoXMLParser::ParseFile(LumoXMLDocument* document, std::FILE* file) {
@@ -246,7 +244,7 @@ void LumoXMLParser::_ParseOpeningTag(int line) {
   }
   LumoXMLArena* arena = _document->GetArena();
   LumoXMLNode* element =
-      LumoXMLNode::NewInArena(arena, LumoXMLNode::NODE, arena->NewName(_token, _tokenLength), line);
+      LumoXMLNode::NewInArena(arena, arena->NewName(_token, _tokenLength), line);
   assert(_openElements.size() < MAXIMUM_NUMBER_OF_OPEN_ELEMENTS);
   _openElements.push_back(element);
   _ParseAttributes(element);
@@ -328,7 +326,7 @@ void LumoXMLParser::_ParseAttribute(LumoXMLNode* element) {
   }
   _ParseQuotedValue();
   if (!_parseError) {
-    element->AddAttribute(LumoXMLAttribute::NewInArena(arena, name, _CopyToken()));
+    element->AddAttribute(LumoXMLAttribute::NewInArena(arena, name, _token, _tokenLength));
   }
 }
 
@@ -433,7 +431,7 @@ void LumoXMLParser::_AttachTerm(LumoXMLNode* term) {
 
 // A term that is no element; its text is the token.
 void LumoXMLParser::_AttachNewTerm(LumoXMLNode::Type type, int line) {
-  _AttachTerm(LumoXMLNode::NewInArena(_document->GetArena(), type, _CopyToken(), line));
+  _AttachTerm(LumoXMLNode::NewInArena(_document->GetArena(), type, _token, _tokenLength, line));
 }
 
 void LumoXMLParser::_AttachTopElement() {

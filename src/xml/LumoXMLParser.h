@@ -82,7 +82,6 @@ class LumoXMLParser {
   void _BeginToken();
   void _AppendToToken(int c);
   void _AppendWhile(int charClass);
-  char* _CopyToken();
 
   void _ParseHeader();
   void _ParseTerm();

@@ -60,9 +60,12 @@ void* LumoAttributeList::GetValueOfAttributeAsPointer(const char* name, void* de
 }
 
 void LumoAttributeList::ResetValueOfAttribute(const char* name) {
-  if (LumoAttribute* attribute = FindAttribute(name)) {
-    RemoveItem(attribute);
+  for (LumoListCell* cell = GetFirstCell(); cell != nullptr; cell = cell->GetNext()) {
+    auto* attribute = static_cast<LumoAttribute*>(cell->GetItem());
+    if (attribute->CompareName(name) != 0) continue;
+    RemoveCell(cell);
     delete attribute;
+    return;
   }
 }
 
