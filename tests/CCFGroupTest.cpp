@@ -60,6 +60,37 @@ TEST(CCFGroup, Expansion) {
   }
 }
 
+// The events of one level may hold one tree, but none that an evaluation could tell apart.
+TEST(CCFGroup, SharesExpressionsThatKeepNothing) {
+  const struct {
+    std::string q;
+    bool isShared;
+  } rows[] = {
+      {"<exponential><float value=\"0.01\"/><mission-time/></exponential>", true},
+      {"<mul><float value=\"2\"/><parameter name=\"p\"/></mul>", true},
+      {"<exponential><float value=\"-0.01\"/><mission-time/></exponential>", false},
+      {"<uniform-deviate><float value=\"0\"/><float value=\"1\"/></uniform-deviate>", false},
+      {"<switch><case><bool value=\"false\"/><float value=\"1\"/></case></switch>", false}};
+  for (const auto& [q, isShared] : rows) {
+    SCOPED_TRACE(q);
+    OrvaTestEngine engine;
+    ASSERT_EQ(engine.Load("<define-CCF-group name=\"G\" model=\"beta-factor\"><members>"
+                          "<basic-event name=\"A\"/><basic-event name=\"B\"/></members>"
+                          "<distribution>" +
+                          q +
+                          "</distribution><factor level=\"2\">"
+                          "<float value=\"0.1\"/></factor></define-CCF-group>"),
+              0);
+    engine.GetModel()->ExpandCCFGroups();
+    OrvaEvent* a = engine.GetEvent("A");
+    OrvaEvent* b = engine.GetEvent("B");
+    EXPECT_EQ(a->GetProbabilityDistribution() == b->GetProbabilityDistribution(), isShared);
+    const std::string text = TextOf(b->GetProbabilityDistribution());
+    a->SetProbabilityDistribution(nullptr);
+    EXPECT_EQ(TextOf(b->GetProbabilityDistribution()), text);
+  }
+}
+
 TEST(CCFGroup, OwnsFactorsAndLinksMembers) {
   OrvaModel model;
   OrvaEvent* a = model.AddEvent("A", OrvaEvent::BASIC_EVENT);

@@ -283,12 +283,18 @@ TEST_F(LumoMemoryManagerTest, EndsTheProcessOnANegativeBalance) {
 TEST_F(LumoMemoryManagerTest, AllocatesZeroFilledCellsAndNotesNullDeletions) {
   void* (*const allocations[])(std::size_t) = {&LumoMemoryManager::NewCell, &::operator new,
                                                &::operator new[] };
-  for (const auto& allocate : allocations) {
-    for (int round = 0; round < 3; ++round) {  // a released cell comes back clean
-      auto* cell = static_cast<unsigned char*>(allocate(1000));
-      ASSERT_EQ(std::count(cell, cell + 1000, 0), 1000);
-      std::fill(cell, cell + 1000, static_cast<unsigned char>(0xAA));
+  for (const std::size_t size : {1, 8, 9, 24, 248, 249, 1000}) {
+    for (int round = 0; round < 9; ++round) {  // a released cell comes back clean
+      LumoMemoryManager::SetPoolsCells(round % 2 == 0);
+      auto* cell = static_cast<unsigned char*>(allocations[round % 3](size));
+      auto* other = static_cast<unsigned char*>(allocations[round % 3](size));
+      LumoMemoryManager::SetPoolsCells(round % 4 == 0);  // cells know where they belong
+      EXPECT_EQ(reinterpret_cast<std::uintptr_t>(cell) % alignof(std::max_align_t), 0U);
+      ASSERT_EQ(std::count(cell, cell + size, 0), static_cast<long>(size));
+      std::fill(cell, cell + size, static_cast<unsigned char>(0xAA));
+      ASSERT_EQ(std::count(other, other + size, 0), static_cast<long>(size));
       LumoMemoryManager::DeleteCell(cell);
+      LumoMemoryManager::DeleteCell(other);
     }
   }
   EXPECT_EQ(LumoMemoryManager::GetAllocationBalance(), 0);  // cells are no objects

@@ -154,6 +154,55 @@ TEST_F(XmlTest, StoresTextsCommentsAndSections) {
   EXPECT_STREQ(a->GetChild(4)->GetAttributeValue("v"), "\xff\xc3\xa9");
 }
 
+// Blocks of the file end anywhere, in a name, a value, a blank or a closing mark, and what is read
+// may be larger than a block. Line numbers go on.
+TEST_F(XmlTest, ReadsAcrossTheEndsOfBlocks) {
+  const std::string element = "<ab cd=\"e\nf\" >g \n h<!--i--j--><![CDATA[k]]l]]></ab>";
+  std::string elements;
+  for (int i = 0; i < 1000; ++i) elements += element;
+  for (std::size_t length = 40000; length < 40000 + element.size(); ++length) {
+    const std::string filler(length, 'x');
+    const LumoXMLNode* root =
+        Read("<" + filler + " v=\"" + filler + "\">" + elements + "</" + filler + ">");
+    ASSERT_NE(root, nullptr);
+    ASSERT_EQ(root->GetName() + std::string(root->GetAttributeValue("v")), filler + filler);
+    ASSERT_EQ(root->GetNumberOfChildren(), 1000);
+    int line = 2;
+    for (const auto* node = root->GetFirstChild(); node != nullptr; node = node->GetNextSibling()) {
+      ASSERT_EQ(node->GetLineNumber(), std::exchange(line, line + 2));
+      ASSERT_STREQ(node->GetName(), "ab");
+      ASSERT_STREQ(node->GetAttributeValue("cd"), "e\nf");
+      ASSERT_STREQ(node->GetChild(1)->GetText(), "g h");
+      ASSERT_STREQ(node->GetChild(2)->GetText(), "--i--j--");
+      ASSERT_STREQ(node->GetChild(3)->GetText(), "k]]l");
+    }
+  }
+}
+
+// What was read lies in the document's memory, what is added does not, and either may be changed.
+TEST_F(XmlTest, ChangesWhatWasRead) {
+  Read("<a b=\"1\" c=\"2\" d=\"3\"><e/>text</a>");
+  LumoXMLNode* root = _document.GetFirstRoot();
+  root->SetName(root->GetName());
+  root->SetName("A");
+  root->FindAttribute("b")->SetValue("one");
+  root->FindAttribute("b")->SetValueAsInt(7);
+  root->AddAttribute("f", true);
+  root->AddChild(LumoXMLNode::NewNode("g"));
+  const std::unique_ptr<LumoCursor> cursor(root->NewCursorOnAttributes());
+  for (cursor->ResetOnLastItem(); !cursor->IsBeforeFirstItem();) {
+    const bool isKept = static_cast<LumoXMLAttribute*>(cursor->GetItem())->HasName("b");
+    if (isKept) {
+      cursor->Decrement();
+    } else {
+      LumoXMLAttribute::Delete(cursor->RemoveItemAndDecrement());
+    }
+  }
+  root->AddAttribute("h", 8);
+  root->DeleteFirstChild();
+  EXPECT_EQ(Print(), "<?xml version=\"1.0\"?>\n<A b=\"7\" h=\"8\" >\ntext\n  <g />\n</A>\n");
+}
+
 TEST_F(XmlTest, RefusesNullCharacters) {
   using namespace std::string_literals;
   for (const std::string& text : {"<a><b v=\"x\0y\"/></a>"s, "<a>p\0q</a>"s, "<a><!--\0--></a>"s}) {

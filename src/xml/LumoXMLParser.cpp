@@ -150,7 +150,8 @@ bool LumoXMLParser::_FillBuffer() {
   return _next != _end;
 }
 
-// The token: it ends before the next character, at the latest.
+// The token: it ends before the next character, at the latest. What was read behind it is lost with
+// the block, so that a character that may be part of it is appended at once.
 
 void LumoXMLParser::_BeginToken() {
   _token = _next;
@@ -243,8 +244,7 @@ void LumoXMLParser::_ParseOpeningTag(int line) {
     return _RaiseSyntaxError(Messenger::TOO_MANY_OPEN_ELEMENTS);
   }
   LumoXMLArena* arena = _document->GetArena();
-  LumoXMLNode* element =
-      LumoXMLNode::NewInArena(arena, arena->NewName(_token, _tokenLength), line);
+  LumoXMLNode* element = LumoXMLNode::NewInArena(arena, arena->NewName(_token, _tokenLength), line);
   assert(_openElements.size() < MAXIMUM_NUMBER_OF_OPEN_ELEMENTS);
   _openElements.push_back(element);
   _ParseAttributes(element);
@@ -364,7 +364,10 @@ void LumoXMLParser::_ParseText() {
 void LumoXMLParser::_ParseComment() {
   _BeginToken();
   int c = _GetChar();
-  if (c == '-') return _ParseDashedComment();
+  if (c == '-') {
+    _AppendToToken(c);
+    return _ParseDashedComment();
+  }
   for (; c != '>'; c = _GetChar()) {
     if (_IsAtEndOfFile()) return _RaiseSyntaxError(Messenger::UNEXPECTED_END_OF_FILE);
     _AppendToToken(c);
@@ -375,7 +378,6 @@ void LumoXMLParser::_ParseComment() {
 // after that character, so that "--->" closes nothing.
 void LumoXMLParser::_ParseDashedComment() {
   if (_GetChar() != '-') return _RaiseSyntaxError(Messenger::DASH_EXPECTED);
-  _AppendToToken('-');
   _AppendToToken('-');
   int dashes = 0;
   for (;;) {
@@ -402,19 +404,14 @@ void LumoXMLParser::_ParseCDATA() {
   for (;;) {
     const int c = _GetChar();
     if (_IsAtEndOfFile()) return _RaiseSyntaxError(Messenger::UNEXPECTED_END_OF_FILE);
-    if (brackets == 2 && c == '>') return;
-    if (brackets < 2 && c == ']') {
-      ++brackets;
-      continue;
-    }
     assert(brackets >= 0 && brackets <= 2);
-    if (brackets == 1) _AppendToToken(c);
-    if (brackets == 2) {
-      _AppendToToken(']');
-      _AppendToToken(']');
+    if (brackets == 2 && c == '>') {
+      _tokenLength -= 2;
+      return;
     }
+    if (brackets == 1 && c != ']') _token[_tokenLength - 1] = static_cast<char>(c);
     _AppendToToken(c);
-    brackets = 0;
+    brackets = brackets < 2 && c == ']' ? brackets + 1 : 0;
   }
 }
 
