@@ -62,14 +62,16 @@ void OrvaScriptCheck::_ReportUnread(const LumoXMLNode* node, const char* name, c
 void OrvaScriptCheck::_CheckAttributesOfRoot(const LumoXMLNode* command) {
   const LumoXMLNode* root = command->GetParent();
   if (!root->IsNodeOfName("orva") || OrvaFirstElement(root) != command) return;
-  for (const LumoXMLAttribute* attribute : LumoItems<LumoXMLAttribute>(root->GetAttributes())) {
+  for (const LumoXMLAttribute* attribute = root->GetFirstAttribute(); attribute != nullptr;
+       attribute = attribute->GetNext()) {
     _ReportUnread(command, attribute->GetName(), nullptr);
   }
 }
 
 void OrvaScriptCheck::_CheckAttributes(const LumoXMLNode* command, const Options& row) {
   std::set<std::string> given;
-  for (const LumoXMLAttribute* attribute : LumoItems<LumoXMLAttribute>(command->GetAttributes())) {
+  for (const LumoXMLAttribute* attribute = command->GetFirstAttribute(); attribute != nullptr;
+       attribute = attribute->GetNext()) {
     const char* name = attribute->GetName();
     if (!row.ReadsAttribute(name)) {
       _ReportUnread(command, name, &row);

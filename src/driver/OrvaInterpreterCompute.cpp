@@ -181,6 +181,7 @@ std::unique_ptr<OrvaApproximation> OrvaInterpreter::_NewExactProbability(int& er
     _Report(error, NO_SYSTEM, without->GetName(), command);
     return nullptr;
   }
+  if (_watcher != nullptr) return nullptr;  // a rehearsal computes nothing
   std::unique_ptr<OrvaApproximation> exact = OrvaExactProbability::Build(graph, maximumNodes);
   if (exact == nullptr) {
     _Report(error, DIAGRAM_TOO_LARGE, handle->GetTopEvent()->GetName(), command);
