@@ -131,8 +131,8 @@ class OrvaHandle {
   static constexpr int MAXIMUM_NUMBER_OF_POINTS = 1000000;
   // Curves. Points are added at the first and the last date, on the grid between them, at and
   // around the tests of periodically tested basic events, and where the curve bends by more than
-  // the smoothing ratio (see SmoothCurve... below). A date that is on the curve already is not computed
-  // again. The curve of the conditional failure intensity always starts at 0.
+  // the smoothing ratio (see SmoothCurve... below). A date that is on the curve already is not
+  // computed again. The curve of the conditional failure intensity always starts at 0.
   void ComputeCurveOfTopEventProbability(double firstDate, double lastDate, double step,
                                          bool addSingularPoints, bool smoothCurve,
                                          double smoothingRatio, LumoCurve* curve,
