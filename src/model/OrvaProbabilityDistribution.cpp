@@ -100,8 +100,8 @@ struct OrvaProbabilityDistribution::Rows {
             .acceptsChildren = Exactly<N>,
             .draw = &Node::_DrawDeviate,
             .reset = reset,
-            .numberOfArguments = N,
-            .deviate = deviate};
+            .deviate = deviate,
+            .numberOfArguments = N};
   }
 };
 

@@ -17,13 +17,13 @@ struct OrvaProbabilityDistribution::Functor {
   double (Node::*failureRate)(double t) const = &Node::_GetNoFailureRate;
   void (Node::*draw)(LumoRandomizer* randomizer) = &Node::_DrawNothing;
   void (Node::*reset)() = &Node::_ResetNothing;
-  // Of deviates with so many arguments: how they are drawn.
-  int numberOfArguments = 0;
+  // How a deviate with so many arguments is drawn.
   Deviate deviate = nullptr;
+  int numberOfArguments = 0;
   // What the evaluation applies: to one child, to two, or to each in turn from a start value.
+  LumoConstant::Type startType = LumoConstant::NIL;
   Operation operation = nullptr;
   BinaryOperation binaryOperation = nullptr;
-  LumoConstant::Type startType = LumoConstant::NIL;
   double start = 0.0;
 };
 
