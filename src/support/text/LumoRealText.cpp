@@ -36,9 +36,11 @@ constexpr double LARGEST_SCALED = 1e298;
 
 constexpr std::array<double, HIGHEST_POWER + 1> POWERS = [] {
   std::array<double, HIGHEST_POWER + 1> powers = {1.0};
-  for (int i = 1; i <= HIGHEST_POWER; ++i) powers[i] = powers[i - 1] * 10.0;
+  for (std::size_t i = 1; i < powers.size(); ++i) powers[i] = powers[i - 1] * 10.0;
   return powers;
 }();
+
+double GetPower(int exponent) { return POWERS[static_cast<std::size_t>(exponent)]; }
 
 // "00" to "99".
 constexpr std::array<std::array<char, 2>, 100> PAIRS = [] {
@@ -65,7 +67,7 @@ bool Round(double value, Decimal& result) {
   // no power of two gets beyond the next power of ten.
   exponent = (exponent * 78913) >> 18;
   const int power = DIGITS - 1 - exponent;
-  double scaled = power >= 0 ? value * POWERS[power] : value / POWERS[-power];
+  double scaled = power >= 0 ? value * GetPower(power) : value / GetPower(-power);
   if (scaled >= LIMIT) {
     scaled /= 10.0;
     ++exponent;
