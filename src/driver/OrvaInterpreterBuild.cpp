@@ -20,6 +20,7 @@
 #include "diagram/OrvaCutsetListing.h"
 #include "diagram/OrvaCutsetSolver.h"
 #include "diagram/OrvaDiagramGraph.h"
+#include "driver/OrvaCommandOptions.h"
 #include "driver/OrvaInterpreter.h"
 #include "driver/OrvaInterpreterCommands.h"
 #include "model/OrvaModel.h"
@@ -47,7 +48,6 @@ constexpr const char* SAME_HANDLES = "System and MCS handles cannot be the same.
 enum class Algorithm { SEARCH, DIAGRAM };
 constexpr OrvaWord<Algorithm> ALGORITHMS[] = {{"search", Algorithm::SEARCH},
                                               {"diagram", Algorithm::DIAGRAM}};
-constexpr const char* ALGORITHM = "algorithm";
 
 // Whether an event has no index in the cutset store yet.
 bool IsNew(const OrvaEvent* event) { return event->GetMCSIndex() == 0; }
@@ -233,8 +233,8 @@ void OrvaInterpreter::_DownloadCommandBuildMinimalCutsets(int& error, const Lumo
   _DownloadRealOption(error, command, OrvaOptionCenter::MISSION_TIME, missionTime);
   std::unique_ptr<OrvaCutoff> cutoff;
   _DownloadOptionCutoff(error, command, cutoff);
-  const Algorithm algorithm =
-      _DownloadWordInCommand(error, command, ALGORITHM, ALGORITHMS, UNKNOWN_ALGORITHM);
+  const Algorithm algorithm = _DownloadWordInCommand(error, command, OrvaCommandOptions::ALGORITHM,
+                                                     ALGORITHMS, UNKNOWN_ALGORITHM);
   if (error != 0) return;
   _NormalizeModel(error, topEvent);
   if (error == 0) _checker->CheckModel(error, _model.get());

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "diagram/OrvaExactProbability.h"
+#include "driver/OrvaCommandOptions.h"
 #include "driver/OrvaInterpreter.h"
 #include "driver/OrvaInterpreterCommands.h"
 #include "model/OrvaModel.h"
@@ -19,6 +20,7 @@
 #include "support/time/LumoProgress.h"
 
 using Center = OrvaOptionCenter;
+using Options = OrvaCommandOptions;
 
 // A kind of curve: how it is computed, what is printed of it, and how.
 struct OrvaInterpreter::CurveKind {
@@ -43,8 +45,6 @@ constexpr const char* TOO_MANY_POINTS = "Too many points in a curve\n";
 constexpr const char* UNKNOWN_APPROXIMATION = "Unknown approximation %s\n";
 constexpr const char* DIAGRAM_TOO_LARGE = "The exact probability of %s needs a larger diagram\n";
 constexpr const char* NO_SYSTEM = "No system of %s under the system handle\n";
-constexpr const char* APPROXIMATION = "approximation";
-constexpr const char* MAXIMUM_NODES = "maximum-nodes";
 constexpr int DEFAULT_MAXIMUM_NODES = 10'000'000;
 
 enum class Approximation { RARE_EVENT, UPPER_BOUND, EXACT };
@@ -55,11 +55,6 @@ constexpr OrvaWord<Approximation> APPROXIMATIONS[] = {
 };
 constexpr const char* UNKNOWN_FAILURE_RATE = "Unknown failure rate %s\n";
 constexpr const char* NOT_A_SEED = "Not a seed: %s\n";
-
-// What only the command itself may say.
-constexpr const char* FOLLOW_PARAMETERS = "follow-parameters";
-constexpr const char* FAILURE_RATE = "failure-rate";
-constexpr const char* SEED = "seed";
 
 constexpr OrvaWord<bool> FAILURE_RATES[] = {{"expression", false}, {"numeric", true}};
 
@@ -155,7 +150,7 @@ void OrvaInterpreter::_DownloadCommandComputeTopEventProbability(int& error,
 std::unique_ptr<OrvaApproximation> OrvaInterpreter::_NewApproximation(int& error,
                                                                       const LumoXMLNode* command,
                                                                       OrvaHandle* handle) {
-  switch (_DownloadWordInCommand(error, command, APPROXIMATION, APPROXIMATIONS,
+  switch (_DownloadWordInCommand(error, command, Options::APPROXIMATION, APPROXIMATIONS,
                                  UNKNOWN_APPROXIMATION)) {
     case Approximation::UPPER_BOUND:
       return std::make_unique<OrvaUpperBound>();
@@ -170,7 +165,7 @@ std::unique_ptr<OrvaApproximation> OrvaInterpreter::_NewExactProbability(int& er
                                                                          const LumoXMLNode* command,
                                                                          OrvaHandle* handle) {
   int maximumNodes = DEFAULT_MAXIMUM_NODES;
-  _DownloadIntegerInCommand(error, command, MAXIMUM_NODES, maximumNodes);
+  _DownloadIntegerInCommand(error, command, Options::MAXIMUM_NODES, maximumNodes);
   const char* systemHandleName;
   _DownloadStringOption(error, command, Center::SYSTEM_HANDLE, systemHandleName);
   if (error != 0) return nullptr;
@@ -234,11 +229,11 @@ void OrvaInterpreter::_WriteCurve(int& error, const LumoXMLNode* command, OrvaHa
   _DownloadBooleanOption(error, command, Center::ADD_SINGULAR_POINTS, options.addSingularPoints);
   _DownloadBooleanOption(error, command, Center::SMOOTH_CURVE, options.smoothCurve);
   _DownloadRealOption(error, command, Center::SMOOTHING_RATIO, options.smoothingRatio);
-  _DownloadBooleanInCommand(error, command, FOLLOW_PARAMETERS,
+  _DownloadBooleanInCommand(error, command, Options::FOLLOW_PARAMETERS,
                             options.corrections.followsParameters);
   if (kind.hasFailureRates) {
-    options.corrections.takesNumericFailureRates =
-        _DownloadWordInCommand(error, command, FAILURE_RATE, FAILURE_RATES, UNKNOWN_FAILURE_RATE);
+    options.corrections.takesNumericFailureRates = _DownloadWordInCommand(
+        error, command, Options::FAILURE_RATE, FAILURE_RATES, UNKNOWN_FAILURE_RATE);
   }
   _WriteOutput(error, command, [&](LumoStream* stream) {
     const LumoProgress progress("curve", "points so far");
@@ -292,7 +287,7 @@ void OrvaInterpreter::_DownloadCommandComputeOrdersOfMinimalCutsets(int& error,
 // are seeds from which the generator does not get away.
 void OrvaInterpreter::_DownloadOptionSeed(int& error, const LumoXMLNode* command) {
   int seed = 0;
-  if (!_DownloadIntegerInCommand(error, command, SEED, seed) || error != 0) return;
+  if (!_DownloadIntegerInCommand(error, command, Options::SEED, seed) || error != 0) return;
   _randomizer->SetSeed(seed);
   const long first = _randomizer->Draw();
   if (seed < 0 || _randomizer->Draw() == first) {

@@ -37,7 +37,6 @@ constexpr const char* OTHER_COLUMNS = "File '%s' has other columns\n";
 constexpr const char* UNABLE_TO_WRITE = "Unable to write file '%s'\n";
 
 constexpr OrvaWord<bool> BOOLEANS[] = {{Center::VALUE_ON, true}, {Center::VALUE_OFF, false}};
-constexpr const char* LAYOUT = "layout";
 constexpr OrvaWord<OrvaPrinter::Layout> LAYOUTS[] = {{"rows", OrvaPrinter::IN_ROWS},
                                                      {"columns", OrvaPrinter::IN_COLUMNS}};
 constexpr const char* UNKNOWN_LAYOUT = "Unknown layout %s\n";
@@ -209,7 +208,7 @@ void OrvaInterpreter::_CloseOutputStream(int& error, LumoStream*& stream) {
 void OrvaInterpreter::_DownloadOptionLayout(int& error, const LumoXMLNode* command) {
   _printer->layout = OrvaPrinter::IN_ROWS;
   const char* text;
-  if (!_DownloadOptionInCommand(command, LAYOUT, text)) return;
+  if (!_DownloadOptionInCommand(command, OrvaCommandOptions::LAYOUT, text)) return;
   if (const OrvaWord<OrvaPrinter::Layout>* row = OrvaFindWord(LAYOUTS, text)) {
     _printer->layout = row->value;
   } else {
