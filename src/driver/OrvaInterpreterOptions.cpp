@@ -206,14 +206,8 @@ void OrvaInterpreter::_CloseOutputStream(int& error, LumoStream*& stream) {
 
 // What the command itself says: the layout is not an option of the center.
 void OrvaInterpreter::_DownloadOptionLayout(int& error, const LumoXMLNode* command) {
-  _printer->layout = OrvaPrinter::IN_ROWS;
-  const char* text;
-  if (!_DownloadOptionInCommand(command, OrvaCommandOptions::LAYOUT, text)) return;
-  if (const OrvaWord<OrvaPrinter::Layout>* row = OrvaFindWord(LAYOUTS, text)) {
-    _printer->layout = row->value;
-  } else {
-    _Report(error, UNKNOWN_LAYOUT, OrvaTextOrEmpty(text), command);
-  }
+  _printer->layout =
+      _DownloadWordInCommand(error, command, OrvaCommandOptions::LAYOUT, LAYOUTS, UNKNOWN_LAYOUT);
 }
 
 // A table in columns that is added to a file looks at its heading.
