@@ -118,6 +118,11 @@ TEST(LumoFileStream, InterpretsBackslashSequencesAndWritesValues) {
   for (const auto& [text, written] : cases) EXPECT_EQ(Write(text), written) << text;
   EXPECT_EQ(Write('\\'), "\\");  // a single character is written as it is
   EXPECT_EQ(Write(std::numeric_limits<long>::min()), "-9223372036854775808");
+  for (const long power : {1L, 10L, 100L, 1000L, 10000L, 100000L, 1000000L, 10000000L}) {
+    for (const long value : {power - 1, power, -power, power + power / 2}) {
+      EXPECT_EQ(Write(value), std::to_string(value));
+    }
+  }
   EXPECT_EQ(Write(0.5F), "0.5");
   EXPECT_EQ(Write("%.3f\\n", 2.0), "2.000\n");  // the formatted text is a text
   EXPECT_EQ(Write("%f", 1e300).size(), 308U);   // 301 digits, a point, 6 digits

@@ -6,45 +6,33 @@
 // would say something about them that nobody has computed. That order is a matter of the tree, not
 // of its addresses, and therefore the same in every run.
 //
-// The cutsets are collected before any is printed: one walk down the tree keeps the events of the
-// path and copies them at each leaf, into one array for all cutsets. The ranking then moves small
-// records only, in one stable sort. A probability that is no number is the one thing that can't be
-// sorted, since it compares as equal to all others, which are not equal among themselves: where
-// such cutsets come is defined by the search tree that they are inserted into.
+// The cutsets are collected before any is printed: one walk down the tree keeps the names and the
+// probability of the path and copies them at each leaf, into one array for all cutsets. The ranking
+// then moves small records only.
 
 #include <algorithm>
 #include <cassert>
-#include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <iterator>
 #include <memory>
 #include <numeric>
 #include <span>
 #include <vector>
 
 #include "model/OrvaEvent.h"
+#include "printer/OrvaCutsetRanking.h"
 #include "printer/OrvaPrinter.h"
 #include "printer/OrvaPrinterTable.h"
 #include "search/OrvaWalkObserver.h"
 #include "store/OrvaMCSSet.h"
 #include "store/OrvaMCSTreeWalk.h"
-#include "support/containers/LumoAVLTree.h"
 
 namespace {
 
-struct Cutset {
-  double probability;
-  int number;  // in the order of the set
-};
-
-// The highest probability first.
-int CompareDecreasingProbabilities(const void* a, const void* b) {
-  const double x = static_cast<const Cutset*>(a)->probability;
-  const double y = static_cast<const Cutset*>(b)->probability;
-  return static_cast<int>(x < y) - static_cast<int>(x > y);
-}
-
-// Collects the minimal cutsets of a tree whose leaves are weighed, in one walk down: the way up
-// from a leaf can be as long as the tree is large.
+// Collects the minimal cutsets of a tree in one walk down: the way up from a leaf can be as long as
+// the tree is large.
 struct CutsetCollector : OrvaMCSTreeVisitor {
   // With the numbers of cutsets of each order: room for all from the start halves the cost.
   CutsetCollector(const OrvaMCSManager* store, std::span<const int> numbersOfCutsets)
@@ -56,61 +44,45 @@ struct CutsetCollector : OrvaMCSTreeVisitor {
       numberOfCutsets += number;
       numberOfEvents += number * order;
     }
-    cutsets.reserve(numberOfCutsets);
+    probabilities.reserve(numberOfCutsets);
     places.reserve(numberOfCutsets + 1);
     places.push_back(0);
-    events.reserve(numberOfEvents);
+    names.reserve(numberOfEvents);
   }
   void Enter(OrvaMCSNode* node) {
-    path.push_back(manager->GetEvent(node->GetIndex()));
-    assert(path.back() != nullptr);
+    const int index = node->GetIndex();
+    assert(manager->GetEvent(index) != nullptr);
+    path.push_back(manager->GetEvent(index)->GetName());
+    products.push_back(products.back() * manager->GetProbability(index));
   }
-  void Cross(OrvaMCSNode* /*node*/) { path.pop_back(); }
+  void Cross(OrvaMCSNode* /*node*/) {
+    path.pop_back();
+    products.pop_back();
+  }
   void VisitLeaf(OrvaMCSNode* leaf) {
     if (!leaf->IsMinimalCutset()) return;
-    cutsets.push_back({leaf->GetWeight(), static_cast<int>(cutsets.size())});
-    for (const OrvaEvent* event : path) events.push_back(event);
-    SortByName(events.end() - static_cast<std::ptrdiff_t>(path.size()), events.end());
-    places.push_back(events.size());
+    probabilities.push_back(products.back());
+    for (const char* name : path) names.push_back(name);
+    // No two events of a cutset are equal.
+    std::sort(names.begin() + static_cast<std::ptrdiff_t>(places.back()), names.end(),
+              [](const char* a, const char* b) { return std::strcmp(a, b) < 0; });
+    places.push_back(names.size());
   }
-  // Names are unique: no two events of a cutset are equal.
-  static void SortByName(std::vector<const OrvaEvent*>::iterator first,
-                         std::vector<const OrvaEvent*>::iterator last) {
-    std::sort(first, last, [](const OrvaEvent* a, const OrvaEvent* b) {
-      return OrvaSymbol::CompareNames(a, b) < 0;
-    });
-  }
-  struct Events {
-    const OrvaEvent* const* first;
-    const OrvaEvent* const* last;
-  };
-  Events GetEvents(const Cutset& cutset) const {
-    const auto number = static_cast<std::size_t>(cutset.number);
-    return {events.data() + places[number], events.data() + places[number + 1]};
+  // Of the events of the cutset of this number, in the order of the set.
+  std::span<const char* const> GetNames(std::size_t number) const {
+    return std::span(names).subspan(places[number], places[number + 1] - places[number]);
   }
 
   const OrvaMCSManager* manager;
-  std::vector<const OrvaEvent*> path;
-  // The events of one cutset after the other, and where those of each begin and the last ones end.
-  std::vector<const OrvaEvent*> events;
+  // From the root to the node: the names of the events, and the products of their probabilities, 1
+  // for none.
+  std::vector<const char*> path;
+  std::vector<double> products = {1.0};
+  // The names of one cutset after the other, and where those of each begin and the last ones end.
+  std::vector<const char*> names;
   std::vector<std::size_t> places;
-  std::vector<Cutset> cutsets;
+  std::vector<double> probabilities;
 };
-
-// The most probable first.
-void Rank(std::vector<Cutset>& cutsets) {
-  const auto isNoNumber = [](const Cutset& cutset) { return std::isnan(cutset.probability); };
-  if (std::none_of(cutsets.begin(), cutsets.end(), isNoNumber)) {
-    return std::stable_sort(cutsets.begin(), cutsets.end(), [](const Cutset& a, const Cutset& b) {
-      return a.probability > b.probability;
-    });
-  }
-  LumoAVLTree tree(CompareDecreasingProbabilities);
-  for (Cutset& cutset : cutsets) tree.InsertItem(&cutset);
-  std::vector<Cutset> ranked;
-  for (const Cutset* cutset : LumoItems<Cutset>(tree)) ranked.push_back(*cutset);
-  cutsets.swap(ranked);
-}
 
 // What the columns of a cutset are made of: its place, and the sum that it has its share in.
 struct RankedCutset {
@@ -139,6 +111,14 @@ constexpr Column COLUMNS[] = {
      }},
 };
 
+// The columns that are switched on: asked once and not for each row.
+std::vector<Column> GetColumns(const OrvaPrinter* printer) {
+  std::vector<Column> columns;
+  std::copy_if(std::begin(COLUMNS), std::end(COLUMNS), std::back_inserter(columns),
+               [printer](const Column& column) { return printer->*column.isOn; });
+  return columns;
+}
+
 }  // namespace
 
 void OrvaPrinter::PrintMinimalCutsets(OrvaMCSSet* set, LumoStream* stream) {
@@ -150,26 +130,23 @@ void OrvaPrinter::PrintMinimalCutsets(OrvaMCSSet* set, LumoStream* stream) {
   OrvaPrinterTable table(this, stream);
   if (table.IsInColumns()) table.PutHeaderOf(this, nullptr, COLUMNS, "basic-events");
   if (highestOrder < (table.IsInColumns() ? 0 : 1)) return;
-  set->SetWeightsOfLeavesAsCutsetProbabilities();
   double sum;
   set->ComputeSumOfMinimalCutsetProbabilities(sum);
   CutsetCollector collector(set->GetManager(), {numbers, numbers + highestOrder + 1});
   OrvaWalkMCSTree(set->GetRootNode(), collector);
   assert(collector.path.empty());
-  Rank(collector.cutsets);
+  const std::vector<Column> columns = GetColumns(this);
   int rank = 0;
-  for (const Cutset& cutset : collector.cutsets) {
-    const auto [first, last] = collector.GetEvents(cutset);
-    const RankedCutset ranked = {++rank, static_cast<int>(last - first), cutset.probability, sum};
+  for (const std::uint32_t number : OrvaRankCutsets(collector.probabilities)) {
+    const auto names = collector.GetNames(number);
+    const RankedCutset ranked = {++rank, static_cast<int>(names.size()),
+                                 collector.probabilities[number], sum};
     assert(ranked.order <= highestOrder);
-    for (const Column& column : COLUMNS) {
-      if (this->*column.isOn) column.put(table, ranked);
-    }
+    for (const Column& column : columns) column.put(table, ranked);
     table.BeginList();
-    for (auto event = first; event != last; ++event) table.PutItem((*event)->GetName());
+    for (const char* name : names) table.PutItem(name);
     table.EndRow();
   }
-  set->ResetWeightsOfLeaves();
 }
 
 void OrvaPrinter::PrintOrdersOfMinimalCutsets(const OrvaMCSSet* set, LumoStream* stream) {

@@ -1,12 +1,11 @@
 #include "printer/OrvaPrinterTable.h"
 
-#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <string_view>
 #include <vector>
 
-#include "support/text/LumoRealText.h"
+#include "support/text/LumoNumberText.h"
 #include "support/text/LumoStream.h"
 #include "support/values/LumoConstant.h"
 
@@ -71,49 +70,46 @@ char* OrvaPrinterTable::_MakeRoom(std::size_t size) {
   return _text + _length;
 }
 
-void OrvaPrinterTable::_BeginField() {
-  if (!_isRowEmpty) {
-    *_MakeRoom(1) = '\t';
-    ++_length;
-  }
+char* OrvaPrinterTable::_BeginField(std::size_t size) {
+  char* to = _MakeRoom(size + 1);
+  *to = '\t';
+  if (!_isRowEmpty) ++to;
   _isRowEmpty = false;
+  return to;
 }
 
 OrvaPrinterTable& OrvaPrinterTable::Put(const char* text) {
-  _BeginField();
-  if (text == nullptr) return *this;
-  const std::string_view view(text);
+  const std::string_view view(text == nullptr ? "" : text);
   if (_isInColumns) {
-    _PutEscaped(text, false);
-  } else if (view.size() > SIZE || view.find('\\') != std::string_view::npos) {
+    _End(_BeginField(0));
+    _PutEscaped(view.data(), false);
+  } else if (view.size() >= SIZE || view.find('\\') != std::string_view::npos) {
+    _End(_BeginField(0));
     _HandOver();
     _stream->Put(text);
   } else {
-    view.copy(_MakeRoom(view.size()), view.size());
-    _length += view.size();
+    char* to = _BeginField(view.size());
+    _End(to + view.copy(to, view.size()));
   }
   return *this;
 }
 
 OrvaPrinterTable& OrvaPrinterTable::Put(long value) {
-  constexpr std::size_t LENGTH = 24;
-  _BeginField();
-  char* first = _MakeRoom(LENGTH);
-  _length += static_cast<std::size_t>(std::to_chars(first, first + LENGTH, value).ptr - first);
+  char* to = _BeginField(LUMO_INTEGER_LENGTH);
+  _End(LumoWriteInteger(to, value));
   return *this;
 }
 
 OrvaPrinterTable& OrvaPrinterTable::Put(double value) {
   const int digits = _stream->GetSignificantDigitNumber();
-  _BeginField();
-  char* first = _MakeRoom(static_cast<std::size_t>(digits) + LUMO_REAL_MARGIN);
-  _length += static_cast<std::size_t>(LumoWriteReal(first, value, digits) - first);
+  char* to = _BeginField(static_cast<std::size_t>(digits) + LUMO_REAL_MARGIN);
+  _End(LumoWriteReal(to, value, digits));
   return *this;
 }
 
 OrvaPrinterTable& OrvaPrinterTable::Put(const LumoConstant* value) {
   if (value->GetType() == LumoConstant::DOUBLE) return Put(value->ToDouble());
-  _BeginField();
+  _End(_BeginField(0));
   _HandOver();
   _stream->Put(value);
   return *this;
@@ -125,12 +121,12 @@ void OrvaPrinterTable::_PutEscaped(const char* text, bool isItem) {
     char* to = _MakeRoom(2);
     if (escape != '\0') *to++ = '\\';
     *to++ = escape != '\0' ? escape : *text;
-    _length = static_cast<std::size_t>(to - _text);
+    _End(to);
   }
 }
 
 OrvaPrinterTable& OrvaPrinterTable::BeginList() {
-  if (_isInColumns) _BeginField();
+  if (_isInColumns) _End(_BeginField(0));
   _isListEmpty = true;
   return *this;
 }
@@ -138,8 +134,9 @@ OrvaPrinterTable& OrvaPrinterTable::BeginList() {
 OrvaPrinterTable& OrvaPrinterTable::PutItem(const char* text) {
   if (!_isInColumns) return Put(text);
   if (!_isListEmpty) {
-    *_MakeRoom(1) = ';';
-    ++_length;
+    char* to = _MakeRoom(1);
+    *to = ';';
+    _End(to + 1);
   }
   _isListEmpty = false;
   _PutEscaped(text, true);
@@ -178,7 +175,8 @@ void OrvaPrinterTable::_EndHeader() {
 }
 
 void OrvaPrinterTable::EndRow() {
-  *_MakeRoom(1) = '\n';
-  ++_length;
+  char* to = _MakeRoom(1);
+  *to = '\n';
+  _End(to + 1);
   _isRowEmpty = true;
 }

@@ -85,10 +85,13 @@ class OrvaPrinterTable {
 
   // A continued file has the heading already; a table with another is not written.
   void _EndHeader();
-  void _BeginField();
   void _PutEscaped(const char* text, bool isItem);
-  // Hands over what there is, if there isn't room for `size` characters more; where they go.
+  // Hands over what there is, if there isn't room for `size` characters more; where they go. Less
+  // may be written: _End tells where it ends.
   char* _MakeRoom(std::size_t size);
+  // Makes room for the field and the tab before it, which the first of a row has none of.
+  char* _BeginField(std::size_t size);
+  void _End(const char* end) { _length = static_cast<std::size_t>(end - _text); }
   void _HandOver();
 
   const OrvaPrinter* _printer;

@@ -91,14 +91,17 @@ void OrvaMCSManager::ComputeHighestOrderOfMinimalCutsets(OrvaMCSNode* root, int&
 
 void OrvaMCSManager::ComputeOrdersOfMinimalCutsets(OrvaMCSNode* root, int*& numbers,
                                                    int& highestOrder, int& total) const {
-  ComputeHighestOrderOfMinimalCutsets(root, highestOrder);
-  numbers = nullptr;
-  total = 0;
-  if (highestOrder < 0) return;
-  numbers = new int[static_cast<std::size_t>(highestOrder) + 1]();
-  OrderVisitor visitor([&](int order) { ++numbers[order]; });
+  std::vector<int> counts;
+  OrderVisitor visitor([&](int order) {
+    const auto place = static_cast<std::size_t>(order);
+    if (place >= counts.size()) counts.resize(place + 1);
+    ++counts[place];
+  });
   OrvaWalkMCSTree(root, visitor);
-  total = std::accumulate(numbers, numbers + highestOrder + 1, 0);
+  highestOrder = static_cast<int>(counts.size()) - 1;
+  total = std::accumulate(counts.begin(), counts.end(), 0);
+  numbers = counts.empty() ? nullptr : new int[counts.size()];
+  std::copy(counts.begin(), counts.end(), numbers);
 }
 
 void OrvaMCSManager::ComputeNumberOfOccurrencesOfVariablesInMinimalCutsets(OrvaMCSNode* root,
@@ -134,21 +137,6 @@ void OrvaMCSManager::ComputeHighestMinimalCutsetProbability(OrvaMCSNode* root,
   highest = visitor.GetResult();
 }
 
-void OrvaMCSManager::SetWeightsOfLeavesAsCutsetProbabilities(OrvaMCSNode* root, double w) {
-  WeightVisitor visitor(
-      _weights, w, [this](double weight, int i) { return weight * GetProbability(i); },
-      [](double weight, int /*i*/) { return weight; });
-  OrvaWalkMCSTree(root, visitor);
-}
-
-void OrvaMCSManager::ResetWeightsOfLeaves(OrvaMCSNode* root) {
-  struct Resetter : OrvaMCSTreeVisitor {
-    void VisitLeaf(OrvaMCSNode* leaf) { leaf->SetWeight(0.0); }
-  };
-  Resetter resetter;
-  OrvaWalkMCSTree(root, resetter);
-}
-
 // Offered to users of the class; the program itself does not call what follows.
 
 void OrvaMCSManager::Reset() {
@@ -171,6 +159,21 @@ void OrvaMCSManager::ComputeNumberOfMinimalCutsets(OrvaMCSNode* root, int& numbe
   number = 0;
   OrderVisitor visitor([&](int /*order*/) { ++number; });
   OrvaWalkMCSTree(root, visitor);
+}
+
+void OrvaMCSManager::SetWeightsOfLeavesAsCutsetProbabilities(OrvaMCSNode* root, double w) {
+  WeightVisitor visitor(
+      _weights, w, [this](double weight, int i) { return weight * GetProbability(i); },
+      [](double weight, int /*i*/) { return weight; });
+  OrvaWalkMCSTree(root, visitor);
+}
+
+void OrvaMCSManager::ResetWeightsOfLeaves(OrvaMCSNode* root) {
+  struct Resetter : OrvaMCSTreeVisitor {
+    void VisitLeaf(OrvaMCSNode* leaf) { leaf->SetWeight(0.0); }
+  };
+  Resetter resetter;
+  OrvaWalkMCSTree(root, resetter);
 }
 
 void OrvaMCSManager::SetWeightsOfLeavesAsCutsetOrders(OrvaMCSNode* root, int order) {

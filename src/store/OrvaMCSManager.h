@@ -60,11 +60,6 @@ class OrvaMCSManager {
   void ComputeSumOfMinimalCutsetProbabilities(OrvaMCSNode* root, double& sum) const;
   void ComputeHighestMinimalCutsetProbability(OrvaMCSNode* root, double& highest) const;
 
-  // Write into every leaf: the product of `w` and the p(i) of the then-branches above it, for a
-  // minimal cutset the probability of the cutset; or 0.
-  void SetWeightsOfLeavesAsCutsetProbabilities(OrvaMCSNode* root, double w);
-  void ResetWeightsOfLeaves(OrvaMCSNode* root);
-
   // Offered to users of the class; the program itself does not call what follows.
   bool IsLocked() const { return _lock != 0; }
   // Forgets all entries and all trees.
@@ -89,8 +84,12 @@ class OrvaMCSManager {
   // All nodes, leaves included; the minimal cutset leaves among them.
   void ComputeSizeOfTree(OrvaMCSNode* root, int& size) const;
   void ComputeNumberOfMinimalCutsets(OrvaMCSNode* root, int& number) const;
-  // Write into every leaf: the number of then-branches above it, counting from `order`; the product
-  // of `w`, the p(i) of the then-branches and the 1 - p(i) of the else-branches above it.
+  // Write into every leaf: the product of `w` and the p(i) of the then-branches above it, for a
+  // minimal cutset the probability of the cutset; or 0; or the number of then-branches above it,
+  // counting from `order`; or the product of `w`, the p(i) of the then-branches and the 1 - p(i) of
+  // the else-branches above it.
+  void SetWeightsOfLeavesAsCutsetProbabilities(OrvaMCSNode* root, double w);
+  void ResetWeightsOfLeaves(OrvaMCSNode* root);
   void SetWeightsOfLeavesAsCutsetOrders(OrvaMCSNode* root, int order);
   void SetWeightsOfLeavesAsProductProbabilities(OrvaMCSNode* root, double w);
 

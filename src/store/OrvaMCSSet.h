@@ -47,10 +47,6 @@ class OrvaMCSSet {
   void ComputeHighestMinimalCutsetProbability(double& highest) const {
     _manager->ComputeHighestMinimalCutsetProbability(_root, highest);
   }
-  void SetWeightsOfLeavesAsCutsetProbabilities() {
-    _manager->SetWeightsOfLeavesAsCutsetProbabilities(_root, 1.0);
-  }
-  void ResetWeightsOfLeaves() { _manager->ResetWeightsOfLeaves(_root); }
 
   // The rare-event approximation: the sum of the cutset probabilities, brought into [0, 1]. NaN
   // stays NaN.
@@ -80,6 +76,10 @@ class OrvaMCSSet {
   void ComputeNumberOfMinimalCutsets(int& number) const {
     _manager->ComputeNumberOfMinimalCutsets(_root, number);
   }
+  void SetWeightsOfLeavesAsCutsetProbabilities() {
+    _manager->SetWeightsOfLeavesAsCutsetProbabilities(_root, 1.0);
+  }
+  void ResetWeightsOfLeaves() { _manager->ResetWeightsOfLeaves(_root); }
   void SetWeightsOfLeavesAsProductProbabilities() {
     _manager->SetWeightsOfLeavesAsProductProbabilities(_root, 1.0);
   }

@@ -5,19 +5,16 @@
 
 #include "support/text/LumoFileStream.h"
 
-#include <charconv>
 #include <cmath>
 #include <cstring>
-#include <iterator>
 
 #include "support/memory/LumoMemoryManager.h"
-#include "support/text/LumoRealText.h"
+#include "support/text/LumoNumberText.h"
 #include "support/text/LumoString.h"
 
 namespace {
 
 constexpr std::size_t PUSH_BACK_SIZE = 32;
-constexpr std::size_t INTEGER_LENGTH = 32;
 constexpr std::size_t NUMBER_LENGTH = 512;  // "%f" of the largest double has 309 digits
 
 // What a backslash followed by `c` stands for, or '\0' when it stands for itself.
@@ -90,8 +87,8 @@ void LumoFileStream::PutBytes(const char* bytes, std::size_t size) {
 void LumoFileStream::Put(int value) { Put(static_cast<long>(value)); }
 
 void LumoFileStream::Put(long value) {
-  char text[INTEGER_LENGTH];
-  PutBytes(text, static_cast<std::size_t>(std::to_chars(text, std::end(text), value).ptr - text));
+  char text[LUMO_INTEGER_LENGTH];
+  PutBytes(text, static_cast<std::size_t>(LumoWriteInteger(text, value) - text));
 }
 
 void LumoFileStream::Put(float value) { Put(static_cast<double>(value)); }

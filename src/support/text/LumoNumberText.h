@@ -9,3 +9,7 @@
 constexpr std::size_t LUMO_REAL_MARGIN = 16;
 constexpr int LUMO_MOST_DIGITS = 300;
 char* LumoWriteReal(char* first, double value, int digits);
+
+// Writes a whole number in the same way; `first` has room for LUMO_INTEGER_LENGTH characters.
+constexpr std::size_t LUMO_INTEGER_LENGTH = 24;
+char* LumoWriteInteger(char* first, long value);
