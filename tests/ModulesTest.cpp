@@ -11,7 +11,7 @@ namespace {
 // "first second last lowest highest" of an event's visits, an asterisk in front for a module.
 std::string DatesOf(OrvaTestEngine& engine, const char* name) {
   const OrvaEvent* event = engine.GetEvent(name);
-  const OrvaModuleRecord* record = OrvaModuleRecord::Find(event);
+  const OrvaModuleRecord* record = event->GetModuleRecord();
   if (record == nullptr) return "none";
   std::ostringstream text;
   text << (event->IsModule() ? "*" : "") << record->GetFirstDate() << " " << record->GetSecondDate()

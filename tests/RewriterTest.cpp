@@ -109,7 +109,7 @@ TEST_F(RewriterTest, RepeatedReferencesGo) {
   EXPECT_EQ(Formula("g"), "and(a,b)");
   EXPECT_EQ(Formula("top"), "or(g,a)");
   EXPECT_EQ(Occurrences("a"), 2);
-  EXPECT_FALSE(GetEvent("a")->GetAttributeAsBool("__DUPLICATED_CHILDREN_REMOVAL__", false));
+  EXPECT_FALSE(GetEvent("a")->IsMarked());
 }
 
 TEST_F(RewriterTest, LadderOfSharedGatesStaysCheap) {

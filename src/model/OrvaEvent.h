@@ -11,6 +11,7 @@ class OrvaCCFGroup;
 class OrvaGate;
 class OrvaHandle;
 class OrvaMCSSet;
+class OrvaModuleRecord;
 class OrvaProbabilityDistribution;
 class OrvaSystem;
 class OrvaVariable;
@@ -44,6 +45,12 @@ class OrvaEvent : public OrvaSymbol {
   // The index under which the cutset engine knows the event; 0 for none yet.
   int GetMCSIndex() const { return _mcsIndex; }
   void SetMCSIndex(int index) { _mcsIndex = index; }
+  // A mark for the length of one step on one gate, false at rest.
+  bool IsMarked() const { return _isMarked; }
+  void SetMarked(bool isMarked) { _isMarked = isMarked; }
+  // What the detection of modules knows of the event; null when it never saw it. Owned.
+  OrvaModuleRecord* GetModuleRecord() const { return _moduleRecord.get(); }
+  OrvaModuleRecord* NewModuleRecord();
   // The group of which the event is a member, null for none. Not owned.
   OrvaCCFGroup* GetCCFGroup() const { return _ccfGroup; }
   void SetCCFGroup(OrvaCCFGroup* group) { _ccfGroup = group; }
@@ -96,9 +103,11 @@ class OrvaEvent : public OrvaSymbol {
   LumoAVLTree* _GetHandles();
 
   Type _type;
+  int _mcsIndex = 0;
+  bool _isMarked = false;
   OrvaProbabilityDistribution* _distribution = nullptr;
   OrvaVariable* _variable = nullptr;
-  int _mcsIndex = 0;
+  std::unique_ptr<OrvaModuleRecord> _moduleRecord;
   std::unique_ptr<LumoAVLTree> _handles;  // null until there is one
   OrvaCCFGroup* _ccfGroup = nullptr;
   double _probability = 0.0;

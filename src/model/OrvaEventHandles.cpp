@@ -55,10 +55,13 @@ void OrvaEvent::DeleteHandles() {
   if (_handles) _handles->DeleteItems(OrvaHandle::Delete);
 }
 
+OrvaModuleRecord* OrvaEvent::NewModuleRecord() {
+  _moduleRecord = std::make_unique<OrvaModuleRecord>();
+  return _moduleRecord.get();
+}
+
 bool OrvaEvent::IsModule() const {
-  if (GetDefinition() == nullptr) return false;
-  const OrvaModuleRecord* record = OrvaModuleRecord::Find(this);
-  return record != nullptr && record->IsModule();
+  return GetDefinition() != nullptr && _moduleRecord && _moduleRecord->IsModule();
 }
 
 // Offered to users of the class; the program itself does not call what follows.

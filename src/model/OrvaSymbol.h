@@ -80,6 +80,6 @@ class OrvaSymbol : public LumoAttributeAccess<OrvaSymbol> {
   char* _name;
   OrvaTerm* _definition = nullptr;
   LumoList _occurrences;
-  int _flag = 0;
   LumoLateAttributeList _attributes;
+  int _flag = 0;  // the last field: what derives goes on behind it without a gap
 };

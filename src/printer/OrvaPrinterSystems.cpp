@@ -268,7 +268,7 @@ void OrvaPrinter::PrintModules(const OrvaModel* model, LumoStream* stream) {
                              "highest-date", "module");
     for (const OrvaEvent* event : LumoItems<OrvaEvent>(model->GetEvents())) {
       ++(event->GetDefinition() == nullptr ? numberOfBasicEvents : numberOfGates);
-      const OrvaModuleRecord* record = OrvaModuleRecord::Find(event);
+      const OrvaModuleRecord* record = event->GetModuleRecord();
       if (event->GetDefinition() == nullptr || record == nullptr) continue;
       ++numberOfRecords;
       table.Put(event->GetName()).Put(record->GetFirstDate()).Put(record->GetSecondDate());

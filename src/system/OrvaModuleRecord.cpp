@@ -7,21 +7,9 @@ OrvaModuleRecord::OrvaModuleRecord() { LumoMemoryManager::TraceNew(this, "OrvaMo
 
 OrvaModuleRecord::~OrvaModuleRecord() { LumoMemoryManager::TraceDelete(this, "OrvaModuleRecord"); }
 
-void OrvaModuleRecord::Delete(void* record) {
-  if (record != nullptr) delete static_cast<OrvaModuleRecord*>(record);
-}
-
-OrvaModuleRecord* OrvaModuleRecord::Find(const OrvaEvent* event) {
-  return static_cast<OrvaModuleRecord*>(event->GetAttributeAsPointer(ATTRIBUTE, nullptr));
-}
-
 OrvaModuleRecord* OrvaModuleRecord::FindOrAttach(OrvaEvent* event) {
-  OrvaModuleRecord* record = Find(event);
-  if (record == nullptr) {
-    record = new OrvaModuleRecord;
-    event->SetAttribute(ATTRIBUTE, record, Delete);
-  }
-  return record;
+  OrvaModuleRecord* record = event->GetModuleRecord();
+  return record == nullptr ? event->NewModuleRecord() : record;
 }
 
 void OrvaModuleRecord::Reset() {
@@ -30,4 +18,10 @@ void OrvaModuleRecord::Reset() {
   _lastDate = 0;
   _lowestDate = INT_MAX;
   _highestDate = 0;
+}
+
+// Offered to users of the class; the program itself does not call what follows.
+
+void OrvaModuleRecord::Delete(void* record) {
+  if (record != nullptr) delete static_cast<OrvaModuleRecord*>(record);
 }

@@ -9,17 +9,12 @@ class OrvaEvent;
 // algorithm to find modules of fault trees", 1996.
 class OrvaModuleRecord {
  public:
-  // The attribute under which an event owns its record.
-  static constexpr const char* ATTRIBUTE = "__MODULE_RECORD__";
-
   OrvaModuleRecord();
   ~OrvaModuleRecord();
   OrvaModuleRecord(const OrvaModuleRecord&) = delete;
   OrvaModuleRecord& operator=(const OrvaModuleRecord&) = delete;
-  static void Delete(void* record);
 
-  // The record of an event, null when it has none; or a new one attached to the event.
-  static OrvaModuleRecord* Find(const OrvaEvent* event);
+  // The record of an event, or a new one attached to the event.
   static OrvaModuleRecord* FindOrAttach(OrvaEvent* event);
 
   void Reset();
@@ -41,6 +36,9 @@ class OrvaModuleRecord {
   void SetLowestDate(int date) { _lowestDate = date; }
   int GetHighestDate() const { return _highestDate; }
   void SetHighestDate(int date) { _highestDate = date; }
+
+  // Offered to users of the class; the program itself does not call what follows.
+  static void Delete(void* record);
 
  private:
   int _firstDate = 0;

@@ -62,9 +62,6 @@ class OrvaRewriter {
   int GetGeneratedGateNumber() const { return _generatedGateNumber; }
 
  private:
-  // Marks the events that a gate references already, during one step on one gate.
-  static constexpr const char* DUPLICATED_CHILDREN_REMOVAL = "__DUPLICATED_CHILDREN_REMOVAL__";
-
   void _CollectDefinedEvents(OrvaEvent* top, LumoList* events);
   // The steps, on the definitions of events in post-order.
   void _PropagateConstants(const LumoList& events);
