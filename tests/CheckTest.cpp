@@ -9,6 +9,7 @@
 #include <span>
 #include <sstream>
 #include <string>
+#include <unistd.h>
 
 #include "check/OrvaScriptCheck.h"
 #include "driver/OrvaInterpreter.h"
@@ -287,6 +288,20 @@ TEST(CheckTest, EveryFindingIsTriedAndInTheManual) {
     EXPECT_NE(found.find(" " + name + " "), std::string::npos) << name;
     EXPECT_NE(page.find("| `" + name + "` |"), std::string::npos) << name;
   }
+}
+
+// Which can be read once only.
+TEST(CheckTest, ModelsFromPipes) {
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  const std::string model = "<?xml version=\"1.0\"?><open-psa>\n" + OR + B + "</open-psa>\n";
+  ASSERT_EQ(write(ends[1], model.data(), model.size()), static_cast<ssize_t>(model.size()));
+  close(ends[1]);
+  Write("check-study.xml", "<orva>",
+        "<load><model input=\"/dev/fd/" + std::to_string(ends[0]) + "\"/></load>", "</orva>\n");
+  int error = 0;
+  EXPECT_EQ(GetFindings(::Run(error, "check-study.xml")), "undefined-event 2");
+  close(ends[0]);
 }
 
 // Chains as long as a model may have them, and elements as deep.

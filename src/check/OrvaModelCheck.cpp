@@ -24,12 +24,6 @@ OrvaModelCheck::OrvaModelCheck(const OrvaModel* model, OrvaFindings* findings)
 
 OrvaModelCheck::~OrvaModelCheck() = default;
 
-// A file that has just been read is opened once more, for its elements. It can't be a pipe.
-void OrvaModelCheck::AddFile(const char* fileName) {
-  auto document = std::make_unique<LumoXMLDocument>();
-  if (document->Load(fileName)) AddDocument(std::move(document));
-}
-
 void OrvaModelCheck::AddDocument(std::unique_ptr<LumoXMLDocument> document) {
   _traits.reset();
   _text.Add(std::move(document));

@@ -21,8 +21,7 @@ class OrvaModelCheck {
   OrvaModelCheck(const OrvaModelCheck&) = delete;
   OrvaModelCheck& operator=(const OrvaModelCheck&) = delete;
 
-  // One more model file, which has been read without a fault.
-  void AddFile(const char* fileName);
+  // One more model, which has been read without a fault.
   void AddDocument(std::unique_ptr<LumoXMLDocument> document);
   // Events that lack an expression now are going to get one.
   void AddDefaultDistribution();

@@ -10,7 +10,6 @@ using namespace OrvaModelElements;
 
 namespace {
 
-constexpr const char* SCRIPT_ROOT = "orva";
 constexpr const char* PARAMETER = "parameter";
 
 const LumoXMLNode* Lookup(const std::unordered_map<std::string_view, const LumoXMLNode*>& nodes,
@@ -74,7 +73,6 @@ const LumoXMLNode* OrvaNames::Find(std::string_view name) const {
 }
 
 void OrvaModelText::Add(std::unique_ptr<LumoXMLDocument> document) {
-  if (document->FindRoot(SCRIPT_ROOT) != nullptr) return;
   OrvaVisitChildren(document.get(), [&](const LumoXMLNode* root) {
     OrvaVisitChildren(root, [&](const LumoXMLNode* node) {
       if (node->IsNodeOfName(DEFINE_FAULT_TREE) || node->IsNodeOfName(MODEL_DATA)) {

@@ -69,7 +69,7 @@ struct OrvaNames {
 // neither lines nor what normalisation has made of a formula.
 class OrvaModelText {
  public:
-  // Takes over the document of a file; that of a script is dropped.
+  // Takes over the document of a model.
   void Add(std::unique_ptr<LumoXMLDocument> document);
 
   const OrvaNames& GetEvents() const { return _events; }

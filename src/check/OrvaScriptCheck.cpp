@@ -13,7 +13,6 @@ using Options = OrvaCommandOptions;
 
 namespace {
 
-constexpr const char* SCRIPT_ROOT = "orva";
 constexpr const char* SEARCH = "search";
 constexpr const char* NUMERIC = "numeric";
 // Nothing that is written to one of these is overwritten.
@@ -31,8 +30,6 @@ struct OrvaScriptCheck::Command {
   static const Command* Find(const LumoXMLNode* node) {
     using Check = OrvaScriptCheck;
     static constexpr Command COMMANDS[] = {
-        {"load", "model", nullptr, &Check::_EndLoad},
-        {"load", "script", nullptr, &Check::_EndLoad},
         {"set", "option", &Check::_CheckSetOption, nullptr},
         {"set", "default-probability-distribution", &Check::_CheckDefaultDistribution, nullptr},
         {"build", "minimal-cutsets", &Check::_CheckBuild, &Check::_EndBuild},
@@ -72,18 +69,15 @@ OrvaScriptCheck::OrvaScriptCheck(OrvaInterpreter* interpreter)
 OrvaScriptCheck::~OrvaScriptCheck() { _interpreter->SetWatcher(nullptr); }
 
 void OrvaScriptCheck::Check(int& error, const char* fileName) {
-  auto document = std::make_unique<LumoXMLDocument>();
-  if (!document->Load(fileName)) return _interpreter->DownloadCommandScript(error, fileName);
-  _interpreter->DownloadCommandScript(error, document.get());
+  _interpreter->DownloadCommandScript(error, fileName);
   if (error != 0) return;
-  const bool isScript = document->FindRoot(SCRIPT_ROOT) != nullptr;
-  _models.AddDocument(std::move(document));
-  if (!isScript) _models.CheckAllFormulas();
+  if (!_isScript) _models.CheckAllFormulas();
   _models.CheckDefinitions();
   _models.CheckExpressions(_interpreter->GetModel());
 }
 
 void OrvaScriptCheck::BeginCommand(const LumoXMLNode* command) {
+  _isScript = true;
   _CheckAttributesOfRoot(command);
   if (const Options* row = Options::Find(command)) {
     _CheckAttributes(command, *row);
@@ -102,8 +96,8 @@ void OrvaScriptCheck::EndCommand(const LumoXMLNode* command) {
   if (row != nullptr && row->end != nullptr) (this->*row->end)(command);
 }
 
-void OrvaScriptCheck::_EndLoad(const LumoXMLNode* command) {
-  _models.AddFile(_GetText(command, Center::INPUT_FILE).c_str());
+void OrvaScriptCheck::TakeModel(std::unique_ptr<LumoXMLDocument> document) {
+  _models.AddDocument(std::move(document));
 }
 
 // The value is written past the randomizer, and nothing reads the other two.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <string>
 
 #include "check/OrvaFindings.h"
@@ -30,6 +31,7 @@ class OrvaScriptCheck : public OrvaScriptWatcher {
 
   void BeginCommand(const LumoXMLNode* command) override;
   void EndCommand(const LumoXMLNode* command) override;
+  void TakeModel(std::unique_ptr<LumoXMLDocument> document) override;
 
  private:
   struct Command;
@@ -46,7 +48,6 @@ class OrvaScriptCheck : public OrvaScriptWatcher {
   void _CheckBuild(const LumoXMLNode* command);
   void _CheckCurve(const LumoXMLNode* command);
   void _CheckFailureIntensity(const LumoXMLNode* command);
-  void _EndLoad(const LumoXMLNode* command);
   void _EndBuild(const LumoXMLNode* command);
 
   // What a command reads: its own text, else the option center's. Texts are empty for none.
@@ -59,5 +60,6 @@ class OrvaScriptCheck : public OrvaScriptWatcher {
   OrvaFindings _findings;
   OrvaModelCheck _models;
   std::map<std::string, int> _lineOfOutput;
+  bool _isScript = false;      // the file is no model
   bool _addsToHandle = false;  // the build that is being rehearsed
 };

@@ -103,13 +103,15 @@ void OrvaInterpreter::DownloadCommandScript(int& error, const char* fileName) {
   }
   assert(_scriptDepth < MAXIMUM_SCRIPT_DEPTH && _numberOfScripts < MAXIMUM_NUMBER_OF_SCRIPTS);
   ++_numberOfScripts;
-  LumoXMLDocument document;
-  if (!document.Load(fileName)) {
+  auto document = std::make_unique<LumoXMLDocument>();
+  if (!document->Load(fileName)) {
     return _Report(error, OrvaParserMessages::UNABLE_TO_OPEN_FILE, fileName, nullptr);
   }
   ++_scriptDepth;
-  DownloadCommandScript(error, &document);
+  DownloadCommandScript(error, document.get());
   --_scriptDepth;
+  const bool isModel = document->FindRoot(SCRIPT_ROOT) == nullptr;
+  if (_watcher != nullptr && isModel && error == 0) _watcher->TakeModel(std::move(document));
 }
 
 void OrvaInterpreter::DownloadCommandScript(int& error, const LumoXMLDocument* document) {

@@ -113,6 +113,7 @@ class OrvaInterpreter {
 
   void _DownloadCommandLoad(int& error, const LumoXMLNode* command);
   void _DownloadCommandLoadModel(int& error, const LumoXMLNode* command);
+  void _RehearseModel(int& error, const char* fileName);
   void _DownloadCommandLoadScript(int& error, const LumoXMLNode* command);
   void _DownloadCommandCheck(int& error, const LumoXMLNode* command);
   void _DownloadCommandNormalize(int& error, const LumoXMLNode* command);

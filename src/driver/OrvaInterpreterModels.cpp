@@ -2,11 +2,13 @@
 
 #include "driver/OrvaInterpreter.h"
 #include "driver/OrvaInterpreterCommands.h"
+#include "driver/OrvaScriptWatcher.h"
 #include "model/OrvaModel.h"
 #include "reader/OrvaChecker.h"
 #include "reader/OrvaParser.h"
 #include "system/OrvaRewriter.h"
 #include "system/OrvaSystemBuilder.h"
+#include "xml/LumoXMLDocument.h"
 
 namespace {
 
@@ -47,8 +49,18 @@ void OrvaInterpreter::_DownloadCommandLoad(int& error, const LumoXMLNode* comman
 void OrvaInterpreter::_DownloadCommandLoadModel(int& error, const LumoXMLNode* command) {
   const char* fileName;
   _DownloadStringOption(error, command, OrvaOptionCenter::INPUT_FILE, fileName);
+  if (_watcher != nullptr) return _RehearseModel(error, fileName);
   _parser->DownloadModel(error, fileName, _model.get());
   if (error == 0) _checker->CheckCyclesOfParameters(error, _model.get());
+}
+
+// The watcher gets the document itself: a pipe can't be read twice.
+void OrvaInterpreter::_RehearseModel(int& error, const char* fileName) {
+  auto document = _parser->NewDocument(error, fileName);
+  if (document == nullptr) return;
+  _parser->DownloadModel(error, document.get(), _model.get());
+  if (error == 0) _checker->CheckCyclesOfParameters(error, _model.get());
+  if (error == 0) _watcher->TakeModel(std::move(document));
 }
 
 void OrvaInterpreter::_DownloadCommandLoadScript(int& error, const LumoXMLNode* command) {

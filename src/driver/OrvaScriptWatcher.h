@@ -1,5 +1,8 @@
 #pragma once
 
+#include <memory>
+
+class LumoXMLDocument;
 class LumoXMLNode;
 
 // Goes along while an interpreter rehearses scripts: see OrvaInterpreter::SetWatcher.
@@ -10,4 +13,6 @@ class OrvaScriptWatcher {
   // unless it failed. What the commands inside do comes in between.
   virtual void BeginCommand(const LumoXMLNode* command) = 0;
   virtual void EndCommand(const LumoXMLNode* command) = 0;
+  // A model that has been read without a fault, within a command or by itself.
+  virtual void TakeModel(std::unique_ptr<LumoXMLDocument> document) = 0;
 };

@@ -84,11 +84,21 @@ bool OrvaParser::_ChecksCCFGroupRedefinition() const {
   return _optionCenter->GetBooleanOption(OrvaOptionCenter::CHECK_CCF_GROUP_REDEFINITION);
 }
 
+std::unique_ptr<LumoXMLDocument> OrvaParser::NewDocument(int& error, const char* fileName) {
+  auto document = std::make_unique<LumoXMLDocument>();
+  if (fileName == nullptr) {
+    _Report(error, NO_FILE_NAME, nullptr);
+  } else if (!document->Load(fileName)) {
+    _Report(error, UNABLE_TO_OPEN_FILE, fileName, nullptr);
+  } else {
+    return document;
+  }
+  return nullptr;
+}
+
 void OrvaParser::DownloadModel(int& error, const char* fileName, OrvaModel* model) {
-  if (fileName == nullptr) return _Report(error, NO_FILE_NAME, nullptr);
-  LumoXMLDocument document;
-  if (!document.Load(fileName)) return _Report(error, UNABLE_TO_OPEN_FILE, fileName, nullptr);
-  _DownloadOwnDocument(error, &document, model);
+  const auto document = NewDocument(error, fileName);
+  if (document != nullptr) _DownloadOwnDocument(error, document.get(), model);
 }
 
 void OrvaParser::_DownloadOwnDocument(int& error, LumoXMLDocument* document, OrvaModel* model) {

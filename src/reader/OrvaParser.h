@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdio>
+#include <memory>
 #include <string>
 
 #include "model/OrvaCCFGroup.h"
@@ -31,6 +32,8 @@ class OrvaParser : public LumoXMLParser {
   // Takes the option center from the interpreter again.
   void UpdateOptionCenter();
 
+  // The document of a file, null after the report that it can't be read.
+  std::unique_ptr<LumoXMLDocument> NewDocument(int& error, const char* fileName);
   // Read a file by name, or a loaded document, into the model.
   void DownloadModel(int& error, const char* fileName, OrvaModel* model);
   void DownloadModel(int& error, const LumoXMLDocument* document, OrvaModel* model);
