@@ -239,6 +239,10 @@ std::string Intensity(const char* attributes) {
          "/></compute>";
 }
 
+const std::string NUMERIC = Intensity("failure-rate=\"numeric\"");
+const std::string GLM =
+    "<GLM>" + Float("0") + Float("1e-3") + Float("0.1") + MISSION_TIME + "</GLM>";
+
 const Case CURVES[] = {
     {Curve(""), WithA(REFER) + Parameter(TEST), "tests-behind-parameter 3"},
     {Intensity(""),
@@ -267,6 +271,16 @@ const Case CURVES[] = {
     {Intensity(""), WithA("<Weibull>" + Float("10000") + Float("1") + MISSION_TIME + "</Weibull>"),
      ""},
     {Intensity(""), WithA(LAW), ""},
+    // The numeric rate is right for what only grows, and counts repairs against failures.
+    {NUMERIC, WithA("<Weibull>" + Float("100") + Float("1") + MISSION_TIME + "</Weibull>"), ""},
+    {NUMERIC, WithA(TEST), ""},
+    {NUMERIC, WithA(REFER) + Parameter("<min>\n" + GLM + Float("1") + "</min>"),
+     "derivative-as-intensity 6"},
+    {NUMERIC,
+     WithA("<periodic-test>" + Float("1e-3") + Float("0.1") + Float("9") + Float("9") +
+           MISSION_TIME + "</periodic-test>"),
+     "derivative-as-intensity 3"},
+    {Intensity(""), WithA(GLM), ""},
 };
 
 TEST(CheckTest, Commands) { Expect(COMMANDS); }

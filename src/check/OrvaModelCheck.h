@@ -37,7 +37,7 @@ class OrvaModelCheck {
   // What curves, and failure intensities up to the last date, make of expressions below.
   void CheckTests(const char* topEvent);
   void CheckFailureRates(const char* topEvent);
-  void CheckDerivatives(const char* topEvent, OrvaModel* model, double lastDate);
+  void CheckDerivatives(const char* topEvent, OrvaModel* model, double lastDate, bool isNumeric);
 
   // All that is defined, when everything has been read. Sets deviates and computes probabilities.
   void CheckDefinitions();

@@ -27,8 +27,13 @@ constexpr Kind KINDS[] = {
     {"MTT", Role::HAS_RATE},     {"dormant", Role::HAS_RATE},     {"periodic-test", Role::HAS_RATE},
 };
 
-// Laws whose derivative is no intensity: always, or where failure is likely.
+// Laws whose derivative is no intensity: those with repairs always, of the tests those with a
+// repair rate; one without repairs where failure is likely, unless the numeric rate is asked for,
+// which takes that into account.
 constexpr const char* MTT = "MTT";
+constexpr const char* GLM = "GLM";
+constexpr const char* PERIODIC_TEST = "periodic-test";
+constexpr int ARGUMENTS_WITHOUT_REPAIR = 4;
 constexpr const char* WEIBULL = "Weibull";
 constexpr double LIKELY = 0.1;
 
@@ -41,6 +46,13 @@ Role GetRole(const LumoXMLNode* node) {
     return first->IsNodeOfName("case") ? Role::HAS_NONE : Role::HANDS_ON;
   }
   return Role::HAS_NONE;
+}
+
+bool HasRepairs(const LumoXMLNode* node) {
+  if (!node->IsNodeOfName(PERIODIC_TEST)) return node->IsNodeOfName(GLM);
+  int arguments = 0;
+  OrvaVisitChildren(node, [&](const LumoXMLNode*) { ++arguments; });
+  return arguments > ARGUMENTS_WITHOUT_REPAIR;
 }
 
 // Elements to look at, each parameter's definition once.
@@ -132,19 +144,22 @@ void OrvaModelCheck::CheckFailureRates(const char* topEvent) {
                          });
 }
 
-void OrvaModelCheck::CheckDerivatives(const char* topEvent, OrvaModel* model, double lastDate) {
-  constexpr int LOOKED_AT = Traits::DEPENDS_ON_TIME | Traits::HAS_FAILURE_LAW;
+// The numeric rate comes from the derivative whatever the law, else only where there is none.
+void OrvaModelCheck::CheckDerivatives(const char* topEvent, OrvaModel* model, double lastDate,
+                                      bool isNumeric) {
+  const int ruledOut = isNumeric ? 0 : Traits::HAS_FAILURE_LAW;
   Worklist worklist(&_text);
   model->ComputeProbabilitiesOfBasicEvents(lastDate);
   const auto isFar = [&](const std::string& name, const LumoXMLNode* node) {
     if ((_GetTraits().Get(node) & Traits::DEPENDS_ON_TIME) == 0) return false;
     if (node->IsNodeOfName(MTT)) return true;
+    if (isNumeric) return HasRepairs(node);
     const OrvaEvent* event = model->LookForEvent(name.c_str());
     return node->IsNodeOfName(WEIBULL) && event != nullptr && event->GetProbability() > LIKELY;
   };
   _VisitExpressionsBelow(topEvent, [&](const std::string& event, const LumoXMLNode* expression,
                                        int traits) {
-    if ((traits & LOOKED_AT) != Traits::DEPENDS_ON_TIME) return;
+    if ((traits & Traits::DEPENDS_ON_TIME) == 0 || (traits & ruledOut) != 0) return;
     worklist.Add(expression);
     while (const LumoXMLNode* node = worklist.TakeNext()) {
       if (isFar(event, node)) {

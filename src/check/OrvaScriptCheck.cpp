@@ -173,12 +173,11 @@ void OrvaScriptCheck::_CheckFailureIntensity(const LumoXMLNode* command) {
   const std::string topEvent = _GetTopEvent(command);
   _CheckCurve(command);
   const char* text;
-  if (!Options::FindText(command, Options::FAILURE_RATE, text) ||
-      !LumoRawString::IsEqual(text, NUMERIC)) {
-    _models.CheckFailureRates(topEvent.c_str());
-  }
+  const bool isNumeric = Options::FindText(command, Options::FAILURE_RATE, text) &&
+                         LumoRawString::IsEqual(text, NUMERIC);
+  if (!isNumeric) _models.CheckFailureRates(topEvent.c_str());
   _models.CheckDerivatives(topEvent.c_str(), _interpreter->GetModel(),
-                           _GetReal(command, Center::LAST_DATE));
+                           _GetReal(command, Center::LAST_DATE), isNumeric);
 }
 
 void OrvaScriptCheck::_CheckOutput(const LumoXMLNode* command, const Options& row) {
