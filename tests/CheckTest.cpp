@@ -196,6 +196,28 @@ const Case DEFINITIONS[] = {
      "unreachable-case 3, unreachable-case 6, unreachable-case 7"},
 };
 
+// What nothing reads of a model: told once for all elements of a name, and not of other namespaces.
+const Case ELEMENTS[] = {
+    {"",
+     "<define-gate name=\"T\" v:from=\"x\" xmlns:v=\"x\" label=\"x\"><or>\n" + Event("A") +
+         "<event name=\"B\" nmae=\"x\"/>\n<event name=\"A\" nmae=\"x\"/></or></define-gate>\n" +
+         "<define-parameter name=\"P\" unit=\"x\">" + Float("0.1") + "</define-parameter>\n" +
+         Basic("A", "<mul order=\"1\">" + REFER + Float("1") + "</mul>") +
+         Basic("B", "<float value=\"0.1\"\nunit=\"x\"/>"),
+     "unread-attribute 2, unread-attribute 3, unread-attribute 6, unread-attribute 7"},
+    {"",
+     Gate("T", "<atleast min=\"1\" max=\"2\">" + Event("A") + "\n<event name=\"B\">\n" +
+                   Event("A") + "</event></atleast>") +
+         "<define-CCF-group name=\"G\" model=\"beta-factor\"><members>" + Event("A") + Event("B") +
+         "</members><distribution>\n" + Float("0.1") + "\n" + Float("0.2") +
+         "</distribution><factor level=\"2\">\n" + Float("0.1") + "\n" + Float("0.2") +
+         "</factor></define-CCF-group>",
+     "unread-attribute 2, unread-element 4, unread-element 6, unread-element 9"},
+    {"<set><default-probability-distribution><float value=\"0.1\" vlaue=\"1\"/>"
+     "</default-probability-distribution></set>",
+     OR, "unread-attribute 2"},
+};
+
 const Case FORMULAS[] = {
     {BUILD, Gate("T", "<and>" + Event("A") + "\n<not>" + Event("B") + "</not></and>") + A_AND_B,
      "negation 3"},
@@ -285,6 +307,7 @@ const Case CURVES[] = {
 
 TEST(CheckTest, Commands) { Expect(COMMANDS); }
 TEST(CheckTest, Definitions) { Expect(DEFINITIONS); }
+TEST(CheckTest, Elements) { Expect(ELEMENTS); }
 TEST(CheckTest, Formulas) { Expect(FORMULAS); }
 TEST(CheckTest, Curves) { Expect(CURVES); }
 
@@ -294,7 +317,8 @@ TEST(CheckTest, EveryFindingIsTriedAndInTheManual) {
   std::string found;
   for (const std::span<const Case> cases :
        {std::span<const Case>(COMMANDS), std::span<const Case>(DEFINITIONS),
-        std::span<const Case>(FORMULAS), std::span<const Case>(CURVES)}) {
+        std::span<const Case>(ELEMENTS), std::span<const Case>(FORMULAS),
+        std::span<const Case>(CURVES)}) {
     for (const Case& test : cases) found += " " + test.findings;
   }
   for (int i = 0; i < static_cast<int>(OrvaFinding::NUMBER_OF_FINDINGS); ++i) {

@@ -1,6 +1,7 @@
 #include "check/OrvaFindings.h"
 
 #include <iterator>
+#include <memory>
 
 #include "support/text/LumoStream.h"
 #include "xml/LumoXMLNode.h"
@@ -20,7 +21,8 @@ struct Row {
 // In the order of the findings. docs/checks.md has a row for each name.
 constexpr Row FINDINGS[] = {
     {"unread-option", WARNING, "the command does not read \"%s\"; %s"},
-    {"unread-element", WARNING, "the command does not read the element \"%s\""},
+    {"unread-element", WARNING, "nothing reads the element \"%s\" here"},
+    {"unread-attribute", WARNING, "the element does not read \"%s\"; %s"},
     {"shadowed-option", WARNING, "\"%s\" is given twice, and this one is not read"},
     {"unsuitable-value", WARNING, "\"%s\" is \"on\" or \"off\", not \"%s\""},
     {"unknown-mode", WARNING, "\"%s\" is no mode: only \"append\" keeps what is in the file"},
@@ -94,6 +96,17 @@ void OrvaFindings::Report(OrvaFinding finding, const LumoXMLNode* node, const st
   _stream->Put(text.c_str());
   _stream->Put("\n\n");
   _stream->Flush();
+}
+
+void OrvaFindings::ReportTag(OrvaFinding finding, const LumoXMLNode* node, const std::string& first,
+                             const std::string& second) {
+  const std::unique_ptr<LumoXMLNode> tag(LumoXMLNode::NewNode(node->GetName()));
+  tag->SetLineNumber(node->GetLineNumber());
+  for (const LumoXMLAttribute* attribute = node->GetFirstAttribute(); attribute != nullptr;
+       attribute = attribute->GetNext()) {
+    tag->AddAttribute(attribute->GetName(), attribute->GetValue());
+  }
+  Report(finding, tag.get(), first, second);
 }
 
 void OrvaFindings::ReportOnce(OrvaFinding finding, const LumoXMLNode* node,

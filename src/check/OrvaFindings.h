@@ -11,6 +11,7 @@ class LumoXMLNode;
 enum class OrvaFinding : int {
   UNREAD_OPTION,
   UNREAD_ELEMENT,
+  UNREAD_ATTRIBUTE,
   SHADOWED_OPTION,
   UNSUITABLE_VALUE,
   UNKNOWN_MODE,
@@ -51,7 +52,10 @@ class OrvaFindings {
   // The texts take the places of the first and of the second "%s" of the finding's text.
   void Report(OrvaFinding finding, const LumoXMLNode* node, const std::string& first = {},
               const std::string& second = {});
-  // The same, but only once for an element, which must live as long as this.
+  // The same, and of the element only the start is shown.
+  void ReportTag(OrvaFinding finding, const LumoXMLNode* node, const std::string& first = {},
+                 const std::string& second = {});
+  // The same as the first, but only once for an element, which must live as long as this.
   void ReportOnce(OrvaFinding finding, const LumoXMLNode* node, const std::string& first = {},
                   const std::string& second = {});
 

@@ -26,6 +26,7 @@ OrvaModelCheck::~OrvaModelCheck() = default;
 
 void OrvaModelCheck::AddDocument(std::unique_ptr<LumoXMLDocument> document) {
   _traits.reset();
+  OrvaVisitChildren(document.get(), [&](const LumoXMLNode* root) { CheckElement(root); });
   _text.Add(std::move(document));
 }
 

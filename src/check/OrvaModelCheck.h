@@ -1,9 +1,11 @@
 #pragma once
 
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "check/OrvaModelText.h"
@@ -23,6 +25,8 @@ class OrvaModelCheck {
 
   // One more model, which has been read without a fault.
   void AddDocument(std::unique_ptr<LumoXMLDocument> document);
+  // What nothing reads of an element and of those inside it.
+  void CheckElement(const LumoXMLNode* node);
   // Events that lack an expression now are going to get one.
   void AddDefaultDistribution();
   // An event that a command names as its top event.
@@ -44,6 +48,8 @@ class OrvaModelCheck {
   void CheckExpressions(OrvaModel* model);
 
  private:
+  void _CheckAttribute(const LumoXMLNode* node, const std::string& name,
+                       const std::vector<const char*>& names);
   void _CheckGate(std::string_view gate, const LumoXMLNode* formula, bool isSearch);
   void _CheckTopEvent(const char* topEvent);
   void _CheckHouseEvents();
@@ -65,4 +71,6 @@ class OrvaModelCheck {
   std::unique_ptr<OrvaExpressionTraits> _traits;
   std::unordered_set<std::string> _topEvents;
   std::unordered_set<std::string_view> _eventsWithDefault;
+  // Elements, and what was told of them: an element inside, or an attribute behind an "@".
+  std::set<std::pair<std::string, std::string>> _passedOver;
 };

@@ -119,7 +119,8 @@ void OrvaScriptCheck::_CheckSetOption(const LumoXMLNode* command) {
   }
 }
 
-void OrvaScriptCheck::_CheckDefaultDistribution(const LumoXMLNode* /*command*/) {
+void OrvaScriptCheck::_CheckDefaultDistribution(const LumoXMLNode* command) {
+  OrvaVisitChildren(command, [&](const LumoXMLNode* node) { _models.CheckElement(node); });
   _models.AddDefaultDistribution();
 }
 

@@ -2,11 +2,11 @@
 // of the same name, and the first child before the next; everything else is passed over in silence.
 
 #include <algorithm>
-#include <cstring>
-#include <numeric>
+#include <iterator>
 #include <set>
-#include <vector>
+#include <string>
 
+#include "check/OrvaNearestName.h"
 #include "check/OrvaScriptCheck.h"
 #include "driver/OrvaCommandOptions.h"
 #include "driver/OrvaInterpreter.h"
@@ -22,40 +22,14 @@ namespace {
 
 constexpr const char* MODES[] = {"write", "append"};
 constexpr const char* NOTHING_IS_READ = "it reads no options";
-// Nobody means a name by a text that long.
-constexpr std::size_t LONGEST_NAME = 200;
-
-// The fewest characters to insert, delete or replace that make one text of the other.
-std::size_t GetDistance(const char* from, const char* to) {
-  const std::size_t length = std::strlen(to);
-  std::vector<std::size_t> row(length + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 1; *from != '\0'; ++from, ++i) {
-    std::size_t diagonal = row[0];
-    row[0] = i;
-    for (std::size_t j = 1; j <= length; ++j) {
-      const std::size_t replaced = diagonal + (*from == to[j - 1] ? 0 : 1);
-      diagonal = row[j];
-      row[j] = std::min({replaced, row[j] + 1, row[j - 1] + 1});
-    }
-  }
-  return row[length];
-}
-
-std::string GetNearest(const char* name, const Options& row) {
-  const std::vector<const char*> names = row.GetNames();
-  if (names.empty() || std::strlen(name) > LONGEST_NAME) return NOTHING_IS_READ;
-  const char* nearest = *std::min_element(
-      names.begin(), names.end(),
-      [&](const char* a, const char* b) { return GetDistance(name, a) < GetDistance(name, b); });
-  return std::string("the nearest that it reads is \"") + nearest + "\"";
-}
 
 }  // namespace
 
 void OrvaScriptCheck::_ReportUnread(const LumoXMLNode* node, const char* name, const Options* row) {
   _findings.Report(OrvaFinding::UNREAD_OPTION, node, name,
-                   row == nullptr ? NOTHING_IS_READ : GetNearest(name, *row));
+                   row == nullptr
+                       ? NOTHING_IS_READ
+                       : OrvaDescribeNearestName(name, row->GetNames(), NOTHING_IS_READ));
 }
 
 // Once, at the first command.
@@ -64,7 +38,7 @@ void OrvaScriptCheck::_CheckAttributesOfRoot(const LumoXMLNode* command) {
   if (!root->IsNodeOfName("orva") || OrvaFirstElement(root) != command) return;
   for (const LumoXMLAttribute* attribute = root->GetFirstAttribute(); attribute != nullptr;
        attribute = attribute->GetNext()) {
-    _ReportUnread(command, attribute->GetName(), nullptr);
+    _findings.ReportTag(OrvaFinding::UNREAD_OPTION, root, attribute->GetName(), NOTHING_IS_READ);
   }
 }
 
