@@ -27,8 +27,11 @@ if(EXISTS ${PROJECT_SOURCE_DIR}/src/import/orva-import)
           USE_SOURCE_PERMISSIONS PATTERN __pycache__ EXCLUDE)
   file(RELATIVE_PATH program ${CMAKE_INSTALL_FULL_BINDIR}
        ${CMAKE_INSTALL_FULL_DATADIR}/orva/import/orva-import)
-  file(CREATE_LINK ${program} ${PROJECT_BINARY_DIR}/orva-import SYMBOLIC)
-  install(FILES ${PROJECT_BINARY_DIR}/orva-import DESTINATION ${CMAKE_INSTALL_BINDIR})
+  # One link for where it is installed, and one beside the programs of the build.
+  file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/install)
+  file(CREATE_LINK ${program} ${PROJECT_BINARY_DIR}/install/orva-import SYMBOLIC)
+  install(FILES ${PROJECT_BINARY_DIR}/install/orva-import DESTINATION ${CMAKE_INSTALL_BINDIR})
+  file(CREATE_LINK ${PROJECT_SOURCE_DIR}/src/import/orva-import ${PROJECT_BINARY_DIR}/orva-import SYMBOLIC)
   orva_install_extras(orva-import)
 endif()
 
