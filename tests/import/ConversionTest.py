@@ -91,6 +91,8 @@ REFUSED = {
         ":2: <define-gate>: is not taken",
     "<opsa-mef>\n<define-gate/></opsa-mef>": ":2: <define-gate>: has no name",
     "<opsa-mef>\n<define-gate name='G'/></opsa-mef>": ":2: <define-gate>: has 0 definitions",
+    "<opsa-mef>\n<define-basic-event name='A' role='prvate'/></opsa-mef>":
+        ":2: <define-basic-event>: role prvate is neither",
     "<opsa-mef><define-gate name='G'>\n<gate name='H'/></define-gate></opsa-mef>":
         ":2: <gate>: H is not defined",
     "<opsa-mef>" + "\n" * 70000 + "<define-gate name='G'>\n<gate name='H'/></define-gate></opsa-mef>":

@@ -23,6 +23,9 @@ _MODEL = _TREE - {"define-component"} | {
     "define-fault-tree", "model-data", "define-event-tree", "define-initiating-event",
     "define-rule"}
 
+_ATTRIBUTES = {"name", "role", "unit"}
+_ROLES = {"public", "private"}
+
 # Which elements may stand in each container.
 CONTENTS = {
     "define-fault-tree": _TREE,
@@ -192,6 +195,7 @@ class Source:
         if container.tag not in ROOTS and container.tag != "model-data" and not (
                 name and is_writable(name)):
             self._report.fault(place, container.tag, "has no name that orva takes")
+        check_attributes(container.element, place, self._report)
         container.element.clear()
         yield "close", container
 
@@ -214,6 +218,16 @@ class Source:
             self._report.stop(self.path, None, "uses entities, which are not taken")
         places = self.count(element)
         self._report.fault(places[element], quote(local_name(element)), "is not taken here")
+
+
+def check_attributes(element, place, report):
+    """Notes what nothing reads of a definition. Attributes with a prefix are notes of others."""
+    tag = local_name(element)
+    for name, value in element.items():
+        if name == "role" and value not in _ROLES:
+            report.fault(place, tag, f"role {quote(value)} is neither public nor private")
+        elif name not in _ATTRIBUTES and "}" not in name and ":" not in name:
+            report.note_once(place, tag, f"the attribute {quote(name)} is not carried over")
 
 
 def resolve_include(source, element):

@@ -7,7 +7,7 @@ is written under one name, the name of a public one and the path of a private on
 
 import os
 
-from .document import Source, local_name, resolve_include
+from .document import Source, check_attributes, local_name, resolve_include
 from .formulas import (expression_token, formula_token, read_boolean, read_label, read_name,
                        read_postfix)
 from .report import quote
@@ -192,6 +192,7 @@ class Reader:
         definition.name = read_name(element, source.place, self._report)
         definition.label = read_label(element) if len(element) > 1 else None
         definition.unit = element.get("unit")
+        check_attributes(element, source.place, self._report)
         definition.tokens = tokens
         fewest = 0 if kind in ("basic-event", "house-event") else 1
         if not fewest <= count <= 1 and len(self._report.faults) == faults:

@@ -36,6 +36,7 @@ class Report:
         self.faults = []
         self.notes = []
         self._files = []
+        self._noted = set()
 
     def add_file(self, path, load):
         """Registers a file; load() gives the text as parsed and the lines before it. Returns the
@@ -57,6 +58,16 @@ class Report:
     def note(self, place, element, text):
         """Reports what the user should know of a model that is converted."""
         self.notes.append((place, element, text))
+
+    def note_once(self, place, element, text):
+        """The same, for the first element of a name only."""
+        if (element, text) not in self._noted:
+            self._noted.add((element, text))
+            self.note(place, element, text)
+
+    def files(self):
+        """The paths of all files that were read."""
+        return [path for path, _ in self._files]
 
     def show(self, stream=None):
         """Writes faults, or, without any, notes."""
