@@ -2,10 +2,11 @@
 
 import math
 import os
+import subprocess
 import unittest
 import xml.etree.ElementTree as ElementTree
 
-from support import (HERE, Flat, TemporaryFolder, convert, cutsets_of_orva, run_orva, subsets)
+from support import (HERE, PROGRAM, Flat, TemporaryFolder, convert, cutsets_of_orva, run_orva, subsets)
 
 # The minimal cutsets, each a word of events that have one letter, or names.
 CUTSETS = {
@@ -234,6 +235,36 @@ class BadInput(TemporaryFolder):
                 with open(self.flat, encoding="utf-8") as flat:
                     self.assertEqual(flat.read(), "before")
                 self.assertEqual(sorted(os.listdir(self.folder)), ["flat.xml", "model.xml"])
+
+    def test_files_of_the_model_stay(self):
+        text = "<opsa-mef><define-parameter name='p'><pi/></define-parameter></opsa-mef>"
+        self.write(text)
+        for name in ("model.xml", "./model.xml"):
+            status, said = convert(self.model, output=os.path.join(self.folder, name))
+            self.assertEqual(status, 1)
+            self.assertIn("is a file of the model", said)
+        with open(self.model, encoding="utf-8") as model:
+            self.assertEqual(model.read(), text)
+
+    def test_pipes(self):
+        def run(text):
+            return subprocess.run([PROGRAM, "/dev/stdin", "-o", "/dev/stdout"], input=text, text=True,
+                                  capture_output=True, check=False)
+
+        parameter = '<define-parameter name="p">\n    <pi/>\n  </define-parameter>'
+        made = run(f"<opsa-mef>{parameter}</opsa-mef>")
+        self.assertEqual((made.returncode, made.stderr), (0, ""))
+        self.assertEqual(made.stdout,
+                         f'<?xml version="1.0"?>\n<open-psa>\n  {parameter}\n</open-psa>\n')
+        refused = run("<opsa-mef>\n<define-gate name='G'/></opsa-mef>")
+        self.assertEqual((refused.returncode, refused.stdout), (1, ""))
+        self.assertIn("/dev/stdin:2: <define-gate>", refused.stderr)
+
+    def test_unknown_attributes(self):
+        event = "<define-parameter name='{}' rol='private' x:y='1'><pi/></define-parameter>"
+        self.write(f"<opsa-mef xmlns:x='x'>\n{event.format('A')}{event.format('B')}</opsa-mef>")
+        said = f"{self.model}:2: <define-parameter>: the attribute rol is not carried over\n"
+        self.assertEqual(convert(self.model, output=self.flat), (0, f"orva-import: {said}"))
 
     def test_files_cut_anywhere(self):
         for name in ("nested", "event-tree", "ccf-groups"):

@@ -12,6 +12,7 @@ from contextlib import redirect_stderr
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 ORVA = os.environ["ORVA"]
+PROGRAM = os.path.join(HERE, "..", "..", "src", "import", "orva-import")
 
 sys.dont_write_bytecode = True
 sys.path.insert(0, os.path.join(HERE, "..", "..", "src", "import"))

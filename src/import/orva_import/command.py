@@ -2,6 +2,8 @@
 
 import argparse
 import gc
+import os
+import sys
 
 from .boolean import Formulas
 from .eventtrees import EventTrees
@@ -16,7 +18,7 @@ _LOWEST_LEVELS = {"MGL": 2, "alpha-factor": 1, "phi-factor": 1}
 
 
 def main(arguments):
-    """Converts; returns the exit status, 0 or, with a report, 1."""
+    """Converts; returns the exit status, 0 or, with a report, 1; 130 when Ctrl-C ends it."""
     parser = argparse.ArgumentParser(
         prog="orva-import", description="Writes Open-PSA models of any origin as orva reads them.")
     parser.add_argument("models", nargs="+", metavar="MODEL", help="the files of one model")
@@ -35,6 +37,9 @@ def main(arguments):
         pass
     except MemoryError:
         report.faults = [(None, None, "memory exhausted")]
+    except KeyboardInterrupt:
+        print("orva-import: interrupted", file=sys.stderr)
+        return 130
     report.show()
     return 1 if report.faults else 0
 
@@ -191,6 +196,9 @@ def _write(model, selection, expressions, converted, output):
     roots += [converted[each] for each in free]
     needed = _needed_parameters(model, roots, bodies)
     needed.update((each.name, True) for each in free)
+    if os.path.isfile(output) and any(
+            os.path.isfile(path) and os.path.samefile(output, path) for path in model.report.files()):
+        model.report.stop(output, None, "is a file of the model: it would be lost")
     try:
         with Writer(output) as writer:
             writer.write_gates(selection.gates)

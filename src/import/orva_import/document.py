@@ -92,7 +92,9 @@ class Source:
         self._containers = []
         self._scope = scope
         self._text, self._lines_before = self._load()
-        self.place = report.add_file(path, lambda: load(path))
+        # What comes from a pipe is there once only.
+        kept = None if os.path.isfile(path) else (self._text, self._lines_before)
+        self.place = report.add_file(path, lambda: kept or load(path))
 
     def _load(self):
         try:

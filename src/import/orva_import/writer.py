@@ -1,5 +1,6 @@
 """The model in the engine's dialect: names and labels stand as they are, without entities."""
 
+import io
 import os
 import tempfile
 from itertools import groupby
@@ -8,23 +9,34 @@ from .report import quote
 
 
 class Writer:
-    """Writes one file. Nothing is left behind, and no file is touched, unless all is written."""
+    """Writes one file. Nothing is left behind, and no file is touched, unless all is written. What
+    goes to a pipe or a device waits in memory until then."""
 
     def __init__(self, path):
         # What a link points to is replaced, not the link.
         self._path = os.path.realpath(path)
+        self._device = path if os.path.exists(path) and not os.path.isfile(path) else None
+        self._temporary = None
         self._file = None
 
     def __enter__(self):
-        if os.path.exists(self._path) and not os.path.isfile(self._path):
-            raise OSError(0, "it is no regular file")
-        folder, name = os.path.split(self._path)
-        handle, self._temporary = tempfile.mkstemp(prefix=f".{name[:50]}.", dir=folder)
-        self._file = os.fdopen(handle, "w", encoding="utf-8")
+        if self._device:
+            self._file = io.StringIO()
+        else:
+            folder, name = os.path.split(self._path)
+            handle, self._temporary = tempfile.mkstemp(prefix=f".{name[:50]}.", dir=folder)
+            self._file = os.fdopen(handle, "w", encoding="utf-8")
         self._file.write('<?xml version="1.0"?>\n<open-psa>\n')
         return self
 
     def __exit__(self, kind, _value, _trace):
+        if not self._device:
+            self._close(kind)
+        elif kind is None:
+            with open(self._device, "w", encoding="utf-8") as device:
+                device.write(self._file.getvalue() + "</open-psa>\n")
+
+    def _close(self, kind):
         try:
             with self._file:
                 if kind is None:
