@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "support/text/LumoStream.h"
-#include "xml/LumoXMLNode.h"
+#include "xml/LumoXMLDocument.h"
 #include "xml/LumoXMLPrinter.h"
 
 namespace {
@@ -70,14 +70,33 @@ void Fill(std::string& text, const std::string& argument) {
   if (place != std::string::npos) text.replace(place, 2, argument);
 }
 
+// The file that an element was read from.
+std::string GetFileName(const LumoXMLNode* node) {
+  while (node->GetParent() != nullptr) node = node->GetParent();
+  return node->GetType() == LumoXMLNode::DOCUMENT
+             ? static_cast<const LumoXMLDocument*>(node)->GetFileName()
+             : std::string();
+}
+
 }  // namespace
 
 const char* OrvaFindings::GetName(OrvaFinding finding) {
   return FINDINGS[static_cast<int>(finding)].name;
 }
 
+std::string OrvaFindings::DescribeLine(const LumoXMLNode* element, const LumoXMLNode* node) {
+  const std::string line = std::to_string(element->GetLineNumber());
+  const std::string fileName = GetFileName(element);
+  return fileName == GetFileName(node) ? line : line + " of " + fileName;
+}
+
 void OrvaFindings::Report(OrvaFinding finding, const LumoXMLNode* node, const std::string& first,
                           const std::string& second) {
+  _Report(finding, node, node, first, second);
+}
+
+void OrvaFindings::_Report(OrvaFinding finding, const LumoXMLNode* node, const LumoXMLNode* shown,
+                           const std::string& first, const std::string& second) {
   const Row& row = FINDINGS[static_cast<int>(finding)];
   // From behind, since the arguments may have a "%s" themselves.
   std::string text = row.text;
@@ -85,11 +104,17 @@ void OrvaFindings::Report(OrvaFinding finding, const LumoXMLNode* node, const st
   if (places != std::string::npos) text.replace(places, 2, second);
   Fill(text, first);
   if (row.kind == WARNING) _hasWarnings = true;
+  if (const std::string fileName = GetFileName(node); fileName != _fileName) {
+    _fileName = fileName;
+    _stream->Put("In ");
+    _stream->Put(fileName.c_str());
+    _stream->Put(":\n\n");
+  }
   _stream->Put(row.kind);
   _stream->Put(" [line ");
   _stream->Put(node->GetLineNumber());
   _stream->Put("]:\n");
-  LumoXMLPrinter().PrintTerm(node, _stream);
+  LumoXMLPrinter().PrintTerm(shown, _stream);
   _stream->Put("\n");
   _stream->Put(row.name);
   _stream->Put(": ");
@@ -101,12 +126,11 @@ void OrvaFindings::Report(OrvaFinding finding, const LumoXMLNode* node, const st
 void OrvaFindings::ReportTag(OrvaFinding finding, const LumoXMLNode* node, const std::string& first,
                              const std::string& second) {
   const std::unique_ptr<LumoXMLNode> tag(LumoXMLNode::NewNode(node->GetName()));
-  tag->SetLineNumber(node->GetLineNumber());
   for (const LumoXMLAttribute* attribute = node->GetFirstAttribute(); attribute != nullptr;
        attribute = attribute->GetNext()) {
     tag->AddAttribute(attribute->GetName(), attribute->GetValue());
   }
-  Report(finding, tag.get(), first, second);
+  _Report(finding, node, tag.get(), first, second);
 }
 
 void OrvaFindings::ReportOnce(OrvaFinding finding, const LumoXMLNode* node,

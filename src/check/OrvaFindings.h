@@ -43,7 +43,8 @@ enum class OrvaFinding : int {
   NUMBER_OF_FINDINGS,
 };
 
-// Writes findings, each with the line of its element and the element.
+// Writes findings, each with the line of its element and the element, below the file that they are
+// in.
 class OrvaFindings {
  public:
   // The stream is not owned.
@@ -61,11 +62,18 @@ class OrvaFindings {
 
   bool HasWarnings() const { return _hasWarnings; }
 
+  // The line of an element, with the file when that is another one than that of a node.
+  static std::string DescribeLine(const LumoXMLNode* element, const LumoXMLNode* node);
+
   // The name that a finding is reported under.
   static const char* GetName(OrvaFinding finding);
 
  private:
+  void _Report(OrvaFinding finding, const LumoXMLNode* node, const LumoXMLNode* shown,
+               const std::string& first, const std::string& second);
+
   LumoStream* _stream;
+  std::string _fileName;  // of the last finding
   bool _hasWarnings = false;
   std::set<std::pair<OrvaFinding, const LumoXMLNode*>> _reported;
 };

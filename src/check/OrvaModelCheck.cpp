@@ -73,7 +73,7 @@ void OrvaModelCheck::_CheckUses(const OrvaNames& names, bool areEvents) {
     const std::string name(OrvaGetName(node));
     if (replaced != nullptr) {
       _findings->Report(areEvents ? OrvaFinding::REDEFINED_EVENT : OrvaFinding::REDEFINED_PARAMETER,
-                        node, name, std::to_string(replaced->GetLineNumber()));
+                        node, name, OrvaFindings::DescribeLine(replaced, node));
     }
     if (names.Find(name) != node) continue;
     const bool isGate = node->IsNodeOfName(DEFINE_GATE);

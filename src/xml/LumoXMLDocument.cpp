@@ -25,6 +25,7 @@ bool LumoXMLDocument::Load(const char* fileName) {
   const int c = std::fgetc(file);  // a folder opens, but can't be read
   const bool isReadable = c != EOF || std::ferror(file) == 0;
   if (isReadable) {
+    _fileName = fileName;
     std::ungetc(c, file);
     Load(file);
   }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdio>
+#include <string>
 
 #include "xml/LumoXMLArena.h"
 #include "xml/LumoXMLNode.h"
@@ -30,6 +31,8 @@ class LumoXMLDocument : public LumoXMLNode {
   void Load(std::FILE* file);
   // False when the file can't be opened or read.
   bool Load(const char* fileName);
+  // The file that was read last by its name; empty without one.
+  const std::string& GetFileName() const { return _fileName; }
 
   // Offered to users of the class; the program itself does not call what follows.
 
@@ -40,4 +43,5 @@ class LumoXMLDocument : public LumoXMLNode {
 
  private:
   LumoXMLArena _arena;
+  std::string _fileName;
 };
