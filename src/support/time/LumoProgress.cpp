@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <csignal>
 #include <cstring>
+#include <fcntl.h>
 #include <sys/time.h>
 #include <unistd.h>
 
@@ -17,6 +18,9 @@ constexpr const char* ERASED_LINE = "\r\033[K";
 
 LumoProgress* volatile innermost = nullptr;
 volatile std::sig_atomic_t isShown = 0;
+// Where lines go: standard error, or the same terminal opened so that nobody waits for it while it
+// is stopped or has gone.
+int output = STDERR_FILENO;
 
 // A line under construction; what does not fit is cut off.
 class Line {
@@ -37,7 +41,7 @@ class Line {
   }
   void Write() const {
     // There is nobody to tell when it can't be written.
-    [[maybe_unused]] const auto written = write(STDERR_FILENO, _text, _size);
+    [[maybe_unused]] const auto written = write(output, _text, _size);
   }
 
  private:
@@ -76,6 +80,10 @@ void LumoProgress::Start() {
   SetHandler(SIGINT, _Interrupt);
   SetHandler(SIGTERM, _Interrupt);
   if (isatty(STDERR_FILENO) == 0) return;
+  const char* terminal = ttyname(STDERR_FILENO);
+  const int opened =
+      terminal == nullptr ? -1 : open(terminal, O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  if (opened >= 0) output = opened;
   SetHandler(SIGALRM, _Show);
   const itimerval interval = {{0, 250000}, {2, 0}};
   setitimer(ITIMER_REAL, &interval, nullptr);
