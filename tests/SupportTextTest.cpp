@@ -314,7 +314,7 @@ TEST_F(LumoMemoryManagerTest, AllocatesZeroFilledCellsAndNotesNullDeletions) {
 }
 
 TEST_F(LumoMemoryManagerTest, HandlesExhaustedMemory) {
-  const volatile std::size_t tooMuch = std::numeric_limits<std::size_t>::max() / 2;
+  const volatile std::size_t tooMuch = std::numeric_limits<std::size_t>::max() / 4;
   void* volatile cell = nullptr;  // an unused allocation might be left out
   const auto exhaust = [&] { cell = ::operator new(tooMuch); };
   // A sanitizer's allocator ends the process by itself, in its own way.
