@@ -1,4 +1,7 @@
 #include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <gtest/gtest.h>
 #include <limits>
 #include <numeric>
