@@ -88,9 +88,7 @@ OrvaGate::Type OrvaGate::GetType(const char* name) {
   static const OrvaNameTable table = [] {
     OrvaNameTable names;
     for (const char* reference : REFERENCE_NAMES) names.Add(reference, EVENT);
-    for (int type = 0; _FUNCTORS[type].name != nullptr; ++type) {
-      names.Add(_FUNCTORS[type].name, type);
-    }
+    names.AddRows(_FUNCTORS);
     return names;
   }();
   static_assert(UNKNOWN == OrvaNameTable::NOT_FOUND);

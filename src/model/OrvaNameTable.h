@@ -15,6 +15,11 @@ class OrvaNameTable {
     Row& row = _rows[_Find(name)];
     if (row.name == nullptr) row = {name, number};
   }
+  // The names of rows, up to the first without one, each with its place.
+  template <class NamedRow>
+  void AddRows(const NamedRow* rows) {
+    for (int i = 0; rows[i].name != nullptr; ++i) Add(rows[i].name, i);
+  }
   int Find(const char* name) const {
     return name == nullptr ? NOT_FOUND : _rows[_Find(name)].number;
   }

@@ -271,9 +271,7 @@ const char* OrvaProbabilityDistribution::GetFunctor(Type type) {
 OrvaProbabilityDistribution::Type OrvaProbabilityDistribution::GetType(const char* name) {
   static const OrvaNameTable table = [] {
     OrvaNameTable names;
-    for (int type = 0; _FUNCTORS[type].name != nullptr; ++type) {
-      names.Add(_FUNCTORS[type].name, type);
-    }
+    names.AddRows(_FUNCTORS);
     return names;
   }();
   static_assert(UNKNOWN == OrvaNameTable::NOT_FOUND);
