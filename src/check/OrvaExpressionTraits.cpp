@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr const char* PARAMETER = "parameter";
-
 // The kinds that have traits of their own, and deviates, which hide what is below them.
 struct Kind {
   const char* element;
@@ -65,7 +63,7 @@ OrvaExpressionTraits::OrvaExpressionTraits(const OrvaModelText& text) {
     int& traits = _traitsOfParameters[name];
     VisitSeen(expression, [&, user = name](const LumoXMLNode* each, int own) {
       traits |= own;
-      if (each->IsNodeOfName(PARAMETER)) users[OrvaGetName(each)].push_back(user);
+      if (OrvaIsParameter(each)) users[OrvaGetName(each)].push_back(user);
     });
     changed.push_back(name);
   }
@@ -86,7 +84,7 @@ int OrvaExpressionTraits::Get(const LumoXMLNode* expression) const {
   int traits = 0;
   VisitSeen(expression, [&](const LumoXMLNode* each, int own) {
     traits |= own;
-    if (each->IsNodeOfName(PARAMETER)) traits |= _GetOfParameter(OrvaGetName(each));
+    if (OrvaIsParameter(each)) traits |= _GetOfParameter(OrvaGetName(each));
   });
   return traits;
 }

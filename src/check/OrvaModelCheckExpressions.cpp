@@ -14,7 +14,6 @@ namespace {
 
 constexpr const char* SWITCH = "switch";
 constexpr const char* CASE = "case";
-constexpr const char* PARAMETER = "parameter";
 constexpr const char* BOOL = "bool";
 constexpr const char* TRUE = "true";
 constexpr const char* FALSE = "false";
@@ -61,7 +60,7 @@ bool OrvaModelCheck::_IsConstant(const LumoXMLNode* condition, const char* value
     if (condition->IsNodeOfName(BOOL)) {
       return LumoRawString::IsEqual(condition->GetAttributeValue(VALUE), value);
     }
-    if (!condition->IsNodeOfName(PARAMETER)) return false;
+    if (!OrvaIsParameter(condition)) return false;
     condition = _text.FindExpressionOfParameter(OrvaGetName(condition));
   }
   return false;

@@ -13,8 +13,6 @@ using Traits = OrvaExpressionTraits;
 
 namespace {
 
-constexpr const char* PARAMETER = "parameter";
-
 // What an element does with failure rates.
 enum class Role { HANDS_ON, CHOOSES_CASE, MULTIPLIES, HAS_RATE, HAS_NONE };
 struct Kind {
@@ -22,9 +20,11 @@ struct Kind {
   Role role;
 };
 constexpr Kind KINDS[] = {
-    {PARAMETER, Role::HANDS_ON}, {"ite", Role::HANDS_ON},         {"switch", Role::CHOOSES_CASE},
-    {"mul", Role::MULTIPLIES},   {"exponential", Role::HAS_RATE}, {"GLM", Role::HAS_RATE},
-    {"MTT", Role::HAS_RATE},     {"dormant", Role::HAS_RATE},     {"periodic-test", Role::HAS_RATE},
+    {"parameter", Role::HANDS_ON},     {"ite", Role::HANDS_ON},
+    {"switch", Role::CHOOSES_CASE},    {"mul", Role::MULTIPLIES},
+    {"exponential", Role::HAS_RATE},   {"GLM", Role::HAS_RATE},
+    {"MTT", Role::HAS_RATE},           {"dormant", Role::HAS_RATE},
+    {"periodic-test", Role::HAS_RATE},
 };
 
 // Laws whose derivative is no intensity: those with repairs always, of the tests those with a
@@ -62,7 +62,7 @@ class Worklist {
   void Add(const LumoXMLNode* node) { _nodes.push_back(node); }
   // What a parameter stands for, else the children.
   void AddBelow(const LumoXMLNode* node) {
-    if (!node->IsNodeOfName(PARAMETER)) {
+    if (!OrvaIsParameter(node)) {
       return OrvaVisitChildren(node, [&](const LumoXMLNode* child) { Add(child); });
     }
     if (!_parameters.insert(OrvaGetName(node)).second) return;
@@ -109,7 +109,7 @@ void OrvaModelCheck::CheckTests(const char* topEvent) {
                          [&](const std::string&, const LumoXMLNode* expression, int traits) {
                            if ((traits & Traits::HAS_TESTS) == 0) return;
                            OrvaVisitElements(expression, [&](const LumoXMLNode* each) {
-                             if (!each->IsNodeOfName(PARAMETER)) return;
+                             if (!OrvaIsParameter(each)) return;
                              if ((_GetTraits().Get(each) & Traits::HAS_TESTS) == 0) return;
                              _findings->ReportOnce(OrvaFinding::TESTS_BEHIND_PARAMETER, each,
                                                    std::string(OrvaGetName(each)));

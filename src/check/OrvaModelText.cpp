@@ -10,8 +10,6 @@ using namespace OrvaModelElements;
 
 namespace {
 
-constexpr const char* PARAMETER = "parameter";
-
 const LumoXMLNode* Lookup(const std::unordered_map<std::string_view, const LumoXMLNode*>& nodes,
                           std::string_view name) {
   const auto found = nodes.find(name);
@@ -48,6 +46,8 @@ bool OrvaIsReference(const LumoXMLNode* node) {
   }
   return false;
 }
+
+bool OrvaIsParameter(const LumoXMLNode* node) { return node->IsNodeOfName("parameter"); }
 
 bool OrvaIsFormula(const LumoXMLNode* node) {
   return node->IsNode() && OrvaGate::GetType(node->GetName()) != OrvaGate::UNKNOWN;
@@ -112,7 +112,7 @@ void OrvaModelText::_AddGroup(const LumoXMLNode* node) {
 
 void OrvaModelText::_AddParameterReferences(const LumoXMLNode* node) {
   OrvaVisitElements(node, [&](const LumoXMLNode* each) {
-    if (each->IsNodeOfName(PARAMETER)) _parameters.Refer(each);
+    if (OrvaIsParameter(each)) _parameters.Refer(each);
   });
 }
 

@@ -44,6 +44,8 @@ void OrvaVisitElements(const LumoXMLNode* root, Visit visit) {
 std::string_view OrvaGetName(const LumoXMLNode* node);
 // Whether an element stands for an event, in a formula.
 bool OrvaIsReference(const LumoXMLNode* node);
+// Whether it stands for a parameter, in an expression.
+bool OrvaIsParameter(const LumoXMLNode* node);
 // Whether it is of a kind of formula, or of expression.
 bool OrvaIsFormula(const LumoXMLNode* node);
 bool OrvaIsExpression(const LumoXMLNode* node);
